@@ -1,0 +1,49 @@
+#!/usr/bin/env bash
+# Runs every benchmark program under build/bench and prints one table:
+# benchmark, our time, the yardstick's time, and ours / yardstick.
+# Usage: bench/compare.sh [BUILD_DIR] [extra Google Benchmark flags...]
+set -euo pipefail
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+build=${1:-$root/build}
+shift || true
+tmp=$(mktemp -d)
+trap 'rm -rf "$tmp"' EXIT
+found=0
+for exe in "$build"/bench/bench_*; do
+  [[ -x "$exe" ]] || continue
+  found=1
+  "$exe" --benchmark_format=json --benchmark_out="$tmp/$(basename "$exe").json" \
+         --benchmark_out_format=json "$@" > /dev/null
+done
+if [[ $found -eq 0 ]]; then
+  echo "no benchmark programs under $build/bench: build with the default preset first" >&2
+  exit 1
+fi
+python3 - "$tmp" <<'PY'
+import json, os, sys
+rows = {}
+for name in sorted(os.listdir(sys.argv[1])):
+    with open(os.path.join(sys.argv[1], name)) as f:
+        for b in json.load(f)["benchmarks"]:
+            if b.get("run_type") == "aggregate":
+                continue
+            full = b["name"]
+            if "/ours" in full:
+                key, side = full.replace("/ours", "", 1), "ours"
+            elif "/yardstick" in full:
+                key, side = full.replace("/yardstick", "", 1), "yardstick"
+            else:
+                key, side = full, "ours"
+            scale = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}[b.get("time_unit", "ns")]
+            rows.setdefault(key, {})[side] = b["real_time"] * scale
+def fmt(t):
+    if t is None: return "-"
+    for unit, s in (("s", 1), ("ms", 1e-3), ("us", 1e-6)):
+        if t >= s: return f"{t / s:.3f} {unit}"
+    return f"{t / 1e-9:.1f} ns"
+print(f"{'benchmark':48} {'ours':>12} {'yardstick':>12} {'ratio':>8}")
+for key, v in rows.items():
+    ours, yard = v.get("ours"), v.get("yardstick")
+    ratio = f"{ours / yard:.2f}" if ours and yard else "-"
+    print(f"{key:48} {fmt(ours):>12} {fmt(yard):>12} {ratio:>8}")
+PY

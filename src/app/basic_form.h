@@ -1,0 +1,21 @@
+#pragma once
+// A form made of its menus alone: the kinds whose commands are still to be
+// built open as this, with working New and Close items and every other item
+// disabled.
+
+#include <memory>
+#include <span>
+
+#include "app/form.h"
+#include "app/menu_table.h"
+
+namespace keldo {
+
+class BasicForm final : public Form {
+ public:
+  BasicForm(Frame& frame, FormKind kind, std::span<const MenuRow> menuBar);
+};
+
+std::unique_ptr<Form> MakeBasicForm(Frame& frame, FormKind kind, std::span<const MenuRow> menuBar);
+
+}  // namespace keldo

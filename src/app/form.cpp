@@ -1,0 +1,120 @@
+#include "app/form.h"
+
+#include "app/frame.h"
+
+namespace keldo {
+
+std::string_view FormKindName(FormKind kind) {
+  switch (kind) {
+    case FormKind::Graph1: return "1d";
+    case FormKind::Graph2: return "2d";
+    case FormKind::SoundEditor: return "audio";
+    case FormKind::Spectrogram: return "spectrogram";
+    case FormKind::Scalogram: return "scalogram";
+    case FormKind::ImageProcessor: return "imageproc";
+  }
+  return "";
+}
+
+std::string_view FormKindCaptionWord(FormKind kind) {
+  switch (kind) {
+    case FormKind::Graph1: return "1DGraph ";
+    case FormKind::Graph2: return "2DGraph ";
+    case FormKind::SoundEditor: return "Sound Editor ";
+    case FormKind::Spectrogram: return "Spectrogram ";
+    case FormKind::Scalogram: return "Scalogram ";
+    case FormKind::ImageProcessor: return "Image Processor ";
+  }
+  return "";
+}
+
+void SplitIndexedName(const std::string& full, std::string& base, int& index) {
+  base = full;
+  index = -1;
+  const auto open = full.find('(');
+  if (open == std::string::npos || full.back() != ')' || open + 2 > full.size() - 1) return;
+  const std::string digits = full.substr(open + 1, full.size() - open - 2);
+  if (digits.empty() || digits.size() > 6) return;
+  for (char c : digits)
+    if (c < '0' || c > '9') return;
+  base = full.substr(0, open);
+  index = std::stoi(digits);
+}
+
+Form::Form(Frame& frame, FormKind kind) : frame_(frame), kind_(kind) {}
+
+void Form::SetCaption(const std::string& caption) {
+  caption_ = caption;
+  Touch();
+}
+
+bool Form::HasHandler(const std::string& controlName) const {
+  std::string base;
+  int index = -1;
+  SplitIndexedName(controlName, base, index);
+  return handlers_.count(base) > 0 || handlers_.count(controlName) > 0;
+}
+
+bool Form::RunMenu(const std::string& name, int index) {
+  const std::string full = IndexedName(name, index);
+  const Control* item = controls_.Find(full);
+  if (!item || item->kind != ControlKind::Menu) return false;
+  if (!item->enabled || !item->visible) return true;
+  auto exact = handlers_.find(full);
+  if (exact != handlers_.end()) {
+    exact->second(-1);
+  } else {
+    std::string base;
+    int i = -1;
+    SplitIndexedName(full, base, i);
+    auto it = handlers_.find(base);
+    if (it != handlers_.end()) it->second(i);
+  }
+  Touch();
+  return true;
+}
+
+bool Form::Click(const std::string& name) {
+  const Control* c = controls_.Find(name);
+  return c && c->kind == ControlKind::Button;
+}
+
+bool Form::LoadForm(const std::string&, const std::string&) { return false; }
+
+void Form::DisableItemsWithoutHandler() {
+  // A title with children stays enabled when any child is enabled.
+  std::function<bool(const std::vector<MenuNode>&)> walk = [&](const std::vector<MenuNode>& nodes) {
+    bool any = false;
+    for (const MenuNode& n : nodes) {
+      if (n.IsSeparator()) continue;
+      bool on = n.children.empty() ? HasHandler(n.name) : walk(n.children);
+      if (Control* c = controls_.Find(n.name); c && !on) c->enabled = false;
+      any = any || on;
+    }
+    return any;
+  };
+  walk(menuBar_);
+  walk(popupMenu_);
+  // Titles on the menu bar are never disabled: an empty menu still opens.
+  for (const MenuNode& n : menuBar_)
+    if (!n.IsSeparator()) controls_.SetEnabled(n.name, true);
+}
+
+void Form::AddCommonFileHandlers() {
+  static constexpr FormKind kNewKinds[] = {FormKind::Graph1, FormKind::Graph2, FormKind::SoundEditor,
+                                           FormKind::ImageProcessor};
+  auto makeNew = [this](FormKind kind) {
+    int code = 0;
+    if (!frame_.NewForm(kind, code)) frame_.ReportFactoryFailure(code);
+  };
+  OnMenu("mnuNew", [makeNew](int index) {
+    if (index >= 0 && index < 4) makeNew(kNewKinds[index]);
+  });
+  OnMenu("mnuNew1Dim", [makeNew](int) { makeNew(FormKind::Graph1); });
+  OnMenu("mnuNew2Dim", [makeNew](int) { makeNew(FormKind::Graph2); });
+  OnMenu("mnuNewAudioEditor", [makeNew](int) { makeNew(FormKind::SoundEditor); });
+  OnMenu("mnuNewImageEditor", [makeNew](int) { makeNew(FormKind::ImageProcessor); });
+  OnMenu("mnuClose", [this](int) { frame_.CloseForm(*this); });
+}
+
+}  // namespace keldo

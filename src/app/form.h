@@ -1,0 +1,106 @@
+#pragma once
+// A child form: its state, its control model and its commands. Forms run
+// without a screen; a view shows the state and turns input into these calls.
+
+#include <array>
+#include <functional>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "app/controls.h"
+
+namespace keldo {
+
+class Frame;
+
+enum class FormKind { Graph1, Graph2, SoundEditor, Spectrogram, Scalogram, ImageProcessor };
+constexpr int kFormKinds = 6;
+
+// The word a script and a dump use for the kind: "1d", "2d", "audio",
+// "spectrogram", "scalogram", "imageproc".
+std::string_view FormKindName(FormKind kind);
+// The caption word, with its trailing blank: "1DGraph ", "Sound Editor " ...
+std::string_view FormKindCaptionWord(FormKind kind);
+
+// A graph as a dump shows it.
+struct GraphSummary {
+  double a = 0, b = 0, h = 0, peak = 0;
+  std::vector<double> values;
+};
+
+class Form {
+ public:
+  Form(Frame& frame, FormKind kind);
+  virtual ~Form() = default;
+  Form(const Form&) = delete;
+  Form& operator=(const Form&) = delete;
+
+  FormKind Kind() const { return kind_; }
+  Frame& frame() { return frame_; }
+  const std::string& Caption() const { return caption_; }
+  void SetCaption(const std::string& caption);
+
+  // Position given by the frame's cascade, in pixels of the screen.
+  int left = 0;
+  int top = 0;
+  bool maximized = false;
+
+  ControlModel& controls() { return controls_; }
+  const ControlModel& controls() const { return controls_; }
+  const std::vector<MenuNode>& MenuBar() const { return menuBar_; }
+  const std::vector<MenuNode>& PopupMenu() const { return popupMenu_; }
+
+  // Runs a menu item by control name, as a click on it would. Returns false
+  // when no such item exists; a disabled or hidden item does nothing.
+  bool RunMenu(const std::string& name, int index = -1);
+  // Presses a named button; false when no such button exists.
+  virtual bool Click(const std::string& name);
+  // Presses the Go button of the open side box; false when none is open.
+  virtual bool Go() { return false; }
+
+  // What a dump shows.
+  virtual int Points() const { return 0; }
+  virtual std::array<double, 4> Window() const { return {0, 0, 0, 0}; }
+  virtual std::vector<GraphSummary> Graphs() const { return {}; }
+
+  // Named calls from the frame and from other forms. LoadForm fills the form
+  // from a form file; false on failure (the caller reports).
+  virtual bool LoadForm(const std::string& path, const std::string& title);
+  virtual bool CanLoadForms() const { return false; }
+  // A refused close (a plot is running) beeps and returns false.
+  virtual bool QueryClose() { return true; }
+
+  // Raised after every change a view must show.
+  unsigned long long Revision() const { return revision_; }
+  void Touch() { ++revision_; }
+
+ protected:
+  using MenuHandler = std::function<void(int index)>;
+  void SetMenu(std::vector<MenuNode> bar) { menuBar_ = std::move(bar); }
+  void SetPopupMenu(std::vector<MenuNode> popup) { popupMenu_ = std::move(popup); }
+  // Handler for every item named `baseName` or `baseName(i)`.
+  void OnMenu(const std::string& baseName, MenuHandler handler) { handlers_[baseName] = std::move(handler); }
+  // Disables every menu item that has no handler: commands not built yet.
+  void DisableItemsWithoutHandler();
+  // The File menu items every kind has: New forms of each kind and Close.
+  void AddCommonFileHandlers();
+  bool HasHandler(const std::string& controlName) const;
+
+  Frame& frame_;
+  ControlModel controls_;
+
+ private:
+  FormKind kind_;
+  std::string caption_;
+  std::vector<MenuNode> menuBar_;
+  std::vector<MenuNode> popupMenu_;
+  std::map<std::string, MenuHandler> handlers_;
+  unsigned long long revision_ = 0;
+};
+
+// Splits "name(3)" into "name" and 3; a plain name gives index -1.
+void SplitIndexedName(const std::string& full, std::string& base, int& index);
+
+}  // namespace keldo

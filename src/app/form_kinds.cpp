@@ -1,0 +1,31 @@
+#include "app/form_kinds.h"
+
+#include "app/basic_form.h"
+#include "app/frame.h"
+#include "form1d/graph1_form.h"
+#include "form2d/graph2_menu.h"
+#include "imageproc/image_processor_menu.h"
+#include "sound/sound_editor_menu.h"
+#include "timefreq/timefreq_menus.h"
+
+namespace keldo {
+
+void InstallFormKinds(Frame& frame) {
+  frame.RegisterKind(FormKind::Graph1, form1d::MakeGraph1Form);
+  frame.RegisterKind(FormKind::Graph2,
+                     [](Frame& f) { return MakeBasicForm(f, FormKind::Graph2, form2d::Graph2MenuBar()); });
+  frame.RegisterKind(FormKind::SoundEditor, [](Frame& f) {
+    return MakeBasicForm(f, FormKind::SoundEditor, sound::SoundEditorMenuBar());
+  });
+  frame.RegisterKind(FormKind::Spectrogram, [](Frame& f) {
+    return MakeBasicForm(f, FormKind::Spectrogram, timefreq::SpectrogramMenuBar());
+  });
+  frame.RegisterKind(FormKind::Scalogram, [](Frame& f) {
+    return MakeBasicForm(f, FormKind::Scalogram, timefreq::ScalogramMenuBar());
+  });
+  frame.RegisterKind(FormKind::ImageProcessor, [](Frame& f) {
+    return MakeBasicForm(f, FormKind::ImageProcessor, imageproc::ImageProcessorMenuBar());
+  });
+}
+
+}  // namespace keldo

@@ -1,0 +1,305 @@
+#include "app/frame.h"
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <new>
+
+#include "app/catalogue.h"
+#include "app/menu_table.h"
+#include "common/number_text.h"
+
+namespace keldo {
+namespace {
+
+// The frame's menu, used when no child is open. The titles from Edit to
+// Analysis stay empty until a child brings its own menu.
+constexpr MenuRow kFrameMenu[] = {
+    {0, "mnuFile", "&File"},
+    {1, "mnuNew1Dim", "New &1 Dim "},
+    {1, "mnuNew2Dim", "New &2 Dim"},
+    {1, "mnuNewAudioEditor", "New &Audio editor"},
+    {1, "mnuNewImageProcessor", "New &Image processor"},
+    {1, "-", ""},
+    {1, "mnuOpenForm", "&Open form"},
+    {1, "mnuOpenSoundFile", "Open sound file (*.wav)"},
+    {1, "mnuOpen1DDataFile", "Open 1D data File "},
+    {1, "mnuOpenImageFile", "Open image file"},
+    {1, "mnuOpen2DDataFile", "Open 2D data file"},
+    {1, "-", ""},
+    {1, "mnuExit", "E&xit"},
+    {0, "mnuEdit", "&Edit"},
+    {0, "mnuView", "&View"},
+    {0, "mnuGraph", "&Graph"},
+    {0, "mnuSeries", "&Series"},
+    {0, "mnuTransform", "&Transform"},
+    {0, "mnuConvolve", "&Convolve"},
+    {0, "mnuAnalysis", "&Analysis"},
+    {0, "mnuHelp", "&Help"},
+    {1, "mnuGettingStarted", "&Getting started"},
+    {1, "mnuAbout", "&About KELDO"},
+};
+
+constexpr const char* kOpenFormFilter =
+    "1-Dim forms (*.kd1)|*.kd1|2-Dim forms (*.kd2)|*.kd2|Scalogram (*.scg)|*.scg|Spectrograph (*.spg)|*.spg";
+constexpr FormKind kOpenFormKinds[] = {FormKind::Graph1, FormKind::Graph2, FormKind::Scalogram,
+                                       FormKind::Spectrogram};
+
+std::string UpperTrim(const std::string& text) {
+  std::size_t b = 0, e = text.size();
+  while (b < e && std::isspace(static_cast<unsigned char>(text[b]))) ++b;
+  while (e > b && std::isspace(static_cast<unsigned char>(text[e - 1]))) --e;
+  std::string out = text.substr(b, e - b);
+  for (char& c : out) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+  return out;
+}
+
+std::string Trim(const std::string& text) {
+  std::size_t b = 0, e = text.size();
+  while (b < e && std::isspace(static_cast<unsigned char>(text[b]))) ++b;
+  while (e > b && std::isspace(static_cast<unsigned char>(text[e - 1]))) --e;
+  return text.substr(b, e - b);
+}
+
+}  // namespace
+
+std::string GetFileTitle(const std::string& path) {
+  const auto cut = path.find_last_of("\\/");
+  return cut == std::string::npos ? path : path.substr(cut + 1);
+}
+
+Frame::Frame(platform::Services& services, std::string programFolder)
+    : services_(services), programFolder_(std::move(programFolder)) {
+  BuildMenu();
+  DeclareVariables();
+}
+
+Frame::~Frame() {
+  listener_ = nullptr;
+  owned_.clear();
+  closed_.clear();
+}
+
+std::string Frame::Folder(const std::string& name) const { return programFolder_ + "/" + name; }
+
+void Frame::BuildMenu() {
+  menuBar_ = keldo::BuildMenu(kFrameMenu, controls_);
+  // Form, data, sound and image files open through readers still to come.
+  for (const char* later : {"mnuOpenForm", "mnuOpenSoundFile", "mnuOpen1DDataFile", "mnuOpenImageFile", "mnuOpen2DDataFile"})
+    controls_.SetEnabled(later, false);
+}
+
+void Frame::DeclareVariables() { keldo::DeclareVariables(settings_); }
+
+void Frame::RegisterKind(FormKind kind, FormMaker maker) {
+  makers_[static_cast<int>(kind)] = std::move(maker);
+  // "Open form" needs a kind that loads form files.
+}
+
+bool Frame::HasKind(FormKind kind) const { return static_cast<bool>(makers_[static_cast<int>(kind)]); }
+
+Form* Frame::NewForm(FormKind kind, int& code) {
+  code = 0;
+  const int k = static_cast<int>(kind);
+  if (!makers_[k]) {
+    code = -1;
+    return nullptr;
+  }
+  std::unique_ptr<Form> form;
+  try {
+    form = makers_[k](*this);
+  } catch (const std::bad_alloc&) {
+    code = kOutOfMemoryCode;
+    return nullptr;
+  } catch (...) {
+    code = -1;
+    return nullptr;
+  }
+  form->SetCaption(std::string(FormKindCaptionWord(kind)) + StrInt(counts_[k] + 1));
+  const int slot = cascade_ % 7;
+  if (!form->maximized) {
+    const platform::ScreenSize screen = services_.screen->Size();
+    form->left = slot * screen.width / 20;
+    form->top = slot * screen.height / 20;
+  }
+  ++cascade_;
+  ++counts_[k];
+  Form* raw = form.get();
+  owned_.push_back(std::move(form));
+  created_.push_back(raw);
+  current_ = raw;
+  if (listener_) listener_->FormCreated(*raw);
+  return raw;
+}
+
+void Frame::ReportFactoryFailure(int code) {
+  if (code < 0) ShowError(code == kOutOfMemoryCode ? 72 : 73);
+}
+
+bool Frame::CloseForm(Form& form) {
+  if (!form.QueryClose()) return false;
+  if (listener_) listener_->FormClosed(form);
+  cascade_ = std::max(0, cascade_ - 1);
+  std::replace(created_.begin(), created_.end(), &form, static_cast<Form*>(nullptr));
+  const bool wasCurrent = current_ == &form;
+  auto it = std::find_if(owned_.begin(), owned_.end(), [&](const auto& p) { return p.get() == &form; });
+  if (it != owned_.end()) {
+    closed_.push_back(std::move(*it));
+    owned_.erase(it);
+  }
+  if (wasCurrent) {
+    current_ = owned_.empty() ? nullptr : owned_.back().get();
+    if (listener_) listener_->CurrentFormChanged(current_);
+  }
+  return true;
+}
+
+std::vector<Form*> Frame::OpenForms() const {
+  std::vector<Form*> out;
+  for (const auto& f : owned_) out.push_back(f.get());
+  return out;
+}
+
+void Frame::SetCurrent(Form* form) {
+  if (current_ == form) return;
+  current_ = form;
+  if (listener_) listener_->CurrentFormChanged(form);
+}
+
+void Frame::Process(const std::string& commandLine) {
+  std::string text = UpperTrim(commandLine);
+  if (text.size() <= 6) return;
+  // The path as typed keeps its case for reading; the decision and the
+  // caption use the upper-cased text.
+  std::string path = Trim(commandLine);
+  text = text.substr(1, text.size() - 2);
+  path = path.substr(1, path.size() - 2);
+  const std::string extension = text.substr(text.size() - std::min<std::size_t>(4, text.size()));
+  FormKind kind;
+  if (extension == ".KD1")
+    kind = FormKind::Graph1;
+  else if (extension == ".KD2")
+    kind = FormKind::Graph2;
+  else
+    return;
+  OpenFormFile(kind, path, GetFileTitle(text));
+}
+
+Form* Frame::OpenFormFile(FormKind kind, const std::string& path, const std::string& title) {
+  int code = 0;
+  Form* form = NewForm(kind, code);
+  if (!form) {
+    ReportFactoryFailure(code);
+    return nullptr;
+  }
+  bool loaded = false;
+  try {
+    loaded = form->LoadForm(path, title);
+  } catch (const std::bad_alloc&) {
+    CloseForm(*form);
+    ShowError(72);
+    return nullptr;
+  } catch (...) {
+    loaded = false;
+  }
+  if (!loaded) {
+    // The failed form is not kept, so a bad file changes nothing.
+    CloseForm(*form);
+    ShowIdle();
+    ShowError(73);
+    return nullptr;
+  }
+  form->SetCaption(title);
+  form->Touch();
+  return form;
+}
+
+void Frame::OpenTheForm() {
+  platform::FileDialogRequest request;
+  request.mode = platform::FileDialogMode::Open;
+  request.title = "Open form";
+  request.filter = kOpenFormFilter;
+  request.filterIndex = 1;
+  request.flags = platform::kFlagFileMustExist;
+  const std::string& folder = settings_.dialogFolders[kFolderForms];
+  request.initialFolder = folder.empty() ? Folder("figures") : folder;
+  const auto chosen = services_.fileDialog->Run(request);
+  if (!chosen) return;  // cancel ends the command silently
+  const int index = std::clamp(chosen->filterIndex, 1, 4);
+  OpenFormFile(kOpenFormKinds[index - 1], chosen->path, chosen->title);
+  settings_.dialogFolders[kFolderForms] = std::filesystem::path(chosen->path).parent_path().string();
+}
+
+void Frame::ShowError(int number) {
+  platform::MessageRequest request;
+  request.text = CatalogueMessage(number);
+  request.icon = platform::MessageIcon::Critical;
+  request.catalogueNumber = number;
+  request.fromCatalogue = true;
+  services_.dialogs->ShowMessage(request);
+  services_.pointer->SetShape(platform::PointerShape::Default);
+}
+
+void Frame::ShowCritical(const std::string& text) {
+  platform::MessageRequest request;
+  request.text = text;
+  request.icon = platform::MessageIcon::Critical;
+  services_.dialogs->ShowMessage(request);
+}
+
+void Frame::ShowMessage(const std::string& text) {
+  platform::MessageRequest request;
+  request.text = text;
+  request.icon = platform::MessageIcon::Information;
+  services_.dialogs->ShowMessage(request);
+}
+
+void Frame::ShowBusy() { services_.pointer->SetShape(platform::PointerShape::Hourglass); }
+void Frame::ShowBusyArrow() { services_.pointer->SetShape(platform::PointerShape::ArrowHourglass); }
+void Frame::ShowIdle() { services_.pointer->SetShape(platform::PointerShape::Default); }
+void Frame::Beep() { services_.beeper->Beep(); }
+
+void Frame::GetHelp(const std::string& helpFile, const std::string& topic) {
+  const bool shown = topic.empty() ? services_.help->ShowContents(helpFile)
+                                   : services_.help->ShowTopic(helpFile, topic);
+  if (!shown) ShowError(22);
+}
+
+std::vector<std::string> Frame::AboutText() {
+  return {"KELDO", "A Fourier/Wavelet Analyzer", "Version 2.0"};
+}
+
+bool Frame::RunMenu(const std::string& name) {
+  const Control* item = controls_.Find(name);
+  if (!item || item->kind != ControlKind::Menu) return false;
+  if (!item->enabled || !item->visible) return true;
+  int code = 0;
+  auto newForm = [&](FormKind kind) {
+    if (!NewForm(kind, code)) ReportFactoryFailure(code);
+  };
+  if (name == "mnuNew1Dim") {
+    newForm(FormKind::Graph1);
+  } else if (name == "mnuNew2Dim") {
+    newForm(FormKind::Graph2);
+  } else if (name == "mnuNewAudioEditor") {
+    newForm(FormKind::SoundEditor);
+  } else if (name == "mnuNewImageProcessor") {
+    newForm(FormKind::ImageProcessor);
+  } else if (name == "mnuOpenForm") {
+    OpenTheForm();
+  } else if (name == "mnuExit") {
+    exitRequested_ = true;
+  } else if (name == "mnuGettingStarted") {
+    GetHelp("KELDOX.HLP", "Getting started");
+  } else if (name == "mnuAbout") {
+    platform::MessageRequest request;
+    const auto lines = AboutText();
+    request.title = "About KELDO";
+    request.icon = platform::MessageIcon::Information;
+    for (const auto& line : lines) request.text += (request.text.empty() ? "" : "\n") + line;
+    services_.dialogs->ShowMessage(request);
+  }
+  return true;
+}
+
+}  // namespace keldo

@@ -1,0 +1,127 @@
+#pragma once
+// The frame KELDO: the one parent window. It owns the shared settings, creates
+// and numbers the child forms, and is the one way forms reach each other.
+
+#include <array>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "app/controls.h"
+#include "app/form.h"
+#include "app/settings.h"
+#include "platform/services.h"
+
+namespace keldo {
+
+// Told of forms coming and going, so that a view can follow.
+class FrameListener {
+ public:
+  virtual ~FrameListener() = default;
+  virtual void FormCreated(Form& form) = 0;
+  virtual void FormClosed(Form& form) = 0;
+  virtual void CurrentFormChanged(Form* form) = 0;
+};
+
+// Builds a form of one kind; may throw std::bad_alloc or any exception.
+using FormMaker = std::function<std::unique_ptr<Form>(Frame&)>;
+
+// Factory result codes: 0, or the negated run-time error number.
+constexpr int kOutOfMemoryCode = -7;
+
+class Frame {
+ public:
+  Frame(platform::Services& services, std::string programFolder);
+  ~Frame();
+
+  platform::Services& services() { return services_; }
+  FrameSettings& settings() { return settings_; }
+  const std::string& programFolder() const { return programFolder_; }
+  // A folder under the program's folder: Folder("Data") is PROGRAM/Data.
+  std::string Folder(const std::string& name) const;
+
+  // --- registry and factories ---------------------------------------------
+  void RegisterKind(FormKind kind, FormMaker maker);
+  bool HasKind(FormKind kind) const;
+  // Creates, numbers, places and shows a form of the kind. The code is 0 on
+  // success and negative on failure (-7 out of memory), when null is returned.
+  Form* NewForm(FormKind kind, int& code);
+  Form* NewGraph1Form(int& code) { return NewForm(FormKind::Graph1, code); }
+  Form* NewGraph2Form(int& code) { return NewForm(FormKind::Graph2, code); }
+  Form* NewSoundEditorForm(int& code) { return NewForm(FormKind::SoundEditor, code); }
+  Form* NewSpectrogramForm(int& code) { return NewForm(FormKind::Spectrogram, code); }
+  Form* NewScalogramForm(int& code) { return NewForm(FormKind::Scalogram, code); }
+  Form* NewImageProcessorForm(int& code) { return NewForm(FormKind::ImageProcessor, code); }
+  // Reports 72 for -7 and 73 for any other negative code.
+  void ReportFactoryFailure(int code);
+
+  // Closes a form unless it refuses; lowers the cascade position.
+  bool CloseForm(Form& form);
+  // Destroys forms closed since the last call. Called between commands, so
+  // that a form may close itself from its own menu handler.
+  void CollectClosedForms() { closed_.clear(); }
+  // Every form created so far in creation order; closed ones are null.
+  const std::vector<Form*>& CreatedForms() const { return created_; }
+  std::vector<Form*> OpenForms() const;
+  Form* Current() const { return current_; }
+  void SetCurrent(Form* form);
+
+  int CascadePosition() const { return cascade_; }
+  int CreatedCount(FormKind kind) const { return counts_[static_cast<int>(kind)]; }
+
+  // --- start-up and commands ------------------------------------------------
+  void DeclareVariables();
+  // The command line: a quoted path to a .kd1 or .kd2 file.
+  void Process(const std::string& commandLine);
+  // "Open form": the file dialog, then the form kind by the filter chosen.
+  void OpenTheForm();
+  // Loads a form file into a new form of the kind; reports 72/73 on failure.
+  Form* OpenFormFile(FormKind kind, const std::string& path, const std::string& title);
+
+  // --- messages and pointer ---------------------------------------------------
+  void ShowError(int number);
+  void ShowCritical(const std::string& text);
+  void ShowMessage(const std::string& text);
+  void ShowBusy();
+  void ShowBusyArrow();
+  void ShowIdle();
+  void Beep();
+  // Opens help in one of the named help files ("KELDOX.HLP"); reports 22 when
+  // it cannot be shown. An empty topic opens the contents.
+  void GetHelp(const std::string& helpFile, const std::string& topic);
+
+  // --- the frame's own menu -------------------------------------------------
+  ControlModel& controls() { return controls_; }
+  const std::vector<MenuNode>& MenuBar() const { return menuBar_; }
+  bool RunMenu(const std::string& name);
+  // Set by "E&xit"; the desktop program quits when it turns true.
+  bool ExitRequested() const { return exitRequested_; }
+  // The about box's lines.
+  static std::vector<std::string> AboutText();
+
+  void SetListener(FrameListener* listener) { listener_ = listener; }
+
+ private:
+  void BuildMenu();
+
+  platform::Services& services_;
+  std::string programFolder_;
+  FrameSettings settings_;
+  std::array<FormMaker, kFormKinds> makers_{};
+  std::array<int, kFormKinds> counts_{};
+  int cascade_ = 0;
+  std::vector<std::unique_ptr<Form>> owned_;
+  std::vector<Form*> created_;
+  std::vector<std::unique_ptr<Form>> closed_;
+  Form* current_ = nullptr;
+  FrameListener* listener_ = nullptr;
+  ControlModel controls_;
+  std::vector<MenuNode> menuBar_;
+  bool exitRequested_ = false;
+};
+
+// The last backslash- or slash-separated part of a path.
+std::string GetFileTitle(const std::string& path);
+
+}  // namespace keldo

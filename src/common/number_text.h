@@ -1,0 +1,21 @@
+#pragma once
+// The number formats the system shows, kept in one place.
+
+#include <string>
+
+namespace keldo {
+
+// An integer as a Str-like conversion writes it: a leading blank for zero and
+// positive numbers, a minus sign otherwise ("1DGraph " + StrInt(1) is
+// "1DGraph  1").
+std::string StrInt(long long value);
+
+// The label format "#0.###": at least one integer digit, at most three
+// decimals, trailing zeros dropped, and a trailing "." removed.
+std::string FormatLabel(double value);
+
+// The shortest text that reads back to the same double (up to 17 significant
+// digits); "nan", "inf" and "-inf" for the special values.
+std::string RoundTripText(double value);
+
+}  // namespace keldo

@@ -1,0 +1,13 @@
+#pragma once
+// The menu bar and the context menu of the one-dimensional form.
+
+#include <span>
+
+#include "app/menu_table.h"
+
+namespace keldo::form1d {
+
+std::span<const MenuRow> Graph1MenuBar();
+std::span<const MenuRow> Graph1PopupMenu();
+
+}  // namespace keldo::form1d

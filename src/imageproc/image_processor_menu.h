@@ -1,0 +1,7 @@
+#pragma once
+#include <span>
+#include "app/menu_table.h"
+namespace keldo::imageproc {
+// The menu bar of the image processor.
+std::span<const MenuRow> ImageProcessorMenuBar();
+}  // namespace keldo::imageproc

@@ -1,0 +1,215 @@
+#include "platform/headless/headless_services.h"
+
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "platform/headless/simple_images.h"
+#include "platform/help_index.h"
+
+namespace keldo::platform {
+
+void HeadlessDialogs::ShowMessage(const MessageRequest& request) {
+  shown_.push_back(request);
+  if (!sink_) return;
+  if (request.fromCatalogue)
+    sink_("message " + std::to_string(request.catalogueNumber) + ": " + request.text);
+  else
+    sink_("message: " + request.text);
+}
+
+std::optional<std::string> HeadlessDialogs::InputBox(const InputRequest& request) {
+  if (sink_) sink_("prompt: " + request.prompt);
+  if (answers_.empty()) return std::nullopt;
+  auto answer = std::move(answers_.front());
+  answers_.pop_front();
+  return answer;
+}
+
+bool HeadlessDialogs::AskYesNo(const std::string& text, const std::string& title) {
+  const auto answer = InputBox({text, title, ""});
+  return answer && !answer->empty() && (answer->front() == 'y' || answer->front() == 'Y');
+}
+
+std::vector<MessageRequest> HeadlessDialogs::TakeShown() {
+  std::vector<MessageRequest> out;
+  out.swap(shown_);
+  return out;
+}
+
+void HeadlessBeeper::Beep() {
+  ++count_;
+  if (sink_) sink_("beep");
+}
+
+void HeadlessEventLoop::Yield() {
+  ++count_;
+  if (hook_ && !inHook_) {
+    inHook_ = true;
+    hook_();
+    inHook_ = false;
+  }
+}
+
+namespace {
+
+std::string LowerExtension(const std::string& path) {
+  std::string ext = std::filesystem::path(path).extension().string();
+  for (char& c : ext) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return ext;
+}
+
+// The 1-based index of the filter whose pattern names this extension, or 0.
+int FilterIndexFor(const std::string& filter, const std::string& ext) {
+  int index = 0;
+  std::size_t pos = 0;
+  bool isPattern = false;
+  while (pos <= filter.size()) {
+    const std::size_t bar = filter.find('|', pos);
+    const std::string part = filter.substr(pos, bar == std::string::npos ? std::string::npos : bar - pos);
+    if (isPattern) {
+      ++index;
+      std::string lower = part;
+      for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+      if (!ext.empty() && lower.find("*" + ext) != std::string::npos) return index;
+      if (lower == "*.*") return index;
+    }
+    isPattern = !isPattern;
+    if (bar == std::string::npos) break;
+    pos = bar + 1;
+  }
+  return 0;
+}
+
+}  // namespace
+
+std::optional<FileDialogResult> HeadlessFileDialog::Run(const FileDialogRequest& request) {
+  requests_.push_back(request);
+  if (answers_.empty()) return std::nullopt;
+  auto answer = std::move(answers_.front());
+  answers_.pop_front();
+  if (!answer) return std::nullopt;
+  FileDialogResult result;
+  result.path = *answer;
+  if (request.mode == FileDialogMode::Save && !request.defaultExtension.empty() &&
+      std::filesystem::path(result.path).extension().empty()) {
+    std::string ext = request.defaultExtension;
+    if (ext.front() != '.') ext.insert(ext.begin(), '.');
+    result.path += ext;
+  }
+  result.title = std::filesystem::path(result.path).filename().string();
+  const int matched = FilterIndexFor(request.filter, LowerExtension(result.path));
+  result.filterIndex = matched > 0 ? matched : request.filterIndex;
+  return result;
+}
+
+std::optional<RgbImage> HeadlessImaging::Load(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  if (!in) return std::nullopt;
+  const std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  const std::string ext = LowerExtension(path);
+  if (ext == ".bmp" || ext == ".dib") return DecodeBmp(bytes);
+  if (ext == ".pgm") return DecodePgm(bytes);
+  return std::nullopt;
+}
+
+bool HeadlessImaging::Save(const std::string& path, const RgbImage& image, const ImageSaveOptions&) {
+  const std::string ext = LowerExtension(path);
+  std::string bytes;
+  if (ext == ".bmp" || ext == ".dib")
+    bytes = EncodeBmp(image);
+  else if (ext == ".pgm")
+    bytes = EncodePgm(image);
+  else
+    return false;
+  std::ofstream out(path, std::ios::binary);
+  out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  return static_cast<bool>(out);
+}
+
+bool HeadlessAudio::Play(const std::vector<std::int16_t>& samples, int sampleRate) {
+  if (!available_ || sampleRate <= 0) return false;
+  ++plays_;
+  playing_ = !samples.empty();
+  position_ = 0;
+  length_ = static_cast<long long>(samples.size());
+  return true;
+}
+
+void HeadlessAudio::Finish() {
+  position_ = length_;
+  playing_ = false;
+}
+
+bool HeadlessPrinter::Begin(const std::string& documentName) {
+  open_ = true;
+  items_.push_back({"page", documentName, 0, 0, 0, 0});
+  return true;
+}
+
+void HeadlessPrinter::SetFont(const std::string& family, double points) {
+  items_.push_back({"font", family, points, 0, 0, 0});
+}
+
+void HeadlessPrinter::Line(double x1, double y1, double x2, double y2, Rgb) {
+  items_.push_back({"line", "", x1, y1, x2, y2});
+}
+
+void HeadlessPrinter::Text(double x, double y, const std::string& text) {
+  items_.push_back({"text", text, x, y, 0, 0});
+}
+
+void HeadlessPrinter::Picture(double x, double y, double width, double height, const RgbImage&) {
+  items_.push_back({"picture", "", x, y, x + width, y + height});
+}
+
+bool HeadlessPrinter::End() {
+  if (!open_) return false;
+  open_ = false;
+  ++documents_;
+  return true;
+}
+
+void HeadlessRandom::SeedFromClock() {
+  engine_.seed(static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count()));
+}
+
+double HeadlessRandom::Next() { return std::generate_canonical<double, 53>(engine_); }
+
+bool HeadlessHelp::ShowTopic(const std::string& helpFile, const std::string& keyword) {
+  const auto page = HelpIndex::Load(docs_).Find(helpFile, keyword);
+  if (!page) {
+    // An unknown keyword opens the file's contents, as a help viewer would.
+    return ShowContents(helpFile);
+  }
+  lastPage_ = *page;
+  return true;
+}
+
+bool HeadlessHelp::ShowContents(const std::string& helpFile) {
+  const auto page = HelpIndex::Load(docs_).Contents(helpFile);
+  if (!page || !std::filesystem::exists(*page)) return false;
+  lastPage_ = *page;
+  return true;
+}
+
+HeadlessPlatform::HeadlessPlatform(LineSink sink, std::string docsFolder)
+    : dialogs(sink), beeper(sink), help(std::move(docsFolder)) {
+  services_.dialogs = &dialogs;
+  services_.pointer = &pointer;
+  services_.beeper = &beeper;
+  services_.eventLoop = &eventLoop;
+  services_.fileDialog = &fileDialog;
+  services_.imaging = &imaging;
+  services_.audio = &audio;
+  services_.printer = &printer;
+  services_.clipboard = &clipboard;
+  services_.random = &random;
+  services_.help = &help;
+  services_.screen = &screen;
+  services_.surfaces = &surfaces;
+}
+
+}  // namespace keldo::platform

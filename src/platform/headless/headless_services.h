@@ -1,0 +1,215 @@
+#pragma once
+// Headless implementations of every platform service. They need no window
+// system: message boxes and beeps become printed lines, input boxes and file
+// dialogs take queued answers, the clipboard is a string, surfaces are
+// RasterSurfaces, audio plays instantly into a record.
+
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "platform/headless/raster_surface.h"
+#include "platform/services.h"
+
+namespace keldo::platform {
+
+// Receives each line a person would have seen: "message 23: Improper formula.",
+// "message: TEXT", "prompt: TEXT", "beep".
+using LineSink = std::function<void(const std::string&)>;
+
+class HeadlessDialogs final : public Dialogs {
+ public:
+  explicit HeadlessDialogs(LineSink sink) : sink_(std::move(sink)) {}
+  void ShowMessage(const MessageRequest& request) override;
+  std::optional<std::string> InputBox(const InputRequest& request) override;
+  bool AskYesNo(const std::string& text, const std::string& title) override;
+
+  // An empty optional queues a cancel.
+  void QueueAnswer(std::optional<std::string> answer) { answers_.push_back(std::move(answer)); }
+  const std::vector<MessageRequest>& Shown() const { return shown_; }
+  std::vector<MessageRequest> TakeShown();
+
+ private:
+  LineSink sink_;
+  std::deque<std::optional<std::string>> answers_;
+  std::vector<MessageRequest> shown_;
+};
+
+class HeadlessPointer final : public Pointer {
+ public:
+  void SetShape(PointerShape shape) override { shape_ = shape; }
+  PointerShape Shape() const override { return shape_; }
+
+ private:
+  PointerShape shape_ = PointerShape::Default;
+};
+
+class HeadlessBeeper final : public Beeper {
+ public:
+  explicit HeadlessBeeper(LineSink sink) : sink_(std::move(sink)) {}
+  void Beep() override;
+  int Count() const { return count_; }
+
+ private:
+  LineSink sink_;
+  int count_ = 0;
+};
+
+// Yield runs the hook, which a script runner uses to deliver queued events.
+class HeadlessEventLoop final : public EventLoop {
+ public:
+  void Yield() override;
+  void SetHook(std::function<void()> hook) { hook_ = std::move(hook); }
+  long long Count() const { return count_; }
+
+ private:
+  std::function<void()> hook_;
+  long long count_ = 0;
+  bool inHook_ = false;
+};
+
+class HeadlessFileDialog final : public FileDialog {
+ public:
+  std::optional<FileDialogResult> Run(const FileDialogRequest& request) override;
+  // An empty optional queues a cancel. The filter index of the answer is the
+  // filter whose pattern matches the path's extension, else the request's.
+  void QueueAnswer(std::optional<std::string> path) { answers_.push_back(std::move(path)); }
+  const std::vector<FileDialogRequest>& Requests() const { return requests_; }
+
+ private:
+  std::deque<std::optional<std::string>> answers_;
+  std::vector<FileDialogRequest> requests_;
+};
+
+// Reads and writes PGM (P2, P5) and uncompressed 24-bit BMP by itself.
+class HeadlessImaging final : public Imaging {
+ public:
+  std::optional<RgbImage> Load(const std::string& path) override;
+  bool Save(const std::string& path, const RgbImage& image, const ImageSaveOptions& options) override;
+};
+
+class HeadlessAudio final : public Audio {
+ public:
+  bool Play(const std::vector<std::int16_t>& samples, int sampleRate) override;
+  void Stop() override { playing_ = false; }
+  bool IsPlaying() const override { return playing_; }
+  long long Position() const override { return position_; }
+  // Runs the current sound to its end.
+  void Finish();
+  void SetDeviceAvailable(bool available) { available_ = available; }
+  int PlayCount() const { return plays_; }
+
+ private:
+  bool available_ = true;
+  bool playing_ = false;
+  long long position_ = 0;
+  long long length_ = 0;
+  int plays_ = 0;
+};
+
+struct PrintedItem {
+  std::string kind;  // "page", "line", "text", "picture", "font"
+  std::string text;
+  double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
+};
+
+class HeadlessPrinter final : public Printer {
+ public:
+  bool Begin(const std::string& documentName) override;
+  void NewPage() override { items_.push_back({"page", "", 0, 0, 0, 0}); }
+  void SetFont(const std::string& family, double points) override;
+  void Line(double x1, double y1, double x2, double y2, Rgb color) override;
+  void Text(double x, double y, const std::string& text) override;
+  void Picture(double x, double y, double width, double height, const RgbImage& image) override;
+  bool End() override;
+  const std::vector<PrintedItem>& Items() const { return items_; }
+  int Documents() const { return documents_; }
+
+ private:
+  std::vector<PrintedItem> items_;
+  int documents_ = 0;
+  bool open_ = false;
+};
+
+class HeadlessClipboard final : public Clipboard {
+ public:
+  std::string Text() const override { return text_; }
+  void SetText(const std::string& text) override { text_ = text; }
+  void SetImage(const RgbImage& image) override { image_ = image; text_.clear(); }
+  const RgbImage& Image() const { return image_; }
+
+ private:
+  std::string text_;
+  RgbImage image_;
+};
+
+// A Mersenne twister; a fixed seed gives a repeatable run.
+class HeadlessRandom final : public Random {
+ public:
+  void Seed(std::uint64_t seed) override { engine_.seed(seed); }
+  void SeedFromClock() override;
+  double Next() override;
+
+ private:
+  std::mt19937_64 engine_{12345};
+};
+
+// Records the pages asked for; the page is found through the help index.
+class HeadlessHelp final : public Help {
+ public:
+  explicit HeadlessHelp(std::string docsFolder) : docs_(std::move(docsFolder)) {}
+  bool ShowTopic(const std::string& helpFile, const std::string& keyword) override;
+  bool ShowContents(const std::string& helpFile) override;
+  // Path of the last page shown, empty before any.
+  const std::string& LastPage() const { return lastPage_; }
+
+ private:
+  std::string docs_;
+  std::string lastPage_;
+};
+
+class HeadlessScreen final : public Screen {
+ public:
+  ScreenSize Size() const override { return size_; }
+  void SetSize(ScreenSize size) { size_ = size; }
+
+ private:
+  ScreenSize size_{1280, 1024};
+};
+
+class HeadlessSurfaceFactory final : public SurfaceFactory {
+ public:
+  std::unique_ptr<Surface> Create(int pixelWidth, int pixelHeight) override {
+    return std::make_unique<RasterSurface>(pixelWidth, pixelHeight);
+  }
+};
+
+// All of the above, wired into one Services record.
+class HeadlessPlatform {
+ public:
+  HeadlessPlatform(LineSink sink, std::string docsFolder);
+  Services& services() { return services_; }
+
+  HeadlessDialogs dialogs;
+  HeadlessPointer pointer;
+  HeadlessBeeper beeper;
+  HeadlessEventLoop eventLoop;
+  HeadlessFileDialog fileDialog;
+  HeadlessImaging imaging;
+  HeadlessAudio audio;
+  HeadlessPrinter printer;
+  HeadlessClipboard clipboard;
+  HeadlessRandom random;
+  HeadlessHelp help;
+  HeadlessScreen screen;
+  HeadlessSurfaceFactory surfaces;
+
+ private:
+  Services services_;
+};
+
+}  // namespace keldo::platform

@@ -1,0 +1,46 @@
+#pragma once
+// A drawing surface with a user scale: the plot boxes of the forms draw on it.
+// Coordinates passed to drawing calls are user coordinates; the scale maps
+// (left, top) to the top-left pixel and (right, bottom) to the bottom-right.
+
+#include <string>
+
+#include "platform/color.h"
+#include "platform/image.h"
+
+namespace keldo::platform {
+
+struct UserScale {
+  double left = 0.0, top = 0.0, right = 1.0, bottom = 1.0;
+};
+
+class Surface {
+ public:
+  virtual ~Surface() = default;
+  virtual int PixelWidth() const = 0;
+  virtual int PixelHeight() const = 0;
+  virtual void Clear(Rgb background) = 0;
+  virtual void SetScale(const UserScale& scale) = 0;
+  virtual void SetPenWidth(int pixels) = 0;
+  virtual void Line(double x1, double y1, double x2, double y2, Rgb color) = 0;
+  virtual void SetPixel(double x, double y, Rgb color) = 0;
+  virtual Rgb GetPixel(double x, double y) const = 0;
+  virtual void Text(double x, double y, const std::string& text, Rgb color) = 0;
+  virtual void Refresh() = 0;
+  // What the surface shows now.
+  virtual RgbImage Snapshot() const = 0;
+};
+
+}  // namespace keldo::platform
+
+#include <memory>
+
+namespace keldo::platform {
+
+class SurfaceFactory {
+ public:
+  virtual ~SurfaceFactory() = default;
+  virtual std::unique_ptr<Surface> Create(int pixelWidth, int pixelHeight) = 0;
+};
+
+}  // namespace keldo::platform

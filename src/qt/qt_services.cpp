@@ -1,0 +1,274 @@
+#include "qt/qt_services.h"
+
+#include <QApplication>
+#include <QAudioFormat>
+#include <QAudioSink>
+#include <QBuffer>
+#include <QClipboard>
+#include <QDateTime>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QImageReader>
+#include <QImageWriter>
+#include <QInputDialog>
+#include <QMediaDevices>
+#include <QMessageBox>
+#include <QPainter>
+#include <QPrinter>
+#include <QScreen>
+#include <QStringList>
+
+#include "platform/help_index.h"
+#include "qt/help_window.h"
+
+namespace keldo::qt {
+namespace {
+
+QString Q(const std::string& s) { return QString::fromStdString(s); }
+
+// "Caption|*.a|Caption|*.b" becomes Qt's "Caption (*.a);;Caption (*.b)",
+// keeping a caption that already names its pattern.
+QStringList ToQtFilters(const std::string& filter) {
+  const QStringList parts = Q(filter).split('|');
+  QStringList out;
+  for (int i = 0; i + 1 < parts.size(); i += 2) {
+    const QString caption = parts[i];
+    const QString pattern = QString(parts[i + 1]).replace(';', ' ');
+    out << (caption.contains('(') ? caption : caption + " (" + pattern + ")");
+  }
+  return out;
+}
+
+}  // namespace
+
+void QtDialogs::ShowMessage(const platform::MessageRequest& request) {
+  QMessageBox box(parent_);
+  box.setWindowTitle(request.title.empty() ? QStringLiteral("KELDO") : Q(request.title));
+  box.setText(Q(request.text));
+  switch (request.icon) {
+    case platform::MessageIcon::Critical: box.setIcon(QMessageBox::Critical); break;
+    case platform::MessageIcon::Information: box.setIcon(QMessageBox::Information); break;
+    case platform::MessageIcon::Question: box.setIcon(QMessageBox::Question); break;
+    case platform::MessageIcon::None: break;
+  }
+  box.setStandardButtons(QMessageBox::Ok);
+  box.exec();
+}
+
+std::optional<std::string> QtDialogs::InputBox(const platform::InputRequest& request) {
+  bool ok = false;
+  const QString text = QInputDialog::getText(parent_, Q(request.title), Q(request.prompt), QLineEdit::Normal,
+                                             Q(request.defaultText), &ok);
+  if (!ok) return std::nullopt;
+  return text.toStdString();
+}
+
+bool QtDialogs::AskYesNo(const std::string& text, const std::string& title) {
+  return QMessageBox::question(parent_, Q(title), Q(text)) == QMessageBox::Yes;
+}
+
+void QtPointer::SetShape(platform::PointerShape shape) {
+  if (shape == shape_) return;
+  if (shape_ != platform::PointerShape::Default) QApplication::restoreOverrideCursor();
+  shape_ = shape;
+  if (shape == platform::PointerShape::Hourglass) QApplication::setOverrideCursor(Qt::WaitCursor);
+  if (shape == platform::PointerShape::ArrowHourglass) QApplication::setOverrideCursor(Qt::BusyCursor);
+}
+
+void QtBeeper::Beep() { QApplication::beep(); }
+
+void QtEventLoop::Yield() { QApplication::processEvents(); }
+
+std::optional<platform::FileDialogResult> QtFileDialog::Run(const platform::FileDialogRequest& request) {
+  QFileDialog dialog(parent_, Q(request.title), Q(request.initialFolder));
+  const QStringList filters = ToQtFilters(request.filter);
+  dialog.setNameFilters(filters);
+  if (request.filterIndex >= 1 && request.filterIndex <= filters.size())
+    dialog.selectNameFilter(filters[request.filterIndex - 1]);
+  if (request.mode == platform::FileDialogMode::Save) {
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setFileMode(QFileDialog::AnyFile);
+    QString ext = Q(request.defaultExtension);
+    if (ext.startsWith('.')) ext.remove(0, 1);
+    dialog.setDefaultSuffix(ext);
+    if (!(request.flags & platform::kFlagOverwritePrompt)) dialog.setOption(QFileDialog::DontConfirmOverwrite);
+  } else {
+    dialog.setAcceptMode(QFileDialog::AcceptOpen);
+    dialog.setFileMode(QFileDialog::ExistingFile);
+  }
+  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
+  platform::FileDialogResult result;
+  result.path = dialog.selectedFiles().first().toStdString();
+  result.title = QFileInfo(dialog.selectedFiles().first()).fileName().toStdString();
+  result.filterIndex = static_cast<int>(filters.indexOf(dialog.selectedNameFilter())) + 1;
+  if (result.filterIndex < 1) result.filterIndex = 1;
+  return result;
+}
+
+std::optional<platform::RgbImage> QtImaging::Load(const std::string& path) {
+  QImageReader reader(Q(path));
+  reader.setAllocationLimit(512);
+  const QImage image = reader.read();
+  if (image.isNull()) return std::nullopt;
+  return FromQImage(image);
+}
+
+bool QtImaging::Save(const std::string& path, const platform::RgbImage& image,
+                     const platform::ImageSaveOptions& options) {
+  QImageWriter writer(Q(path));
+  writer.setQuality(options.jpegQuality);
+  if (options.tiffCompression) writer.setCompression(1);
+  return writer.write(ToQImage(image));
+}
+
+QtAudio::QtAudio() = default;
+QtAudio::~QtAudio() { Stop(); }
+
+bool QtAudio::Play(const std::vector<std::int16_t>& samples, int sampleRate) {
+  Stop();
+  const QAudioDevice device = QMediaDevices::defaultAudioOutput();
+  if (device.isNull() || sampleRate <= 0) return false;
+  QAudioFormat format;
+  format.setSampleRate(sampleRate);
+  format.setChannelCount(1);
+  format.setSampleFormat(QAudioFormat::Int16);
+  if (!device.isFormatSupported(format)) return false;
+  buffer_ = std::make_unique<QBuffer>();
+  buffer_->setData(reinterpret_cast<const char*>(samples.data()),
+                   static_cast<qsizetype>(samples.size() * sizeof(std::int16_t)));
+  buffer_->open(QIODevice::ReadOnly);
+  sink_ = std::make_unique<QAudioSink>(device, format);
+  sink_->start(buffer_.get());
+  return sink_->error() == QAudio::NoError;
+}
+
+void QtAudio::Stop() {
+  if (sink_) sink_->stop();
+  sink_.reset();
+  buffer_.reset();
+}
+
+bool QtAudio::IsPlaying() const { return sink_ && sink_->state() == QAudio::ActiveState; }
+
+long long QtAudio::Position() const { return buffer_ ? buffer_->pos() / 2 : 0; }
+
+struct QtPrinter::State {
+  QPrinter printer{QPrinter::HighResolution};
+  QPainter painter;
+  bool open = false;
+  double dpi() const { return printer.resolution(); }
+};
+
+QtPrinter::QtPrinter() : state_(std::make_unique<State>()) {}
+QtPrinter::~QtPrinter() {
+  if (state_->open) state_->painter.end();
+}
+
+bool QtPrinter::Begin(const std::string& documentName) {
+  state_->printer.setDocName(Q(documentName));
+  if (!state_->printer.isValid()) return false;
+  state_->open = state_->painter.begin(&state_->printer);
+  return state_->open;
+}
+
+void QtPrinter::NewPage() {
+  if (state_->open) state_->printer.newPage();
+}
+
+void QtPrinter::SetFont(const std::string& family, double points) {
+  if (state_->open) state_->painter.setFont(QFont(Q(family), static_cast<int>(points)));
+}
+
+void QtPrinter::Line(double x1, double y1, double x2, double y2, platform::Rgb color) {
+  if (!state_->open) return;
+  const double d = state_->dpi();
+  state_->painter.setPen(QColor::fromRgb(color));
+  state_->painter.drawLine(QPointF(x1 * d, y1 * d), QPointF(x2 * d, y2 * d));
+}
+
+void QtPrinter::Text(double x, double y, const std::string& text) {
+  if (!state_->open) return;
+  const double d = state_->dpi();
+  state_->painter.drawText(QPointF(x * d, y * d), Q(text));
+}
+
+void QtPrinter::Picture(double x, double y, double width, double height, const platform::RgbImage& image) {
+  if (!state_->open) return;
+  const double d = state_->dpi();
+  state_->painter.drawImage(QRectF(x * d, y * d, width * d, height * d), ToQImage(image));
+}
+
+bool QtPrinter::End() {
+  if (!state_->open) return false;
+  state_->open = false;
+  return state_->painter.end();
+}
+
+std::string QtClipboard::Text() const { return QGuiApplication::clipboard()->text().toStdString(); }
+void QtClipboard::SetText(const std::string& text) { QGuiApplication::clipboard()->setText(Q(text)); }
+void QtClipboard::SetImage(const platform::RgbImage& image) { QGuiApplication::clipboard()->setImage(ToQImage(image)); }
+
+void QtRandom::Seed(std::uint64_t seed) { state_ = seed ? seed : 0x9E3779B97F4A7C15ull; }
+void QtRandom::SeedFromClock() { Seed(static_cast<std::uint64_t>(QDateTime::currentMSecsSinceEpoch())); }
+
+double QtRandom::Next() {
+  // splitmix64: 53 random bits into [0, 1).
+  std::uint64_t z = (state_ += 0x9E3779B97F4A7C15ull);
+  z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ull;
+  z = (z ^ (z >> 27)) * 0x94D049BB133111EBull;
+  z ^= z >> 31;
+  return static_cast<double>(z >> 11) * (1.0 / 9007199254740992.0);
+}
+
+QtHelp::QtHelp(std::string docsFolder) : docs_(std::move(docsFolder)) {}
+QtHelp::~QtHelp() { delete window_.data(); }
+
+HelpWindow* QtHelp::Window() const { return window_.data(); }
+
+bool QtHelp::ShowPage(const std::string& page) {
+  if (!QFileInfo::exists(Q(page))) return false;
+  if (!window_) window_ = new HelpWindow(Q(docs_));
+  window_->ShowPage(Q(page));
+  return true;
+}
+
+bool QtHelp::ShowTopic(const std::string& helpFile, const std::string& keyword) {
+  const auto page = platform::HelpIndex::Load(docs_).Find(helpFile, keyword);
+  if (!page) return ShowContents(helpFile);
+  return ShowPage(*page);
+}
+
+bool QtHelp::ShowContents(const std::string& helpFile) {
+  const auto page = platform::HelpIndex::Load(docs_).Contents(helpFile);
+  return page && ShowPage(*page);
+}
+
+platform::ScreenSize QtScreen::Size() const {
+  const QScreen* screen = QGuiApplication::primaryScreen();
+  if (!screen) return {};
+  const QRect r = screen->availableGeometry();
+  return {r.width(), r.height()};
+}
+
+QtPlatform::QtPlatform(const std::string& docsFolder) : help(docsFolder) {
+  services_.dialogs = &dialogs;
+  services_.pointer = &pointer;
+  services_.beeper = &beeper;
+  services_.eventLoop = &eventLoop;
+  services_.fileDialog = &fileDialog;
+  services_.imaging = &imaging;
+  services_.audio = &audio;
+  services_.printer = &printer;
+  services_.clipboard = &clipboard;
+  services_.random = &random;
+  services_.help = &help;
+  services_.screen = &screen;
+  services_.surfaces = &surfaces;
+}
+
+void QtPlatform::SetParent(QWidget* parent) {
+  dialogs.SetParent(parent);
+  fileDialog.SetParent(parent);
+}
+
+}  // namespace keldo::qt

@@ -1,0 +1,73 @@
+#include "script/dump.h"
+
+#include "app/form.h"
+#include "app/frame.h"
+#include "script/json_writer.h"
+
+namespace keldo::script {
+namespace {
+
+bool UsesText(ControlKind kind) { return kind == ControlKind::Text || kind == ControlKind::List; }
+
+std::string ControlsJson(const ControlModel& model) {
+  std::string out = "{";
+  bool first = true;
+  for (const auto& [name, c] : model.All()) {
+    out += first ? "\n    " : ",\n    ";
+    first = false;
+    out += JsonString(name) + ": {";
+    out += UsesText(c.kind) ? "\"text\": " : "\"caption\": ";
+    out += JsonString(c.text);
+    out += ", \"value\": " + std::to_string(c.value);
+    out += std::string(", \"enabled\": ") + (c.enabled ? "true" : "false");
+    out += std::string(", \"visible\": ") + (c.visible ? "true" : "false");
+    if (!c.tip.empty()) out += ", \"tip\": " + JsonString(c.tip);
+    out += "}";
+  }
+  out += first ? "}" : "\n  }";
+  return out;
+}
+
+std::string NumbersJson(const std::vector<double>& values) {
+  std::string out = "[";
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    if (i) out += ", ";
+    out += JsonNumber(values[i]);
+  }
+  return out + "]";
+}
+
+}  // namespace
+
+std::string DumpJson(Frame& frame, const Form* form, const std::vector<std::string>& messages,
+                     const std::string& clipboardText) {
+  std::string out = "{\n";
+  if (form) {
+    out += "  \"kind\": " + JsonString(FormKindName(form->Kind())) + ",\n";
+    out += "  \"caption\": " + JsonString(form->Caption()) + ",\n";
+    out += "  \"points\": " + std::to_string(form->Points()) + ",\n";
+    const auto w = form->Window();
+    out += "  \"window\": " + NumbersJson({w[0], w[1], w[2], w[3]}) + ",\n";
+    out += "  \"graphs\": [";
+    const auto graphs = form->Graphs();
+    for (std::size_t g = 0; g < graphs.size(); ++g) {
+      out += g ? ",\n    {" : "\n    {";
+      out += "\"a\": " + JsonNumber(graphs[g].a) + ", \"b\": " + JsonNumber(graphs[g].b);
+      out += ", \"h\": " + JsonNumber(graphs[g].h) + ", \"peak\": " + JsonNumber(graphs[g].peak);
+      out += ", \"values\": " + NumbersJson(graphs[g].values) + "}";
+    }
+    out += graphs.empty() ? "],\n" : "\n  ],\n";
+    out += "  \"controls\": " + ControlsJson(form->controls()) + ",\n";
+  } else {
+    out += "  \"kind\": \"frame\",\n  \"caption\": \"KELDO\",\n  \"points\": 0,\n";
+    out += "  \"window\": [0, 0, 0, 0],\n  \"graphs\": [],\n";
+    out += "  \"controls\": " + ControlsJson(frame.controls()) + ",\n";
+  }
+  out += "  \"messages\": [";
+  for (std::size_t i = 0; i < messages.size(); ++i) out += (i ? ", " : "") + JsonString(messages[i]);
+  out += "],\n";
+  out += "  \"clipboard\": " + JsonString(clipboardText) + "\n}\n";
+  return out;
+}
+
+}  // namespace keldo::script

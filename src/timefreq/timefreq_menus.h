@@ -1,0 +1,8 @@
+#pragma once
+#include <span>
+#include "app/menu_table.h"
+namespace keldo::timefreq {
+// The menu bars of the spectrogram and scalogram forms.
+std::span<const MenuRow> SpectrogramMenuBar();
+std::span<const MenuRow> ScalogramMenuBar();
+}  // namespace keldo::timefreq

@@ -1,0 +1,46 @@
+// The frame with a 1-D form in a real window on the X display, photographed
+// from the screen. The picture is kept under build/screenshots/ to be looked at.
+#include <QDir>
+#include <QImage>
+#include <QMdiArea>
+#include <QScreen>
+#include <QSet>
+#include <QtTest>
+
+#include "app/form_kinds.h"
+#include "app/frame.h"
+#include "qt/main_window.h"
+#include "qt/qt_services.h"
+
+class ScreenshotTest : public QObject {
+  Q_OBJECT
+ private slots:
+  void frameWithOneForm() {
+    if (qEnvironmentVariableIsEmpty("DISPLAY")) QSKIP("no X display: run under xvfb-run");
+    keldo::qt::QtPlatform platform(KELDO_SOURCE_DIR "/docs");
+    keldo::Frame frame(platform.services(), KELDO_SOURCE_DIR);
+    keldo::InstallFormKinds(frame);
+    keldo::qt::MainWindow window(frame);
+    window.resize(1000, 720);
+    window.move(0, 0);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    frame.RunMenu("mnuNew1Dim");
+    QTest::qWait(300);
+    QScreen* screen = window.screen();
+    QVERIFY(screen);
+    const QImage shot = screen->grabWindow(window.winId()).toImage();
+    QVERIFY(!shot.isNull());
+    QDir().mkpath(KELDO_SCREENSHOT_DIR);
+    QVERIFY(shot.save(KELDO_SCREENSHOT_DIR "/frame-1d.png"));
+    // Not blank: many colours, and the desk, the white plot and dark text all present.
+    QSet<QRgb> colours;
+    for (int y = 0; y < shot.height(); y += 3)
+      for (int x = 0; x < shot.width(); x += 3) colours.insert(shot.pixel(x, y) & 0xFFFFFF);
+    QVERIFY2(colours.size() > 20, qPrintable(QString("only %1 colours").arg(colours.size())));
+    QVERIFY(colours.contains(0xFFFFFF));
+  }
+};
+
+QTEST_MAIN(ScreenshotTest)
+#include "screenshot_test.moc"

@@ -1,0 +1,45 @@
+# Runs keldo-run as a program and checks its output and exit status.
+# Called by CTest with -DRUNNER=path -DWORK=folder.
+file(MAKE_DIRECTORY ${WORK})
+
+function(run_script name text expected_status)
+  file(WRITE ${WORK}/${name}.ksc "${text}")
+  execute_process(COMMAND ${RUNNER} ${WORK}/${name}.ksc WORKING_DIRECTORY ${WORK}
+                  RESULT_VARIABLE status OUTPUT_VARIABLE out ERROR_VARIABLE err)
+  if(NOT status EQUAL expected_status)
+    message(FATAL_ERROR "${name}: exit ${status}, expected ${expected_status}\n${out}\n${err}")
+  endif()
+  set(OUT "${out}" PARENT_SCOPE)
+  set(ERR "${err}" PARENT_SCOPE)
+endfunction()
+
+run_script(dump "new 1d\ndump\n" 0)
+string(FIND "${OUT}" "\"caption\": \"1DGraph  1\"" at)
+if(at LESS 0)
+  message(FATAL_ERROR "dump lacks the caption:\n${OUT}")
+endif()
+string(FIND "${OUT}" "\"points\": 1024" at)
+if(at LESS 0)
+  message(FATAL_ERROR "dump lacks the points:\n${OUT}")
+endif()
+
+run_script(unknown "new 1d\n\nbogus\n" 2)
+if(NOT ERR STREQUAL "line 3: unknown command bogus\n")
+  message(FATAL_ERROR "unexpected error text: '${ERR}'")
+endif()
+
+run_script(shot "new 1d\nscreenshot ${WORK}/form.png\n" 0)
+if(NOT EXISTS ${WORK}/form.png)
+  message(FATAL_ERROR "no screenshot written")
+endif()
+file(SIZE ${WORK}/form.png png_size)
+if(png_size LESS 2000)
+  message(FATAL_ERROR "screenshot is too small to hold a form: ${png_size} bytes")
+endif()
+
+# Standard input as the script.
+execute_process(COMMAND sh -c "printf 'new 2d\\ndump\\n' | '${RUNNER}' -" RESULT_VARIABLE status OUTPUT_VARIABLE out)
+string(FIND "${out}" "\"caption\": \"2DGraph  1\"" at)
+if(NOT status EQUAL 0 OR at LESS 0)
+  message(FATAL_ERROR "stdin script failed: ${status}\n${out}")
+endif()

@@ -1,0 +1,111 @@
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "app/form_kinds.h"
+#include "app/frame.h"
+#include "platform/headless/headless_services.h"
+#include "script/runner.h"
+
+namespace keldo::script {
+namespace {
+
+struct Script {
+  std::ostringstream out, err;
+  Runner* runner = nullptr;
+  platform::HeadlessPlatform platform{[this](const std::string& l) { runner->Print(l); },
+                                      KELDO_SOURCE_DIR "/docs"};
+  Frame frame{platform.services(), KELDO_SOURCE_DIR};
+  Runner run{frame, platform, out, err};
+  Script() {
+    runner = &run;
+    InstallFormKinds(frame);
+  }
+  int operator()(const std::string& text, bool strict = false) { return run.Run(text, {strict}); }
+};
+
+TEST(Runner, NewFormAndDump) {
+  Script r;
+  EXPECT_EQ(r("new 1d\ndump\n"), 0);
+  const std::string json = r.out.str();
+  EXPECT_NE(json.find("\"kind\": \"1d\""), std::string::npos);
+  EXPECT_NE(json.find("\"caption\": \"1DGraph  1\""), std::string::npos);
+  EXPECT_NE(json.find("\"points\": 1024"), std::string::npos);
+  EXPECT_NE(json.find("\"window\": [-0.5, 0.5, 0, 0]"), std::string::npos);
+  EXPECT_NE(json.find("\"EndRValue\": {\"text\": \".5\""), std::string::npos);
+  EXPECT_TRUE(r.err.str().empty());
+}
+
+TEST(Runner, UnknownCommandStopsWithTwoAndTheLineNumber) {
+  Script r;
+  EXPECT_EQ(r("new 1d\n# comment\n\nfrobnicate now\ndump\n"), 2);
+  EXPECT_EQ(r.err.str(), "line 4: unknown command frobnicate\n");
+  EXPECT_EQ(r.out.str().find("\"kind\""), std::string::npos);
+}
+
+TEST(Runner, UnknownControlFormAndMenuAreErrors) {
+  Script a;
+  EXPECT_EQ(a("new 1d\nset NoSuchBox 1\n"), 2);
+  EXPECT_EQ(a.err.str(), "line 2: unknown control NoSuchBox\n");
+  Script b;
+  EXPECT_EQ(b("new 1d\nform 3\n"), 2);
+  EXPECT_EQ(b.err.str(), "line 2: no form 3\n");
+  Script c;
+  EXPECT_EQ(c("new 1d\nmenu mnuNoSuch\n"), 2);
+  EXPECT_EQ(c.err.str(), "line 2: unknown menu item mnuNoSuch\n");
+  Script d;
+  EXPECT_EQ(d("set Formula x\n"), 2);
+  EXPECT_EQ(d.err.str(), "line 1: no form is open\n");
+  Script e;
+  EXPECT_EQ(e("new 3d\n"), 2);
+  Script f;
+  EXPECT_EQ(f("set Formula \"x\n"), 2);
+  EXPECT_EQ(f.err.str(), "line 1: unterminated quoted word\n");
+}
+
+TEST(Runner, SetMenuFormAndQuotedValues) {
+  Script r;
+  EXPECT_EQ(r("new 1d\nset Formula \"a*x\\a=2\"\nset IntervalType2 1\nmenu mnu256\nnew 2d\nform 1\ndump\n"), 0);
+  const std::string json = r.out.str();
+  EXPECT_NE(json.find(R"~("Formula": {"text": "a*x\\a=2")~"), std::string::npos);
+  EXPECT_NE(json.find("\"points\": 256"), std::string::npos);
+  EXPECT_NE(json.find(R"~("IntervalType1": {"caption": "[-L,L]", "value": 0)~"), std::string::npos);
+  EXPECT_NE(json.find(R"~("IntervalType2": {"caption": "[0,L]", "value": 1)~"), std::string::npos);
+  EXPECT_EQ(r.frame.CreatedForms().size(), 2u);
+}
+
+TEST(Runner, MessagesArePrintedAndGoIntoTheNextDump) {
+  Script r;
+  r.platform.fileDialog.QueueAnswer(std::nullopt);
+  EXPECT_EQ(r("open /no/such/file.kd1\ndump\ndump\n"), 0);
+  const std::string out = r.out.str();
+  EXPECT_EQ(out.rfind("message 73: Error loading form.\n", 0), 0u);
+  const auto first = out.find("\"messages\": [\"message 73: Error loading form.\"]");
+  EXPECT_NE(first, std::string::npos);
+  EXPECT_NE(out.find("\"messages\": []", first), std::string::npos);
+}
+
+TEST(Runner, StrictStopsWithOneAtTheFirstMessage) {
+  Script r;
+  EXPECT_EQ(r("open /no/such/file.kd1\nnew 1d\n", true), 1);
+  EXPECT_TRUE(r.frame.OpenForms().empty());
+}
+
+TEST(Runner, ClipboardTextAndFrameMenu) {
+  Script r;
+  EXPECT_EQ(r("clipboard \"1 2 3\"\nmenu mnuNew1Dim\nmenu mnuClose\ndump\n"), 0);
+  EXPECT_NE(r.out.str().find("\"clipboard\": \"1 2 3\""), std::string::npos);
+  EXPECT_NE(r.out.str().find("\"kind\": \"frame\""), std::string::npos);
+  EXPECT_TRUE(r.frame.OpenForms().empty());
+}
+
+TEST(Runner, AnswersFeedTheNextInputBox) {
+  Script r;
+  EXPECT_EQ(r("answer 42\nanswer cancel\n"), 0);
+  EXPECT_EQ(r.platform.dialogs.InputBox({"Enter the value of a", "", ""}), "42");
+  EXPECT_EQ(r.platform.dialogs.InputBox({"Enter the value of b", "", ""}), std::nullopt);
+  EXPECT_EQ(r.out.str(), "prompt: Enter the value of a\nprompt: Enter the value of b\n");
+}
+
+}  // namespace
+}  // namespace keldo::script
