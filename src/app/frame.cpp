@@ -265,6 +265,13 @@ void Frame::GetHelp(const std::string& helpFile, const std::string& topic) {
   if (!shown) ShowError(22);
 }
 
+void Frame::QuickHelp(const std::string& title, const std::string& text, const std::string& helpFile,
+                      const std::string& topic) {
+  std::string& flag = settings_.captions["labHelp"];
+  flag = services_.dialogs->QuickHelp(title, text) ? "Y" : "N";
+  if (flag == "Y") GetHelp(helpFile, topic);
+}
+
 std::vector<std::string> Frame::AboutText() {
   return {"KELDO", "A Fourier/Wavelet Analyzer", "Version 2.0"};
 }

@@ -90,6 +90,10 @@ class Frame {
   // Opens help in one of the named help files ("KELDOX.HLP"); reports 22 when
   // it cannot be shown. An empty topic opens the contents.
   void GetHelp(const std::string& helpFile, const std::string& topic);
+  // The quick help box: "&Help" stores "Y" in the labHelp caption, which
+  // then opens the full topic in the help file.
+  void QuickHelp(const std::string& title, const std::string& text, const std::string& helpFile,
+                 const std::string& topic);
 
   // --- the frame's own menu -------------------------------------------------
   ControlModel& controls() { return controls_; }

@@ -29,6 +29,9 @@ class Dialogs {
   virtual void ShowMessage(const MessageRequest& request) = 0;
   // The typed text, or nothing when the user cancels.
   virtual std::optional<std::string> InputBox(const InputRequest& request) = 0;
+  // The small modal quick-help box: a text, a "&Help" button and a close
+  // button. True when "&Help" was pressed.
+  virtual bool QuickHelp(const std::string& title, const std::string& text) = 0;
   // A yes/no question; true for yes.
   virtual bool AskYesNo(const std::string& text, const std::string& title) = 0;
 };

@@ -15,6 +15,7 @@
 #include <QMessageBox>
 #include <QPainter>
 #include <QPrinter>
+#include <QPushButton>
 #include <QScreen>
 #include <QStringList>
 
@@ -65,6 +66,17 @@ std::optional<std::string> QtDialogs::InputBox(const platform::InputRequest& req
 
 bool QtDialogs::AskYesNo(const std::string& text, const std::string& title) {
   return QMessageBox::question(parent_, Q(title), Q(text)) == QMessageBox::Yes;
+}
+
+bool QtDialogs::QuickHelp(const std::string& title, const std::string& text) {
+  QMessageBox box(parent_);
+  box.setWindowTitle(Q(title));
+  box.setText(Q(text));
+  box.setIcon(QMessageBox::Information);
+  QPushButton* help = box.addButton(QStringLiteral("&Help"), QMessageBox::HelpRole);
+  box.addButton(QStringLiteral("&Close"), QMessageBox::RejectRole);
+  box.exec();
+  return box.clickedButton() == help;
 }
 
 void QtPointer::SetShape(platform::PointerShape shape) {

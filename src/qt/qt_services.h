@@ -23,6 +23,7 @@ class QtDialogs final : public platform::Dialogs {
   void ShowMessage(const platform::MessageRequest& request) override;
   std::optional<std::string> InputBox(const platform::InputRequest& request) override;
   bool AskYesNo(const std::string& text, const std::string& title) override;
+  bool QuickHelp(const std::string& title, const std::string& text) override;
 
  private:
   QPointer<QWidget> parent_;

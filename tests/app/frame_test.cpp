@@ -272,3 +272,25 @@ TEST(GetFileTitle, LastPartOfThePath) {
 
 }  // namespace
 }  // namespace keldo
+
+namespace keldo {
+namespace {
+
+TEST(QuickHelp, HelpButtonStoresYAndOpensTheTopic) {
+  testing::TestFrame t;
+  t.platform.dialogs.QueueAnswer(std::string("Help"));
+  t.frame.QuickHelp("Quick help", "The number of levels", "KELDOX.HLP", "Graphing");
+  EXPECT_EQ(t.frame.settings().captions.at("labHelp"), "Y");
+  EXPECT_NE(t.platform.help.LastPage().find("graphing.md"), std::string::npos);
+  EXPECT_EQ(t.lines, std::vector<std::string>{"message: The number of levels"});
+}
+
+TEST(QuickHelp, CloseLeavesNAndOpensNothing) {
+  testing::TestFrame t;
+  t.frame.QuickHelp("Quick help", "The energy fraction", "KELDOX.HLP", "Graphing");
+  EXPECT_EQ(t.frame.settings().captions.at("labHelp"), "N");
+  EXPECT_TRUE(t.platform.help.LastPage().empty());
+}
+
+}  // namespace
+}  // namespace keldo

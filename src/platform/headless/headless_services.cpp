@@ -33,6 +33,14 @@ bool HeadlessDialogs::AskYesNo(const std::string& text, const std::string& title
   return answer && !answer->empty() && (answer->front() == 'y' || answer->front() == 'Y');
 }
 
+bool HeadlessDialogs::QuickHelp(const std::string& title, const std::string& text) {
+  ShowMessage({text, title, MessageIcon::Information, 0, false});
+  if (answers_.empty()) return false;
+  const auto answer = std::move(answers_.front());
+  answers_.pop_front();
+  return answer && *answer == "Help";
+}
+
 std::vector<MessageRequest> HeadlessDialogs::TakeShown() {
   std::vector<MessageRequest> out;
   out.swap(shown_);

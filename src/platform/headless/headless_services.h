@@ -27,6 +27,9 @@ class HeadlessDialogs final : public Dialogs {
   void ShowMessage(const MessageRequest& request) override;
   std::optional<std::string> InputBox(const InputRequest& request) override;
   bool AskYesNo(const std::string& text, const std::string& title) override;
+  // Prints "message: TEXT"; a queued answer "Help" presses the Help button,
+  // any other queued answer (or none) closes the box.
+  bool QuickHelp(const std::string& title, const std::string& text) override;
 
   // An empty optional queues a cancel.
   void QueueAnswer(std::optional<std::string> answer) { answers_.push_back(std::move(answer)); }
