@@ -8,6 +8,7 @@
 #include "app/catalogue.h"
 #include "app/menu_table.h"
 #include "common/number_text.h"
+#include "common/text.h"
 
 namespace keldo {
 namespace {
@@ -44,22 +45,6 @@ constexpr const char* kOpenFormFilter =
     "1-Dim forms (*.kd1)|*.kd1|2-Dim forms (*.kd2)|*.kd2|Scalogram (*.scg)|*.scg|Spectrograph (*.spg)|*.spg";
 constexpr FormKind kOpenFormKinds[] = {FormKind::Graph1, FormKind::Graph2, FormKind::Scalogram,
                                        FormKind::Spectrogram};
-
-std::string UpperTrim(const std::string& text) {
-  std::size_t b = 0, e = text.size();
-  while (b < e && std::isspace(static_cast<unsigned char>(text[b]))) ++b;
-  while (e > b && std::isspace(static_cast<unsigned char>(text[e - 1]))) --e;
-  std::string out = text.substr(b, e - b);
-  for (char& c : out) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-  return out;
-}
-
-std::string Trim(const std::string& text) {
-  std::size_t b = 0, e = text.size();
-  while (b < e && std::isspace(static_cast<unsigned char>(text[b]))) ++b;
-  while (e > b && std::isspace(static_cast<unsigned char>(text[e - 1]))) --e;
-  return text.substr(b, e - b);
-}
 
 }  // namespace
 
@@ -167,7 +152,7 @@ void Frame::SetCurrent(Form* form) {
 }
 
 void Frame::Process(const std::string& commandLine) {
-  std::string text = UpperTrim(commandLine);
+  std::string text = ToUpper(Trim(commandLine));
   if (text.size() <= 6) return;
   // The path as typed keeps its case for reading; the decision and the
   // caption use the upper-cased text.

@@ -1,5 +1,7 @@
 #include "platform/help_index.h"
 
+#include "common/text.h"
+
 #include <algorithm>
 #include <cctype>
 #include <fstream>
@@ -8,14 +10,7 @@
 namespace keldo::platform {
 namespace {
 
-std::string Fold(const std::string& s) {
-  std::size_t b = 0, e = s.size();
-  while (b < e && std::isspace(static_cast<unsigned char>(s[b]))) ++b;
-  while (e > b && std::isspace(static_cast<unsigned char>(s[e - 1]))) --e;
-  std::string out = s.substr(b, e - b);
-  for (char& c : out) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-  return out;
-}
+std::string Fold(const std::string& s) { return ToUpper(Trim(s)); }
 
 }  // namespace
 

@@ -8,17 +8,13 @@
 
 #include "app/form.h"
 #include "app/frame.h"
+#include "common/text.h"
 #include "platform/headless/headless_services.h"
 #include "script/dump.h"
 #include "script/script_parser.h"
 
 namespace keldo::script {
 namespace {
-
-std::string Lower(std::string s) {
-  for (char& c : s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return s;
-}
 
 std::string JoinFrom(const std::vector<std::string>& words, std::size_t first) {
   std::string out;
@@ -187,7 +183,7 @@ bool Runner::RunNew(const std::vector<std::string>& words, std::string& reason) 
       {"1d", FormKind::Graph1},          {"2d", FormKind::Graph2},
       {"audio", FormKind::SoundEditor},  {"imageproc", FormKind::ImageProcessor},
       {"spectrogram", FormKind::Spectrogram}, {"scalogram", FormKind::Scalogram}};
-  const std::string kind = Lower(words[1]);
+  const std::string kind = ToLower(words[1]);
   for (const auto& [word, k] : kKinds) {
     if (kind == word) {
       int code = 0;
@@ -203,7 +199,7 @@ bool Runner::RunOpen(const std::vector<std::string>& words, std::string& reason)
   if (words.size() != 2) { reason = "open takes one path"; return false; }
   const std::string& path = words[1];
   const auto dot = path.find_last_of('.');
-  const std::string ext = dot == std::string::npos ? "" : Lower(path.substr(dot));
+  const std::string ext = dot == std::string::npos ? "" : ToLower(path.substr(dot));
   static const std::pair<const char*, FormKind> kFormFiles[] = {
       {".kd1", FormKind::Graph1}, {".kd2", FormKind::Graph2}, {".spg", FormKind::Spectrogram},
       {".scg", FormKind::Scalogram}};
