@@ -33,4 +33,11 @@ std::string RoundTripText(double value) {
   return buffer;
 }
 
+std::string PlainNumber(double value) {
+  if (value == 0.0) return "0";
+  char buffer[48];
+  std::snprintf(buffer, sizeof buffer, "%.15G", value);
+  return buffer;
+}
+
 }  // namespace keldo

@@ -18,4 +18,8 @@ std::string FormatLabel(double value);
 // digits); "nan", "inf" and "-inf" for the special values.
 std::string RoundTripText(double value);
 
+// The plain text form of a double: up to 15 significant digits, an exponent
+// written as E+20 or E-05 when the number is very large or very small.
+std::string PlainNumber(double value);
+
 }  // namespace keldo

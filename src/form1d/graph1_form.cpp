@@ -1,7 +1,12 @@
 #include "form1d/graph1_form.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include "app/frame.h"
+#include "common/number_text.h"
 #include "form1d/graph1_menu.h"
+#include "platform/color.h"
 
 namespace keldo::form1d {
 namespace {
@@ -10,12 +15,77 @@ constexpr int kPointChoices[] = {64, 128, 256, 512, 1024, 2048, 4096, 8192, 1638
 
 std::string PointsItem(int n) { return "mnu" + std::to_string(n); }
 
+// The commands that need a graph, enabled by the first one filed.
+const std::vector<std::string>& GraphCommands() {
+  static const std::vector<std::string> kNames = {
+      "mnuClip",         "mnuStatistics",     "mnuSpectrogram",  "mnuScalogram",      "mnuRemoveGraph",
+      "mnuPopUpRemoveGraph", "mnuEnergyGraph", "mnuEnergyAnalysis", "mnuArrangeDecrMag", "mnuArrangeDecrMags",
+      "mnuEraseScreen",  "mnuSeries",         "mnuTransforms",   "mnuConvolve",       "mnuNorm",
+      "mnuDerivative",   "mnuIntegral",       "mnuCopyGraph",    "mnuCopyToClipboard", "mnuSaveGraph",
+      "mnuTrace",        "mnuFiltering",      "mnuPrintGraph",   "mnuPrintGraphs",    "mnuOpenSave(3)",
+      "mnuOpenSave(4)",  "mnuOpenSave(5)",    "mnuOpenSave(6)",  "mnuAudioPlay",      "mnuHistogram",
+      "mnuHistogramPoPup", "mnuDownSample",   "mnuInterpolate",  "mnuQuantize(0)",    "mnuQuantize(1)",
+      "mnuQuantize(2)",  "mnuQuantize(3)",    "mnuQuantize(4)",  "mnuQuantize(5)"};
+  return kNames;
+}
+
+// The commands that need two graphs.
+const std::vector<std::string>& PairCommands() {
+  static const std::vector<std::string> kNames = {"mnuConvolution", "mnuPaircorrelation", "mnuNormDifference",
+                                                  "mnuScalarProduct"};
+  return kNames;
+}
+
+int RoundHalfEven(double v) {
+  const double r = std::nearbyint(v);
+  if (!(r > -1e9)) return -1000000000;
+  if (!(r < 1e9)) return 1000000000;
+  return static_cast<int>(r);
+}
+
 }  // namespace
+
+void GETBVTV(double& x1, double& x2, double& y1, double& y2, double dx, double bottom, double top) {
+  if (y1 > top && y2 > top) {
+    y1 = y2 = top + 1.0;
+    return;
+  }
+  if (y1 < bottom && y2 < bottom) {
+    y1 = y2 = bottom - 1.0;
+    return;
+  }
+  const double slope = (y2 - y1) / dx;
+  // The top side.
+  if (y1 > top) {
+    x1 = x1 + (top - y1) / slope;
+    y1 = top;
+  } else if (y2 > top) {
+    x2 = x2 + (top - y2) / slope;
+    y2 = top;
+  }
+  // The bottom side.
+  if (y1 < bottom) {
+    x1 = x1 + (bottom - y1) / slope;
+    y1 = bottom;
+  } else if (y2 < bottom) {
+    x2 = x2 + (bottom - y2) / slope;
+    y2 = bottom;
+  }
+}
+
+std::uint32_t GraphColour(int g) {
+  static const platform::Rgb kColours[6] = {platform::MakeRgb(0, 255, 0),   platform::MakeRgb(0, 255, 255),
+                                            platform::MakeRgb(255, 0, 0),   platform::MakeRgb(255, 0, 255),
+                                            platform::MakeRgb(255, 255, 0), platform::MakeRgb(255, 255, 255)};
+  return kColours[((g % 6) + 6) % 6];
+}
 
 Graph1Form::Graph1Form(Frame& frame) : Form(frame, FormKind::Graph1) {
   BuildControls();
   Reallocate();
   ChangePointsMenu(n_);
+  UpdateLimitTips();
+  ResetMenu();
 }
 
 void Graph1Form::BuildControls() {
@@ -28,10 +98,33 @@ void Graph1Form::BuildControls() {
   t1.group = "IntervalType";
   t1.value = 1;
   controls_.Add("IntervalType2", ControlKind::Option, "[0,L]").group = "IntervalType";
+  Control& go = controls_.Add("GoButton(0)", ControlKind::Button, "&Plot");
+  go.tip = "Draws a graph of the formula.";
+  go.enabled = false;
+  Control& go5 = controls_.Add("GoButton(5)", ControlKind::Button, "&Apply");
+  go5.enabled = false;
+  go5.visible = false;
+  controls_.Add("chkAutoFit", ControlKind::Check, "Auto fit").value = 1;
+  controls_.Add("GraphCaption", ControlKind::Label, "");
+  controls_.Add("AnalysisLabel", ControlKind::Label, "");
+  controls_.Add("TxtAnGr1", ControlKind::Text, "1");
+  for (const char* name : {"wavlevels", "WavSerLev", "HighestMag", "WSerNumTerms"})
+    controls_.Add(name, ControlKind::Text, "");
   controls_.SetVisible("mnuHelpSideBox", false);
 
   AddCommonFileHandlers();
   for (int n : kPointChoices) OnMenu(PointsItem(n), [this, n](int) { SetPoints(n); });
+  OnMenu("mnuPlotGraph", [this](int) { OpenSideBox("Graph", "Graphing", 0); });
+  OnMenu("mnuRemoveGraph", [this](int) { SetAnalysisForm("Remove graph"); });
+  OnMenu("mnuPopUpRemoveGraph", [this](int) { SetAnalysisForm("Remove graph"); });
+  OnMenu("mnuEraseScreen", [this](int) { ClearGraphs(); });
+  OnMenu("mnuClearSideBox", [this](int) {
+    sideBoxKey_.clear();
+    goIndex_ = -1;
+    controls_.SetEnabled("GoButton(0)", false);
+    controls_.SetVisible("mnuHelpSideBox", false);
+    Touch();
+  });
   OnMenu("mnuKELDOHelp", [this](int) { frame_.GetHelp("KELDOX.HLP", ""); });
   OnMenu("mnuHelpSideBox", [this](int) {
     const std::string& caption = controls_.Text("mnuHelpSideBox");
@@ -41,9 +134,10 @@ void Graph1Form::BuildControls() {
   controls_.SetEnabled("mnuPoints", true);
 }
 
+// ------------------------------------------------------------ graph store
+
 void Graph1Form::Reallocate() {
-  const std::size_t row = static_cast<std::size_t>(n_) + 1 + kSlack;
-  values_.assign(static_cast<std::size_t>(capacity_ + 1) * row, 0.0);
+  values_.assign(static_cast<std::size_t>(capacity_ + 1) * Row(), 0.0);
   const std::size_t slots = static_cast<std::size_t>(capacity_) + 2;
   a_.assign(slots, 0.0);
   b_.assign(slots, 0.0);
@@ -51,38 +145,457 @@ void Graph1Form::Reallocate() {
   peak_.assign(slots, 0.0);
 }
 
+void Graph1Form::Extend(int slots) {
+  if (slots <= capacity_) return;
+  capacity_ = slots;
+  values_.resize(static_cast<std::size_t>(capacity_ + 1) * Row(), 0.0);
+  const std::size_t perGraph = static_cast<std::size_t>(capacity_) + 2;
+  a_.resize(perGraph, 0.0);
+  b_.resize(perGraph, 0.0);
+  h_.resize(perGraph, 0.0);
+  peak_.resize(perGraph, 0.0);
+}
+
 void Graph1Form::SetPoints(int n) {
   if (n == n_) return;
   graphCount_ = 0;
+  ResetMenu();
   n_ = n;
+  if (exchangeHasGraph_) controls_.SetEnabled("mnuPasteGraph", true);
   Reallocate();
   controls_.SetText("NumPoints", std::to_string(n));
   ChangePointsMenu(n);
   tracePosition_ = n / 2;
   step_ = (intervalRight_ - intervalLeft_) / n;
+  UpdateLimitTips();
   Touch();
 }
 
-void Graph1Form::ChangePointsMenu(int n) {
-  for (int choice : kPointChoices) {
-    Control& item = controls_[PointsItem(choice)];
-    item.value = choice == n ? 1 : 0;
+void Graph1Form::UpdateLimitTips() {
+  const int levels = log2N_;
+  for (const char* name : {"wavlevels", "WavSerLev"}) {
+    Control& c = controls_[name];
+    c.tip = "Integer between 1 and" + StrInt(levels) + ".";
+    c.text = std::to_string(levels);
   }
+  for (const char* name : {"HighestMag", "WSerNumTerms"}) controls_[name].tip = "Integer from 0 to" + StrInt(n_) + ".";
+}
+
+void Graph1Form::ChangePointsMenu(int n) {
+  for (int choice : kPointChoices) controls_[PointsItem(choice)].value = choice == n ? 1 : 0;
   int log2 = 0;
   while ((1 << log2) < n && log2 < 16) ++log2;
   log2N_ = log2;
 }
 
+void Graph1Form::UpDateFnData(int count, const std::vector<double>& y, double a, double b, double h, bool reallocate) {
+  if (reallocate) SetPoints(count);
+  else Extend(graphCount_ + 1);
+  const std::size_t slot = static_cast<std::size_t>(graphCount_);
+  double* row = values_.data() + Row() * slot;
+  const int last = std::min(count, n_);
+  double peak = 0.0;
+  for (int i = 0; i <= last && i < static_cast<int>(y.size()); ++i) {
+    row[i] = y[static_cast<std::size_t>(i)];
+    peak = std::max(peak, std::fabs(row[i]));
+  }
+  peak_[slot] = peak;
+  a_[slot] = a;
+  b_[slot] = b;
+  h_[slot] = h;
+  ++graphCount_;
+  controls_.SetText("EndRValue", PlainNumber(b));
+  ResetMenu();
+  Touch();
+}
+
+void Graph1Form::RemoveGraph(int g) {
+  if (g > graphCount_) {
+    if (graphCount_ > 0) --graphCount_;
+    return;
+  }
+  const std::size_t row = Row();
+  for (int k = g; k < graphCount_; ++k) {
+    std::copy_n(values_.data() + row * static_cast<std::size_t>(k), n_ + 1,
+                values_.data() + row * static_cast<std::size_t>(k - 1));
+    a_[static_cast<std::size_t>(k - 1)] = a_[static_cast<std::size_t>(k)];
+    b_[static_cast<std::size_t>(k - 1)] = b_[static_cast<std::size_t>(k)];
+    h_[static_cast<std::size_t>(k - 1)] = h_[static_cast<std::size_t>(k)];
+    peak_[static_cast<std::size_t>(k - 1)] = peak_[static_cast<std::size_t>(k)];
+  }
+  --graphCount_;
+  Touch();
+}
+
+void Graph1Form::RemoveTheGraph() {
+  std::string text = controls_.Text("TxtAnGr1");
+  const int g = RoundHalfEven(VALU(text));
+  if (g > graphCount_) {
+    frame_.ShowError(1);
+    return;
+  }
+  if (g < 1) {
+    frame_.ShowError(3);
+    return;
+  }
+  RemoveGraph(g);
+  ResetMenu();
+  RedrawGraphs(2);
+}
+
+void Graph1Form::ClearGraphs() {
+  graphCount_ = 0;
+  values_.assign(values_.size(), 0.0);
+  ResetMenu();
+  Touch();
+}
+
+void Graph1Form::ResetMenu() {
+  if (graphCount_ == 0) {
+    controls_.SetEnabled("mnuPasteGraph", exchangeHasGraph_);
+    for (const std::string& name : GraphCommands()) controls_.SetEnabled(name, false);
+    for (const std::string& name : PairCommands()) controls_.SetEnabled(name, false);
+  } else if (graphCount_ == 1) {
+    for (const std::string& name : GraphCommands()) controls_.SetEnabled(name, true);
+    controls_.SetEnabled("mnuDownSample", n_ > 64);
+    controls_.SetEnabled("mnuInterpolate", n_ < 65536);
+    for (const std::string& name : PairCommands()) controls_.SetEnabled(name, false);
+  } else if (graphCount_ == 2) {
+    for (const std::string& name : PairCommands()) controls_.SetEnabled(name, true);
+  }
+  Touch();
+}
+
+void Graph1Form::ChangeWindow(const std::string& text, std::string& result) {
+  std::string parts[4];
+  std::size_t start = 0;
+  for (int k = 0; k < 4; ++k) {
+    const std::size_t comma = text.find(',', start);
+    if (comma == std::string::npos) {
+      parts[k] = start <= text.size() ? text.substr(start) : std::string();
+      start = text.size() + 1;
+    } else {
+      parts[k] = text.substr(start, comma - start);
+      start = comma + 1;
+    }
+  }
+  const double xl = VALU(parts[0]), xr = VALU(parts[1]), yb = VALU(parts[2]), yt = VALU(parts[3]);
+  winLeft_ = xl;
+  winRight_ = xr;
+  if (!(xl < xr)) {
+    result = "L";
+    return;
+  }
+  if (!(yb < yt)) {
+    result = "R";
+    return;
+  }
+  winBottom_ = yb;
+  winTop_ = yt;
+  RedrawGraphs(2);
+  result.clear();
+}
+
+int Graph1Form::TestNewIntervals(const std::string& xl, const std::string& xr, const std::string& yb,
+                                 const std::string& yt) {
+  const double l = VALU(xl), r = VALU(xr), b = VALU(yb), t = VALU(yt);
+  if (!(r > l)) {
+    frame_.ShowError(4);
+    return -1;
+  }
+  if (!(t > b)) {
+    frame_.ShowError(5);
+    return -1;
+  }
+  return 0;
+}
+
+void Graph1Form::ResetAxes() { RedrawGraphs(2); }
+
+void Graph1Form::SetIntervalChoice(double a) {
+  controls_.SetFromUser(a == 0.0 ? "IntervalType2" : "IntervalType1", "1");
+}
+
+void Graph1Form::SetIntervalData(int g) {
+  if (g >= 0 && g < static_cast<int>(b_.size())) controls_.SetText("EndRValue", PlainNumber(b_[static_cast<std::size_t>(g)]));
+}
+
 std::vector<GraphSummary> Graph1Form::Graphs() const {
   std::vector<GraphSummary> out;
-  const std::size_t row = static_cast<std::size_t>(n_) + 1 + kSlack;
   for (int g = 0; g < graphCount_; ++g) {
-    GraphSummary s{a_[g], b_[g], h_[g], peak_[g], {}};
-    const double* first = values_.data() + row * static_cast<std::size_t>(g);
-    s.values.assign(first, first + n_ + 1);
-    out.push_back(std::move(s));
+    const std::size_t s = static_cast<std::size_t>(g);
+    GraphSummary summary{a_[s], b_[s], h_[s], peak_[s], {}};
+    const double* first = GraphValues(g);
+    summary.values.assign(first, first + n_ + 1);
+    out.push_back(std::move(summary));
   }
   return out;
+}
+
+// ----------------------------------------------------------------- window
+
+double Graph1Form::MAXW() const {
+  double hi = 0.0;
+  for (int g = 0; g <= graphCount_ && g < static_cast<int>(b_.size()); ++g) hi = std::max(hi, b_[static_cast<std::size_t>(g)]);
+  return hi;
+}
+
+double Graph1Form::MINW() const {
+  double lo = 0.0;
+  for (int g = 0; g <= graphCount_ && g < static_cast<int>(a_.size()); ++g) lo = std::min(lo, a_[static_cast<std::size_t>(g)]);
+  return lo;
+}
+
+double Graph1Form::FUNCMAX() const {
+  double f = 0.01;
+  for (int g = 0; g <= graphCount_ && g < static_cast<int>(peak_.size()); ++g)
+    f = std::max(f, peak_[static_cast<std::size_t>(g)]);
+  f *= 1.5;
+  if (f > 0.5) f = std::floor(f) + 1.0;
+  return f;
+}
+
+void Graph1Form::RedrawGraphs(int mode) {
+  if (mode == 1) {
+    const double hi = MAXW(), lo = MINW(), f = FUNCMAX();
+    if (winLeft_ <= lo && winRight_ >= hi && winBottom_ <= -f && winTop_ >= f) return;
+    if (!(lo < hi) || !std::isfinite(lo) || !std::isfinite(hi) || !std::isfinite(f)) return;
+    winLeft_ = lo;
+    winRight_ = hi;
+    winBottom_ = -f;
+    winTop_ = f;
+  }
+  Touch();
+}
+
+void Graph1Form::NewWindow() {
+  if (plotting_ != 'N') {
+    frame_.Beep();
+    return;
+  }
+  if (graphCount_ > 0) RedrawGraphs(1);
+}
+
+// --------------------------------------------------------------- graphing
+
+void Graph1Form::OpenSideBox(const std::string& key, const std::string& topic, int goIndex) {
+  sideBoxKey_ = key;
+  goIndex_ = goIndex;
+  controls_.SetEnabled("GoButton(0)", goIndex == 0);
+  controls_.SetEnabled("GoButton(5)", goIndex == 5);
+  controls_.SetVisible("GoButton(5)", goIndex == 5);
+  controls_.SetText("mnuHelpSideBox", "Help for " + topic);
+  controls_.SetVisible("mnuHelpSideBox", true);
+  Touch();
+}
+
+void Graph1Form::SetAnalysisForm(const std::string& title) {
+  controls_.SetText("AnalysisLabel", title);
+  OpenSideBox("", title, 5);
+}
+
+void Graph1Form::PerformAnalysis() {
+  if (controls_.Text("AnalysisLabel") == "Remove graph") RemoveTheGraph();
+}
+
+bool Graph1Form::Go() {
+  if (goIndex_ == 0 || plotting_ != 'N') {
+    PlotTheGraph();
+    return true;
+  }
+  if (goIndex_ == 5) {
+    PerformAnalysis();
+    return true;
+  }
+  return false;
+}
+
+bool Graph1Form::Click(const std::string& name) {
+  if (name == "GoButton(0)" || name == "GoButton(5)") {
+    const Control& c = controls_[name];
+    if (c.enabled) Go();
+    return true;
+  }
+  return Form::Click(name);
+}
+
+bool Graph1Form::QueryClose() {
+  if (plotting_ != 'N') {
+    frame_.Beep();
+    return false;
+  }
+  return true;
+}
+
+void Graph1Form::RestorePlotButton() {
+  Control& go = controls_["GoButton(0)"];
+  go.text = "&Plot";
+  go.tip = "Draws a graph of the formula.";
+  Touch();
+}
+
+void Graph1Form::PlotTheGraph() {
+  if (plotting_ != 'N') {
+    plotting_ = 'N';
+    return;
+  }
+  std::string endText = controls_.Text("EndRValue");
+  const double b = VALU(endText);
+  const double oldLeft = intervalLeft_, oldRight = intervalRight_;
+  const bool symmetric = controls_["IntervalType1"].value == 1;
+  intervalRight_ = b;
+  intervalLeft_ = symmetric ? -b : 0.0;
+  const std::string typed = controls_.Text("Formula");
+  formula_.order = 0;
+  formula_.formType = 0;
+  std::string command;
+  compiler_.COMPILE(formula::kModeTyped, typed, command);
+  if (command == formula::kErrorResult) {
+    intervalLeft_ = oldLeft;
+    intervalRight_ = oldRight;
+    frame_.ShowError(23);
+    return;
+  }
+  std::string error = "N";
+  PlotGraph(error, command, b);
+  RestorePlotButton();
+  if (error == "E") {
+    controls_.SetText("Formula", typed);
+    intervalLeft_ = oldLeft;
+    intervalRight_ = oldRight;
+  }
+  step_ = (intervalRight_ - intervalLeft_) / n_;
+}
+
+void Graph1Form::PlotGraph(std::string& error, const std::string& command, double b) {
+  const bool symmetric = controls_["IntervalType1"].value == 1;
+  const double a = symmetric ? -b : 0.0;
+  const double h = (b - a) / n_;
+  Extend(graphCount_ + 1);
+  const std::size_t slot = static_cast<std::size_t>(graphCount_);
+  a_[slot] = a;
+  b_[slot] = b;
+  h_[slot] = h;
+  std::vector<double> y(static_cast<std::size_t>(n_) + 1 + kSlack, 0.0);
+  USERFN(n_ + 1, a, b, h, y, error, command);
+}
+
+namespace {
+
+// Draws nothing itself: it counts the points done, so that a view can show
+// the graph while it grows, and lets events run at each refresh.
+class LiveSink final : public formula::PlotSink {
+ public:
+  LiveSink(Graph1Form::LiveGraph& live, Form& form, platform::EventLoop& loop, const char& plotting)
+      : live_(live), form_(form), loop_(loop), plotting_(plotting) {}
+  void Point(double, double, bool) override { ++live_.count; }
+  bool Refresh() override {
+    form_.Touch();
+    loop_.Yield();
+    return plotting_ == 'Y';
+  }
+
+ private:
+  Graph1Form::LiveGraph& live_;
+  Form& form_;
+  platform::EventLoop& loop_;
+  const char& plotting_;
+};
+
+}  // namespace
+
+void Graph1Form::USERFN(int count, double a, double b, double h, std::vector<double>& y, std::string& error,
+                        const std::string& command) {
+  (void)b;
+  const std::array<int, 6> savedLower = formula_.lower, savedUpper = formula_.upper;
+  if (formula_.order > 0) {
+    error = "N";
+    if (formula_.formType == 0) {
+      error = "Y";
+    } else {
+      const formula::CompiledFormula saved = formula_.compiled;
+      compiler_.GIVAL(error, command);
+      formula_.compiled = saved;
+      if (formula_.valueFault == -12) {
+        // An initial value that cannot be computed would fail on every try.
+        formula_.valueFault = 0;
+        frame_.ShowError(23);
+        error = "E";
+        return;
+      }
+    }
+  }
+  formula_.lower = savedLower;
+  formula_.upper = savedUpper;
+  formula::UserFunctionRun run;
+  run.state = &formula_;
+  for (std::size_t k = 0; k < 6; ++k) {
+    run.bounds[k] = formula_.lower[k];
+    run.bounds[k + 6] = formula_.upper[k];
+  }
+  run.initialValues = formula_.initialValues;
+  run.a = a;
+  run.h = h;
+  run.count = count;
+  run.dots = dots_ == 'Y';
+  run.refresh = formula::RefreshInterval(count);
+  run.graphs = FormulaGraphs();
+  run.random = frame_.services().random;
+  if (run.random != nullptr) run.random->SeedFromClock();
+
+  plotting_ = 'Y';
+  Control& go = controls_["GoButton(0)"];
+  go.text = "&Stop";
+  go.tip = "Stops the graphing.";
+  live_ = LiveGraph{y.data(), 0, a, h, graphCount_};
+  Touch();
+  LiveSink sink(live_, *this, *frame_.services().eventLoop, plotting_);
+  const formula::UserFunctionResult result = formula::RunUserFunction(run, y, sink);
+  live_ = LiveGraph{};
+  if (result.fault != formula::kNoFault) {
+    plotting_ = 'N';
+    frame_.ShowCritical(result.fault == formula::kOverflow ? "Overflow.  " : "Run Error.  ");
+    error = "E";
+    Touch();
+    return;
+  }
+  if (result.stopped) {
+    plotting_ = 'N';
+    Touch();
+    return;
+  }
+  controls_.SetText("GraphCaption", formula_.formType == 1 ? formula::ErrorCaption(result.mte, result.cte)
+                                                           : std::string("User defined function."));
+  UpDateFnData(count - 1, y, a, b, h, false);
+  plotting_ = 'N';
+  if (controls_["chkAutoFit"].value == 1) NewWindow();
+  RestorePlotButton();
+}
+
+// ------------------------------------------------------------ formula host
+
+std::optional<std::string> Graph1Form::FormulaPrompt(const std::string& prompt, const std::string& title) {
+  return frame_.services().dialogs->InputBox({prompt, title, ""});
+}
+
+void Graph1Form::FormulaError(int number) { frame_.ShowError(number); }
+
+platform::Random* Graph1Form::FormulaRandom() { return frame_.services().random; }
+
+const formula::GraphTable* Graph1Form::FormulaGraphs() {
+  graphTable_.points = n_;
+  for (int g = 0; g < 5; ++g) {
+    formula::GraphSlot& slot = graphTable_.slots[static_cast<std::size_t>(g)];
+    if (g <= capacity_) {
+      slot.values = GraphValues(g);
+      slot.a = a_[static_cast<std::size_t>(g)];
+      slot.b = b_[static_cast<std::size_t>(g)];
+      slot.h = h_[static_cast<std::size_t>(g)];
+    } else {
+      slot = formula::GraphSlot{};
+    }
+  }
+  return &graphTable_;
 }
 
 std::unique_ptr<Form> MakeGraph1Form(Frame& frame) { return std::make_unique<Graph1Form>(frame); }

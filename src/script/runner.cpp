@@ -40,7 +40,7 @@ bool ReadWholeFile(const std::string& path, std::string& text) {
 // Commands that stand for a person's input, which a long command may meet
 // while it yields to the event loop.
 bool IsEventCommand(const std::string& word) {
-  return word == "click" || word == "mouse" || word == "popup" || word == "set";
+  return word == "click" || word == "mouse" || word == "popup";
 }
 
 }  // namespace

@@ -1,0 +1,312 @@
+#include "formula/eval.h"
+
+#include <cmath>
+
+#include "platform/random.h"
+
+namespace keldo::formula {
+namespace {
+
+constexpr double kPi = 3.14159265358979;
+constexpr double kRangDivisor = 0.577295008247164;
+constexpr double kHalfPi = 1.570796326794895;
+
+// The fault of a value that is not finite: a nan is an invalid call, an
+// infinity an overflow.
+int FaultOf(double value) { return std::isnan(value) ? kInvalidCall : kOverflow; }
+
+// A single-precision uniform number in [0, 1).
+double NextSingle(platform::Random* random) {
+  if (random == nullptr) return 0.0;
+  float r = static_cast<float>(random->Next());
+  if (r >= 1.0f) r = std::nextafter(1.0f, 0.0f);
+  return static_cast<double>(r);
+}
+
+}  // namespace
+
+const std::array<double, 71>& FactorialTable() {
+  static const std::array<double, 71> kTable = [] {
+    std::array<double, 71> t{};
+    t[0] = 1.0;
+    for (int n = 1; n <= 70; ++n) t[n] = n * t[n - 1];
+    return t;
+  }();
+  return kTable;
+}
+
+double GFUNC1(double x, const GraphSlot& slot, int points) {
+  const double a = slot.a, b = slot.b, h = slot.h;
+  if (slot.values == nullptr || !(h > 0.0)) return 0.0;
+  if (x < a - h || x > b + h) return 0.0;
+  const double steps = std::floor((x - a) / h);
+  if (steps >= points) return slot.values[points];
+  const int k = steps < 1 ? 0 : static_cast<int>(steps);
+  const double x0 = a + k * h;
+  return ((x0 - x) / h + 1.0) * slot.values[k] + ((x - x0) / h) * slot.values[k + 1];
+}
+
+double GetRelVal(double value, double reference, double tolerance) {
+  const double r = std::fabs(reference);
+  if (r <= tolerance) return value;
+  return value / r;
+}
+
+void Evaluator::Prepare() {
+  std::size_t ops = 1, groups = 1;
+  if (formula != nullptr && formula->program.size() > 3) {
+    ops = static_cast<std::size_t>(std::max(0, formula->program[1])) + 1;
+    groups = static_cast<std::size_t>(std::max(1, formula->program[3]));
+  }
+  stack_.assign(ops + 2, 0.0);
+  opcodes_.assign(ops + 2, 0);
+  order_.assign(ops + 2, 0);
+  results_.assign(groups + 1, 0.0);
+  previous_.assign(groups + 1, 0.0);
+}
+
+double Evaluator::Function(int fn, double x) {
+  double r;
+  switch (fn) {
+    case 0: r = x; break;
+    case 1: r = std::fabs(x); break;
+    case 2: r = std::cos(x); break;
+    case 3: r = std::sin(x); break;
+    case 4: r = std::exp(x); break;
+    case 5: r = std::sqrt(x); break;
+    case 6: r = std::tan(x); break;
+    case 7: r = std::atan(x); break;
+    case 8:
+      if (x <= 0.0) {
+        fault_ = kInvalidCall;
+        return 0.0;
+      }
+      r = std::log(x);
+      break;
+    case 9: r = x == 0.0 ? 1.0 : std::sin(kPi * x) / (kPi * x); break;
+    case 10: r = x > 0.0 ? 1.0 : (x < 0.0 ? -1.0 : 0.0); break;
+    case 11: r = (std::exp(x) - std::exp(-x)) * 0.5; break;
+    case 12: r = (std::exp(x) + std::exp(-x)) * 0.5; break;
+    case 13: {
+      const double a = std::fabs(x);
+      r = a == 0.0 ? 0.0 : -a * std::log(a) / std::log(2.0);
+      break;
+    }
+    case 14: {
+      const double a = std::fabs(x);
+      r = a < 0.5 ? 1.0 : (a == 0.5 ? 0.5 : 0.0);
+      break;
+    }
+    case 15: r = std::floor(x); break;
+    case 16: {
+      const double u = NextSingle(random);
+      r = u + u - 1.0;
+      break;
+    }
+    case 17: r = x <= 0.0 ? 1.0 : 0.0; break;
+    case 19: {
+      double s = 0.0;
+      for (int k = 0; k < noiseTerms; ++k) {
+        const double u = NextSingle(random);
+        s += u + u - 1.0;
+      }
+      r = s / std::sqrt(static_cast<double>(noiseTerms)) / kRangDivisor;
+      break;
+    }
+    case 20: r = (-dx / 2.0 <= x && x < dx / 2.0) ? 1.0 : 0.0; break;
+    case 21: {
+      const double n = std::nearbyint(x);
+      if (!(n >= 0.0 && n <= 70.0)) {
+        fault_ = kInvalidCall;
+        return 0.0;
+      }
+      r = FactorialTable()[static_cast<std::size_t>(n)];
+      break;
+    }
+    case 28: {
+      const double a = std::fabs(x);
+      if (a >= 0.75) {
+        r = 0.0;
+      } else if (a <= 0.25) {
+        r = 1.0;
+      } else {
+        double b = 1.5 - 2.0 * a;
+        for (int k = 0; k < 3; ++k) {
+          const double s = std::sin(b * kHalfPi);
+          b = s * s;
+        }
+        r = b;
+      }
+      break;
+    }
+    case 29: case 30: case 31: case 32: case 33:
+      r = graphs == nullptr ? 0.0 : GFUNC1(x, graphs->slots[static_cast<std::size_t>(fn - 29)], graphs->points);
+      break;
+    default: r = x; break;
+  }
+  if (!std::isfinite(r)) {
+    fault_ = FaultOf(r);
+    return 0.0;
+  }
+  return r;
+}
+
+double Evaluator::Eval(int index, double x) {
+  fault_ = kNoFault;
+  if (formula == nullptr || formula->program.size() < 5 || stack_.empty()) {
+    fault_ = kInvalidCall;
+    return 0.0;
+  }
+  const std::int32_t* p = formula->program.data();
+  const double* pool = formula->pool.data();
+  const std::size_t poolSize = formula->pool.size();
+  const int depth = p[2];
+  for (int s = 0; s < 6; ++s) {
+    running_[s] = bounds[static_cast<std::size_t>(s)];
+    accumulator_[s] = s < 4 ? 0.0 : 1.0;
+  }
+  double* stack = stack_.data();
+  std::int32_t* opcodes = opcodes_.data();
+  std::int32_t* sequence = order_.data();
+  double* results = results_.data();
+  double* previous = previous_.data();
+  long long restarts = 0;
+
+restart:
+  std::size_t constant = 1;
+  std::size_t read = 4;
+  for (int level = depth; level >= 0; --level) {
+    const int groups = p[read++];
+    std::size_t below = 1;
+    for (int g = 1; g <= groups; ++g) {
+      const int nOps = p[read++];
+      const int fn = p[read++];
+      // The first operand.
+      {
+        const int code = p[read++];
+        double v;
+        if (code == kOperandNumber) {
+          v = constant < poolSize ? pool[constant] : 0.0;
+          ++constant;
+        } else if (code == kOperandX) {
+          v = x;
+        } else if (code == kOperandGroup) {
+          v = previous[below++];
+        } else if (code < kOperandState) {
+          v = running_[code - kOperandIndex];
+        } else if (code < kOperandSlot) {
+          const int k = code - kOperandState;
+          if (formType == 1) {
+            v = state != nullptr ? state[k] : 0.0;
+          } else {
+            const int at = index - order + k;
+            v = (computed != nullptr && at >= 0 && at < computedSize) ? computed[at] : 0.0;
+          }
+        } else {
+          v = slots != nullptr ? slots[code - kOperandSlot] : 0.0;
+        }
+        stack[1] = v;
+      }
+      // Operator and operand pairs. Codes 9 to 18 have no case here: the
+      // stack entry keeps what stood there.
+      for (int k = 1; k <= nOps; ++k) {
+        opcodes[k] = p[read++];
+        const int code = p[read++];
+        if (code == kOperandNumber) {
+          stack[k + 1] = constant < poolSize ? pool[constant] : 0.0;
+          ++constant;
+        } else if (code == kOperandX) {
+          stack[k + 1] = x;
+        } else if (code == kOperandGroup) {
+          stack[k + 1] = previous[below++];
+        } else if (code < kOperandState) {
+          stack[k + 1] = running_[code - kOperandIndex];
+        } else if (code >= kOperandSlot) {
+          stack[k + 1] = slots != nullptr ? slots[code - kOperandSlot] : 0.0;
+        }
+      }
+      for (int k = 1; k <= nOps; ++k) sequence[k] = p[read++];
+      // Apply the operators in their order, compacting the stack in place.
+      for (int m = 1; m <= nOps; ++m) {
+        const int at = sequence[m];
+        const double a = stack[at];
+        const double b = stack[at + 1];
+        double r;
+        switch (opcodes[at]) {
+          case kOpNot: r = b == 1.0 ? 0.0 : 1.0; break;
+          case kOpOr: r = (a == 1.0 || b == 1.0) ? 1.0 : 0.0; break;
+          case kOpAnd: r = (a == 1.0 && b == 1.0) ? 1.0 : 0.0; break;
+          case kOpAtLeast: r = a >= b ? 1.0 : 0.0; break;
+          case kOpAtMost: r = a <= b ? 1.0 : 0.0; break;
+          case kOpNotEqual: r = a != b ? 1.0 : 0.0; break;
+          case kOpEqual: r = a == b ? 1.0 : 0.0; break;
+          case kOpGreater: r = a > b ? 1.0 : 0.0; break;
+          case kOpLess: r = a < b ? 1.0 : 0.0; break;
+          case kOpAdd: r = a + b; break;
+          case kOpSubtract: r = a - b; break;
+          case kOpMultiply: r = a * b; break;
+          case kOpDivide:
+            if (b == 0.0) {
+              fault_ = kDivisionByZero;
+              return 0.0;
+            }
+            r = a / b;
+            break;
+          default:
+            if (a == 0.0 && b < 0.0) {
+              fault_ = kInvalidCall;
+              return 0.0;
+            }
+            r = (a == 0.0 && b == 0.0) ? 1.0 : std::pow(a, b);
+            break;
+        }
+        if (!std::isfinite(r)) {
+          fault_ = FaultOf(r);
+          return 0.0;
+        }
+        stack[at] = r;
+        for (int k = m + 1; k <= nOps; ++k)
+          if (sequence[k] > at) --sequence[k];
+        const int live = nOps - m + 1;
+        for (int q = at; q < live; ++q) {
+          opcodes[q] = opcodes[q + 1];
+          stack[q + 1] = stack[q + 2];
+        }
+      }
+      // The enclosing function.
+      const double v = stack[1];
+      if (fn >= 22 && fn <= 27) {
+        const int s = fn - 22;
+        if (s < 4) accumulator_[s] += v;
+        else accumulator_[s] *= v;
+        if (!std::isfinite(accumulator_[s])) {
+          fault_ = FaultOf(accumulator_[s]);
+          return 0.0;
+        }
+        const int upper = bounds[static_cast<std::size_t>(s) + 6];
+        if (running_[s] < upper) {
+          ++running_[s];
+          if (restartBudget > 0 && ++restarts > restartBudget) {
+            fault_ = kInvalidCall;
+            return 0.0;
+          }
+          goto restart;
+        }
+        if (running_[s] == upper) {
+          results[g] = accumulator_[s];
+          accumulator_[s] = s < 4 ? 0.0 : 1.0;
+          running_[s] = bounds[static_cast<std::size_t>(s)];
+        }
+      } else if (fn == 18) {
+        if (abortField != nullptr && *abortField == -1000) return results[1];
+      } else {
+        results[g] = Function(fn, v);
+        if (fault_ != kNoFault) return 0.0;
+      }
+    }
+    for (int g = 1; g <= groups; ++g) previous[g] = results[g];
+  }
+  return results[1];
+}
+
+}  // namespace keldo::formula

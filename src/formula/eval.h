@@ -1,0 +1,94 @@
+#pragma once
+// The evaluation machine: runs a compiled formula for one abscissa. All
+// arrays are sized once by Prepare, so Eval allocates nothing.
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+namespace keldo::platform {
+class Random;
+}
+
+namespace keldo::formula {
+
+// A compiled formula: the integer program and its constants, both indexed
+// from 1 (entry 0 is unused).
+struct CompiledFormula {
+  std::vector<std::int32_t> program;
+  std::vector<double> pool;
+};
+
+// One stored graph as G1( to G5( read it.
+struct GraphSlot {
+  const double* values = nullptr;  // points 0..N
+  double a = 0.0, b = 0.0, h = 0.0;
+};
+
+struct GraphTable {
+  std::array<GraphSlot, 5> slots{};
+  int points = 0;
+};
+
+// Run-time faults, by the error numbers the callers test.
+enum EvalFault : int { kNoFault = 0, kInvalidCall = 5, kOverflow = 6, kDivisionByZero = 11 };
+
+// The binary opcodes, by priority.
+enum BinaryOp : std::int32_t {
+  kOpNot = 1, kOpOr, kOpAnd, kOpAtLeast, kOpAtMost, kOpNotEqual, kOpEqual,
+  kOpGreater, kOpLess, kOpAdd, kOpSubtract, kOpMultiply, kOpDivide, kOpPower
+};
+
+// Operand codes of the program.
+enum OperandCode : std::int32_t {
+  kOperandNumber = 0, kOperandX = 1, kOperandGroup = 2, kOperandIndex = 3,  // 3..8 I J K N P Q
+  kOperandState = 9,                                                         // 9..18 Y0..Y9
+  kOperandSlot = 19                                                          // 19..23 F0..F4
+};
+
+// 0! to 70!, built by v(n) = n v(n-1).
+const std::array<double, 71>& FactorialTable();
+
+// A stored graph read at any abscissa by linear interpolation.
+double GFUNC1(double x, const GraphSlot& slot, int points);
+// value / |reference|, or value alone when |reference| is not above tolerance.
+double GetRelVal(double value, double reference, double tolerance);
+
+class Evaluator {
+ public:
+  // What the program reads besides the abscissa. Set before Eval.
+  const CompiledFormula* formula = nullptr;
+  double dx = 0.0;
+  int formType = 0;
+  int order = 0;
+  const double* computed = nullptr;  // values computed so far (form types other than 1)
+  int computedSize = 0;
+  const double* state = nullptr;     // Y0..Y10 of a differential equation
+  const double* slots = nullptr;     // F slots 0..4
+  std::array<int, 12> bounds{};      // lower bounds of I J K N P Q, then the upper bounds
+  int noiseTerms = 144;
+  platform::Random* random = nullptr;
+  const GraphTable* graphs = nullptr;
+  const int* abortField = nullptr;
+  // A sum can restart the program without end; a positive budget caps the
+  // restarts of one Eval and reports kInvalidCall beyond it. 0: no cap.
+  long long restartBudget = 0;
+
+  // Sizes the work arrays from words 1 and 3 of the program.
+  void Prepare();
+  // Runs the program at point `index`, abscissa x. On a fault the result is
+  // 0 and fault() says which.
+  double Eval(int index, double x);
+  int fault() const { return fault_; }
+
+ private:
+  // The one-argument functions other than the sums, products and ACS.
+  double Function(int fn, double x);
+  std::vector<double> stack_, results_, previous_;
+  std::vector<std::int32_t> opcodes_, order_;
+  int fault_ = kNoFault;
+  int running_[6] = {};
+  double accumulator_[6] = {};
+};
+
+}  // namespace keldo::formula
