@@ -1,1 +1,173 @@
+// The evaluation machine: functions at their edges, faults, graph lookup.
+
 #include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+
+#include "formula_test_host.h"
+#include "platform/random.h"
+
+namespace keldo {
+namespace {
+
+using testing::FormulaBench;
+
+double At(const std::string& formula, double x, double dx = 0.01, int* fault = nullptr) {
+  FormulaBench b;
+  EXPECT_NE(b.Compile(formula), formula::kErrorResult) << formula;
+  return b.Eval(x, dx, fault);
+}
+
+int FaultOf(const std::string& formula, double x) {
+  int fault = 0;
+  At(formula, x, 0.01, &fault);
+  return fault;
+}
+
+TEST(Factorials, TableByRecurrence) {
+  const auto& t = formula::FactorialTable();
+  EXPECT_EQ(t[0], 1.0);
+  EXPECT_EQ(t[10], 3628800.0);
+  double v = 1.0;
+  for (int n = 1; n <= 70; ++n) v *= n;
+  EXPECT_EQ(t[70], v);
+}
+
+TEST(Functions, FacRoundsTiesToEven) {
+  EXPECT_EQ(At("FAC(X)", 70), formula::FactorialTable()[70]);
+  EXPECT_EQ(At("FAC(X)", 2.5), 2.0);
+  EXPECT_EQ(At("FAC(X)", 3.5), 24.0);
+  EXPECT_EQ(FaultOf("FAC(X)", 71), formula::kInvalidCall);
+  EXPECT_EQ(FaultOf("FAC(X)", -1), formula::kInvalidCall);
+}
+
+TEST(Functions, RecDeltaBellSincEntr) {
+  EXPECT_EQ(At("REC(X)", 0.5), 0.5);
+  EXPECT_EQ(At("REC(X)", -0.25), 1.0);
+  EXPECT_EQ(At("REC(X)", 0.75), 0.0);
+  EXPECT_EQ(At("DELTA(X)", 0.0, 0.1), 1.0);
+  EXPECT_EQ(At("DELTA(X)", 0.0, 0.0), 0.0);
+  EXPECT_EQ(At("DELTA(X)", -0.05, 0.1), 1.0);
+  EXPECT_EQ(At("DELTA(X)", 0.05, 0.1), 0.0);
+  FormulaBench b;
+  EXPECT_EQ(b.compiler.VALU(std::string("DELTA(0)")), 0.0);  // VALU's step is 0
+  EXPECT_EQ(At("BELL(X)", 0.25), 1.0);
+  EXPECT_EQ(At("BELL(X)", 0.75), 0.0);
+  EXPECT_NEAR(At("BELL(X)", 0.5), 0.5, 1e-12);
+  EXPECT_EQ(At("SINC(X)", 0.0), 1.0);
+  EXPECT_EQ(At("ENTR(X)", 0.0), 0.0);
+  EXPECT_DOUBLE_EQ(At("ENTR(X)", 0.5), 0.5);
+  EXPECT_EQ(At("GRI(X)", -1.5), -2.0);
+  EXPECT_EQ(At("SGN(X)", -3), -1.0);
+}
+
+TEST(Logic, OperandsOtherThanOneAreFalse) {
+  EXPECT_EQ(At("X AND 1", 2.0), 0.0);
+  EXPECT_EQ(At("X AND 1", 1.0), 1.0);
+  EXPECT_EQ(At("X OR 0", 2.0), 0.0);
+  EXPECT_EQ(At("NOT X", 1.0), 0.0);
+  EXPECT_EQ(At("NOT X", 2.0), 1.0);
+  EXPECT_EQ(At("NOT X", 0.0), 1.0);
+  EXPECT_EQ(At("NOT(X)", 2.0), 0.0);  // the function tests x <= 0
+  EXPECT_EQ(At("NOT(X)", -2.0), 1.0);
+  EXPECT_EQ(At("1<X<=3", 3.0), 1.0);
+  EXPECT_EQ(At("1<X<=3", 1.0), 0.0);
+}
+
+TEST(Faults, DivisionOverflowAndBadArguments) {
+  EXPECT_EQ(FaultOf("1/X", 0.0), formula::kDivisionByZero);
+  EXPECT_EQ(FaultOf("EXP(X)", 1000.0), formula::kOverflow);
+  EXPECT_EQ(FaultOf("X^X", 1000.0), formula::kOverflow);
+  EXPECT_EQ(FaultOf("LOG(X)", 0.0), formula::kInvalidCall);
+  EXPECT_EQ(FaultOf("SQR(X)", -1.0), formula::kInvalidCall);
+  EXPECT_EQ(FaultOf("X^(1/3)", -8.0), formula::kInvalidCall);
+  EXPECT_EQ(FaultOf("SUMI(EXP(X*I))\\I=1,10", 100.0), formula::kOverflow);
+}
+
+TEST(Graphs, GFUNC1InterpolatesAndExtendsOneStep) {
+  std::vector<double> g = {0, 10, 20, 30, 40};  // N = 4 on [0, 1], h = 0.25
+  formula::GraphSlot slot{g.data(), 0.0, 1.0, 0.25};
+  EXPECT_EQ(formula::GFUNC1(0.0, slot, 4), 0.0);
+  EXPECT_EQ(formula::GFUNC1(0.125, slot, 4), 5.0);
+  EXPECT_EQ(formula::GFUNC1(0.6, slot, 4), 24.0);
+  EXPECT_EQ(formula::GFUNC1(1.0, slot, 4), 40.0);
+  EXPECT_EQ(formula::GFUNC1(1.2, slot, 4), 40.0);    // k = N: the last value
+  EXPECT_EQ(formula::GFUNC1(-0.125, slot, 4), -5.0);  // first segment extended
+  EXPECT_EQ(formula::GFUNC1(1.3, slot, 4), 0.0);      // beyond one step
+  EXPECT_EQ(formula::GFUNC1(-0.3, slot, 4), 0.0);
+}
+
+TEST(Graphs, FormulasReadStoredGraphs) {
+  std::vector<double> g = {0, 10, 20, 30, 40};
+  FormulaBench b;
+  b.host.graphCount = 2;
+  b.host.graphs.points = 4;
+  b.host.graphs.slots[0] = {g.data(), 0.0, 1.0, 0.25};
+  b.host.graphs.slots[1] = {g.data(), -1.0, 0.0, 0.25};
+  ASSERT_NE(b.Compile("G1(X)+G2(X-1)"), formula::kErrorResult);
+  EXPECT_EQ(b.Eval(0.6, 0.1), 48.0);
+  ASSERT_NE(b.Compile("@(X)"), formula::kErrorResult);
+  EXPECT_EQ(b.Eval(0.125, 0.1), 5.0);
+}
+
+TEST(Relative, GetRelVal) {
+  EXPECT_EQ(formula::GetRelVal(2.0, -4.0, 0.0), 0.5);
+  EXPECT_EQ(formula::GetRelVal(2.0, 0.0, 0.0), 2.0);
+}
+
+class FixedRandom final : public platform::Random {
+ public:
+  void Seed(std::uint64_t s) override { engine.seed(s); }
+  void SeedFromClock() override {}
+  double Next() override { return std::uniform_real_distribution<double>(0.0, 1.0)(engine); }
+  std::mt19937_64 engine{7};
+};
+
+TEST(Random, RandomIsUniformOnMinusOneToOneAndFreshInsideSums) {
+  FormulaBench b;
+  FixedRandom random;
+  ASSERT_NE(b.Compile("RANDOM(X)"), formula::kErrorResult);
+  formula::Evaluator ev;
+  ev.formula = &b.state.compiled;
+  ev.random = &random;
+  ev.Prepare();
+  double sum = 0, sumSq = 0;
+  const int n = 20000;
+  for (int i = 0; i < n; ++i) {
+    const double v = ev.Eval(i, 0.0);
+    ASSERT_GE(v, -1.0);
+    ASSERT_LT(v, 1.0);
+    sum += v;
+    sumSq += v * v;
+  }
+  EXPECT_NEAR(sum / n, 0.0, 0.03);
+  EXPECT_NEAR(sumSq / n, 1.0 / 3.0, 0.02);
+  // Each pass of a sum draws again: a sum of 100 draws is not 100 times one.
+  ASSERT_NE(b.Compile("SUMI(RAN(X))\\I=1,100"), formula::kErrorResult);
+  ev.bounds = {1, 0, 0, 0, 0, 0, 100, 0, 0, 0, 0, 0};
+  ev.Prepare();
+  const double s = ev.Eval(0, 0.0);
+  EXPECT_LT(std::fabs(s), 40.0);
+}
+
+TEST(Random, RangHasUnitSpread) {
+  FormulaBench b;
+  FixedRandom random;
+  ASSERT_NE(b.Compile("RANG(X)"), formula::kErrorResult);
+  formula::Evaluator ev;
+  ev.formula = &b.state.compiled;
+  ev.random = &random;
+  ev.noiseTerms = 144;
+  ev.Prepare();
+  double sumSq = 0;
+  const int n = 4000;
+  for (int i = 0; i < n; ++i) {
+    const double v = ev.Eval(i, 0.0);
+    sumSq += v * v;
+  }
+  EXPECT_NEAR(sumSq / n, 1.0, 0.08);
+}
+
+}  // namespace
+}  // namespace keldo
