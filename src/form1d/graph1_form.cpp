@@ -585,7 +585,7 @@ platform::Random* Graph1Form::FormulaRandom() { return frame_.services().random;
 const formula::GraphTable* Graph1Form::FormulaGraphs() {
   graphTable_.points = n_;
   for (int g = 0; g < 5; ++g) {
-    formula::GraphSlot& slot = graphTable_.slots[static_cast<std::size_t>(g)];
+    formula::GraphSlot& slot = graphTable_.entries[static_cast<std::size_t>(g)];
     if (g <= capacity_) {
       slot.values = GraphValues(g);
       slot.a = a_[static_cast<std::size_t>(g)];

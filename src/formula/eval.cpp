@@ -140,7 +140,7 @@ double Evaluator::Function(int fn, double x) {
       break;
     }
     case 29: case 30: case 31: case 32: case 33:
-      r = graphs == nullptr ? 0.0 : GFUNC1(x, graphs->slots[static_cast<std::size_t>(fn - 29)], graphs->points);
+      r = graphs == nullptr ? 0.0 : GFUNC1(x, graphs->entries[static_cast<std::size_t>(fn - 29)], graphs->points);
       break;
     default: r = x; break;
   }
@@ -203,7 +203,7 @@ restart:
             v = (computed != nullptr && at >= 0 && at < computedSize) ? computed[at] : 0.0;
           }
         } else {
-          v = slots != nullptr ? slots[code - kOperandSlot] : 0.0;
+          v = fSlots != nullptr ? fSlots[code - kOperandSlot] : 0.0;
         }
         stack[1] = v;
       }
@@ -222,7 +222,7 @@ restart:
         } else if (code < kOperandState) {
           stack[k + 1] = running_[code - kOperandIndex];
         } else if (code >= kOperandSlot) {
-          stack[k + 1] = slots != nullptr ? slots[code - kOperandSlot] : 0.0;
+          stack[k + 1] = fSlots != nullptr ? fSlots[code - kOperandSlot] : 0.0;
         }
       }
       for (int k = 1; k <= nOps; ++k) sequence[k] = p[read++];

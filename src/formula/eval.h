@@ -26,7 +26,7 @@ struct GraphSlot {
 };
 
 struct GraphTable {
-  std::array<GraphSlot, 5> slots{};
+  std::array<GraphSlot, 5> entries{};
   int points = 0;
 };
 
@@ -64,7 +64,7 @@ class Evaluator {
   const double* computed = nullptr;  // values computed so far (form types other than 1)
   int computedSize = 0;
   const double* state = nullptr;     // Y0..Y10 of a differential equation
-  const double* slots = nullptr;     // F slots 0..4
+  const double* fSlots = nullptr;    // F slots 0..4
   std::array<int, 12> bounds{};      // lower bounds of I J K N P Q, then the upper bounds
   int noiseTerms = 144;
   platform::Random* random = nullptr;

@@ -4,9 +4,18 @@
 
 #include <QWidget>
 
+#include <map>
+#include <string>
+
 #include "app/form.h"
 
+class QCheckBox;
+class QGroupBox;
+class QHBoxLayout;
+class QLabel;
 class QLineEdit;
+class QPushButton;
+class QRadioButton;
 
 namespace keldo::qt {
 
@@ -25,9 +34,20 @@ class FormView final : public QWidget {
   void MenuRequested(const QString& controlName);
 
  private:
+  void BuildSideBox(QHBoxLayout* columns);
+  // Presses a named button of the form if it is enabled.
+  void Press(const std::string& name);
+
   Form& form_;
   PlotWidget* plot_ = nullptr;
   QLineEdit* formula_ = nullptr;
+  QGroupBox* side_ = nullptr;
+  QLabel* caption_ = nullptr;
+  QPushButton* go_ = nullptr;
+  std::map<std::string, QLineEdit*> texts_;
+  std::map<std::string, QRadioButton*> options_;
+  std::map<std::string, QCheckBox*> checks_;
+  std::map<std::string, QPushButton*> buttons_;
   unsigned long long shown_ = ~0ull;
 };
 

@@ -103,8 +103,8 @@ TEST(Graphs, FormulasReadStoredGraphs) {
   FormulaBench b;
   b.host.graphCount = 2;
   b.host.graphs.points = 4;
-  b.host.graphs.slots[0] = {g.data(), 0.0, 1.0, 0.25};
-  b.host.graphs.slots[1] = {g.data(), -1.0, 0.0, 0.25};
+  b.host.graphs.entries[0] = {g.data(), 0.0, 1.0, 0.25};
+  b.host.graphs.entries[1] = {g.data(), -1.0, 0.0, 0.25};
   ASSERT_NE(b.Compile("G1(X)+G2(X-1)"), formula::kErrorResult);
   EXPECT_EQ(b.Eval(0.6, 0.1), 48.0);
   ASSERT_NE(b.Compile("@(X)"), formula::kErrorResult);
