@@ -63,6 +63,207 @@ void Evaluator::Prepare() {
   order_.assign(ops + 2, 0);
   results_.assign(groups + 1, 0.0);
   previous_.assign(groups + 1, 0.0);
+  tape_.clear();
+  registers_.clear();
+  if (useTape) LinkTape();
+}
+
+namespace {
+constexpr int kRegisterX = 1;
+constexpr int kRegisterIndex = 2;  // 2..7: I J K N P Q
+constexpr int kFirstFreeRegister = 8;
+}  // namespace
+
+void Evaluator::LinkTape() {
+  if (formula == nullptr || formula->program.size() < 5) return;
+  const std::vector<std::int32_t>& p = formula->program;
+  const std::vector<double>& pool = formula->pool;
+  std::vector<Instruction> tape;
+  std::vector<double> regs(kFirstFreeRegister, 0.0);
+  const auto fresh = [&](double value) {
+    regs.push_back(value);
+    return static_cast<std::int32_t>(regs.size() - 1);
+  };
+  std::size_t read = 4, constant = 1;
+  const auto next = [&]() -> std::int32_t { return read < p.size() ? p[read++] : -1; };
+  std::vector<std::int32_t> previous, current, positions, sequence, ops;
+  bool sums = false;
+  const int depth = p[2];
+  for (int level = depth; level >= 0; --level) {
+    const int groups = next();
+    if (groups < 0) return;
+    current.assign(static_cast<std::size_t>(groups), 0);
+    std::size_t below = 0;
+    for (int g = 0; g < groups; ++g) {
+      const int nOps = next();
+      const int fn = next();
+      if (nOps < 0 || fn < 0 || fn > 33 || fn == 18) return;  // ACS keeps stale results: walk the program
+      positions.clear();
+      ops.assign(1, 0);
+      for (int k = 0; k <= nOps; ++k) {
+        if (k > 0) ops.push_back(next());
+        const int code = next();
+        std::int32_t reg;
+        if (code == kOperandNumber) {
+          reg = fresh(constant < pool.size() ? pool[constant] : 0.0);
+          ++constant;
+        } else if (code == kOperandX) {
+          reg = kRegisterX;
+        } else if (code == kOperandGroup) {
+          if (below >= previous.size()) return;
+          reg = previous[below++];
+        } else if (code >= kOperandIndex && code < kOperandState) {
+          reg = kRegisterIndex + (code - kOperandIndex);
+        } else if (code >= kOperandState && code < kOperandSlot) {
+          if (k > 0) return;  // a further operand of this kind keeps a stale entry
+          reg = fresh(0.0);
+          tape.push_back({kTapeState, 0, reg, code - kOperandState, 0});
+        } else if (code >= kOperandSlot && code < kOperandSlot + 5) {
+          reg = fresh(0.0);
+          tape.push_back({kTapeSlot, 0, reg, code - kOperandSlot, 0});
+        } else {
+          return;
+        }
+        positions.push_back(reg);
+      }
+      sequence.assign(1, 0);
+      for (int k = 1; k <= nOps; ++k) sequence.push_back(next());
+      // The order of application, with the compaction done here once.
+      for (int m = 1; m <= nOps; ++m) {
+        const int at = sequence[static_cast<std::size_t>(m)];
+        if (at < 1 || at > static_cast<int>(positions.size()) - 1) return;
+        const std::int32_t dst = fresh(0.0);
+        tape.push_back({ops[static_cast<std::size_t>(at)], 0, dst, positions[static_cast<std::size_t>(at - 1)],
+                        positions[static_cast<std::size_t>(at)]});
+        positions[static_cast<std::size_t>(at - 1)] = dst;
+        positions.erase(positions.begin() + at);
+        ops.erase(ops.begin() + at);
+        for (int k = m + 1; k <= nOps; ++k)
+          if (sequence[static_cast<std::size_t>(k)] > at) --sequence[static_cast<std::size_t>(k)];
+      }
+      const std::int32_t value = positions[0];
+      std::int32_t result = value;
+      if (fn >= 22 && fn <= 27) {
+        result = fresh(0.0);
+        tape.push_back({kTapeSum, fn - 22, result, value, 0});
+        sums = true;
+      } else if (fn == 0) {
+        if (nOps == 0) tape.push_back({kTapeCheck, 0, value, value, 0});
+      } else {
+        result = fresh(0.0);
+        tape.push_back({kTapeFunction, fn, result, value, 0});
+      }
+      current[static_cast<std::size_t>(g)] = result;
+    }
+    previous = current;
+  }
+  if (previous.empty()) return;
+  resultRegister_ = previous[0];
+  tapeHasSums_ = sums;
+  tape_ = std::move(tape);
+  registers_ = std::move(regs);
+}
+
+double Evaluator::EvalTape(int index, double x) {
+  double* r = registers_.data();
+  r[kRegisterX] = x;
+  for (int s = 0; s < 6; ++s) {
+    running_[s] = bounds[static_cast<std::size_t>(s)];
+    accumulator_[s] = s < 4 ? 0.0 : 1.0;
+    r[kRegisterIndex + s] = running_[s];
+  }
+  const Instruction* const begin = tape_.data();
+  const Instruction* const end = begin + tape_.size();
+  long long restarts = 0;
+  for (const Instruction* in = begin; in != end; ++in) {
+    double v;
+    switch (in->op) {
+      case kOpNot: v = r[in->b] == 1.0 ? 0.0 : 1.0; break;
+      case kOpOr: v = (r[in->a] == 1.0 || r[in->b] == 1.0) ? 1.0 : 0.0; break;
+      case kOpAnd: v = (r[in->a] == 1.0 && r[in->b] == 1.0) ? 1.0 : 0.0; break;
+      case kOpAtLeast: v = r[in->a] >= r[in->b] ? 1.0 : 0.0; break;
+      case kOpAtMost: v = r[in->a] <= r[in->b] ? 1.0 : 0.0; break;
+      case kOpNotEqual: v = r[in->a] != r[in->b] ? 1.0 : 0.0; break;
+      case kOpEqual: v = r[in->a] == r[in->b] ? 1.0 : 0.0; break;
+      case kOpGreater: v = r[in->a] > r[in->b] ? 1.0 : 0.0; break;
+      case kOpLess: v = r[in->a] < r[in->b] ? 1.0 : 0.0; break;
+      case kOpAdd: v = r[in->a] + r[in->b]; break;
+      case kOpSubtract: v = r[in->a] - r[in->b]; break;
+      case kOpMultiply: v = r[in->a] * r[in->b]; break;
+      case kOpDivide:
+        if (r[in->b] == 0.0) {
+          fault_ = kDivisionByZero;
+          return 0.0;
+        }
+        v = r[in->a] / r[in->b];
+        break;
+      case kOpPower: {
+        const double a = r[in->a], b = r[in->b];
+        if (a == 0.0 && b < 0.0) {
+          fault_ = kInvalidCall;
+          return 0.0;
+        }
+        v = (a == 0.0 && b == 0.0) ? 1.0 : std::pow(a, b);
+        break;
+      }
+      case kTapeFunction:
+        r[in->dst] = Function(in->kind, r[in->a]);
+        if (fault_ != kNoFault) return 0.0;
+        continue;
+      case kTapeCheck:
+        if (!std::isfinite(r[in->a])) {
+          fault_ = FaultOf(r[in->a]);
+          return 0.0;
+        }
+        continue;
+      case kTapeState: {
+        const int k = in->a;
+        if (formType == 1) {
+          r[in->dst] = state != nullptr ? state[k] : 0.0;
+        } else {
+          const int at = index - order + k;
+          r[in->dst] = (computed != nullptr && at >= 0 && at < computedSize) ? computed[at] : 0.0;
+        }
+        continue;
+      }
+      case kTapeSlot:
+        r[in->dst] = fSlots != nullptr ? fSlots[in->a] : 0.0;
+        continue;
+      default: {  // kTapeSum
+        const int s = in->kind;
+        if (s < 4) accumulator_[s] += r[in->a];
+        else accumulator_[s] *= r[in->a];
+        if (!std::isfinite(accumulator_[s])) {
+          fault_ = FaultOf(accumulator_[s]);
+          return 0.0;
+        }
+        const int upper = bounds[static_cast<std::size_t>(s) + 6];
+        if (running_[s] < upper) {
+          ++running_[s];
+          r[kRegisterIndex + s] = running_[s];
+          if (restartBudget > 0 && ++restarts > restartBudget) {
+            fault_ = kInvalidCall;
+            return 0.0;
+          }
+          in = begin - 1;
+          continue;
+        }
+        // Above the upper bound nothing happens; the bounds are ordered, so
+        // the caller has routed that case to the program walk.
+        r[in->dst] = accumulator_[s];
+        accumulator_[s] = s < 4 ? 0.0 : 1.0;
+        running_[s] = bounds[static_cast<std::size_t>(s)];
+        r[kRegisterIndex + s] = running_[s];
+        continue;
+      }
+    }
+    if (!std::isfinite(v)) {
+      fault_ = FaultOf(v);
+      return 0.0;
+    }
+    r[in->dst] = v;
+  }
+  return r[resultRegister_];
 }
 
 double Evaluator::Function(int fn, double x) {
@@ -153,6 +354,16 @@ double Evaluator::Function(int fn, double x) {
 
 double Evaluator::Eval(int index, double x) {
   fault_ = kNoFault;
+  if (!tape_.empty()) {
+    bool ordered = true;
+    if (tapeHasSums_)
+      for (std::size_t s = 0; s < 6; ++s) ordered = ordered && bounds[s] <= bounds[s + 6];
+    if (ordered) return EvalTape(index, x);
+  }
+  return EvalProgram(index, x);
+}
+
+double Evaluator::EvalProgram(int index, double x) {
   if (formula == nullptr || formula->program.size() < 5 || stack_.empty()) {
     fault_ = kInvalidCall;
     return 0.0;

@@ -74,8 +74,14 @@ class Evaluator {
   // restarts of one Eval and reports kInvalidCall beyond it. 0: no cap.
   long long restartBudget = 0;
 
-  // Sizes the work arrays from words 1 and 3 of the program.
+  // Sizes the work arrays from words 1 and 3 of the program, and links the
+  // program into a straight instruction tape when it can: the tape applies
+  // the same operations to the same values in the same order, so it gives
+  // the same results, faults and random draws, without walking the levels.
   void Prepare();
+  // Off: always walk the program itself (tests compare the two).
+  bool useTape = true;
+  bool HasTape() const { return !tape_.empty(); }
   // Runs the program at point `index`, abscissa x. On a fault the result is
   // 0 and fault() says which.
   double Eval(int index, double x);
@@ -84,6 +90,19 @@ class Evaluator {
  private:
   // The one-argument functions other than the sums, products and ACS.
   double Function(int fn, double x);
+  double EvalProgram(int index, double x);
+  double EvalTape(int index, double x);
+  void LinkTape();
+
+  // One instruction of the tape: 1 to 14 the binary opcodes, then the rest.
+  enum TapeOp : std::int32_t { kTapeFunction = 20, kTapeCheck, kTapeState, kTapeSlot, kTapeSum };
+  struct Instruction {
+    std::int32_t op, kind, dst, a, b;
+  };
+  std::vector<Instruction> tape_;
+  std::vector<double> registers_;
+  int resultRegister_ = 0;
+  bool tapeHasSums_ = false;
   std::vector<double> stack_, results_, previous_;
   std::vector<std::int32_t> opcodes_, order_;
   int fault_ = kNoFault;

@@ -185,7 +185,7 @@ void FormView::BuildSideBox(QHBoxLayout* columns) {
     form->addRow(QString(), option);
     options_[n] = option;
   }
-  auto* fit = new QCheckBox(tr("Fit the window to the graphs"), side_);
+  auto* fit = new QCheckBox(tr("Auto fit"), side_);
   connect(fit, &QCheckBox::toggled, this,
           [this](bool on) { form_.controls().SetFromUser("chkAutoFit", on ? "1" : "0"); });
   form->addRow(QString(), fit);

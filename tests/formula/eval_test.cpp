@@ -171,3 +171,46 @@ TEST(Random, RangHasUnitSpread) {
 
 }  // namespace
 }  // namespace keldo
+
+namespace keldo {
+namespace {
+
+TEST(Tape, RandomDrawsComeInTheSameOrder) {
+  for (const char* text : {"RANDOM(X)+SUMI(RAN(X)*I)\\I=1,5", "RANG(X)*RAN(X)", "SUMI(SUMJ(RAN(I*J)))\\I=1,3\\J=2,4"}) {
+    FormulaBench b;
+    ASSERT_NE(b.Compile(text), formula::kErrorResult);
+    FixedRandom r1, r2;
+    formula::Evaluator fast, slow;
+    slow.useTape = false;
+    for (auto [ev, r] : {std::pair{&fast, &r1}, std::pair{&slow, &r2}}) {
+      ev->formula = &b.state.compiled;
+      ev->random = r;
+      for (std::size_t k = 0; k < 6; ++k) {
+        ev->bounds[k] = b.state.lower[k];
+        ev->bounds[k + 6] = b.state.upper[k];
+      }
+      ev->Prepare();
+    }
+    EXPECT_TRUE(fast.HasTape());
+    for (int i = 0; i < 50; ++i) EXPECT_EQ(fast.Eval(i, 0.1 * i), slow.Eval(i, 0.1 * i)) << text;
+  }
+}
+
+TEST(Tape, StateOperandsAndFallback) {
+  FormulaBench b;
+  ASSERT_NE(b.Compile("Y''+X*Y'\\DIFF"), formula::kErrorResult);
+  formula::Evaluator ev;
+  ev.formula = &b.state.compiled;
+  ev.formType = 1;
+  double state[11] = {0, 5, 7};
+  ev.state = state;
+  ev.Prepare();
+  EXPECT_TRUE(ev.HasTape());
+  EXPECT_EQ(ev.Eval(0, 2.0), 17.0);
+  ASSERT_NE(b.Compile("ACS(X)+1"), formula::kErrorResult);
+  ev.Prepare();
+  EXPECT_FALSE(ev.HasTape());  // ACS keeps stale results: the program is walked
+}
+
+}  // namespace
+}  // namespace keldo

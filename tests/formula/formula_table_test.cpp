@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <fstream>
 #include <set>
 #include <sstream>
@@ -106,6 +107,42 @@ TEST(FormulaTable, ValuesThroughVALU) {
     ++checked;
   }
   EXPECT_GT(checked, 100);
+}
+
+}  // namespace
+}  // namespace keldo
+
+namespace keldo {
+namespace {
+
+// The linked tape and the walk over the program give the same bits and the
+// same faults for every formula of the table.
+TEST(FormulaTable, TapeAndProgramWalkAgreeBitForBit) {
+  int linked = 0;
+  for (const Case& c : ReadTable()) {
+    if (c.mode != "plot") continue;
+    testing::FormulaBench b;
+    ASSERT_NE(b.Compile(c.formula), formula::kErrorResult);
+    formula::Evaluator fast, slow;
+    for (formula::Evaluator* ev : {&fast, &slow}) {
+      ev->formula = &b.state.compiled;
+      ev->dx = c.dx;
+      ev->formType = b.state.formType;
+      for (std::size_t k = 0; k < 6; ++k) {
+        ev->bounds[k] = b.state.lower[k];
+        ev->bounds[k + 6] = b.state.upper[k];
+      }
+    }
+    slow.useTape = false;
+    fast.Prepare();
+    slow.Prepare();
+    EXPECT_FALSE(slow.HasTape());
+    if (fast.HasTape()) ++linked;
+    const double f = fast.Eval(0, c.x), s = slow.Eval(0, c.x);
+    EXPECT_EQ(fast.fault(), slow.fault()) << c.formula << " at " << c.x;
+    EXPECT_EQ(std::memcmp(&f, &s, sizeof f), 0) << c.formula << " at " << c.x << ": " << f << " vs " << s;
+  }
+  EXPECT_GT(linked, 1000);
 }
 
 }  // namespace

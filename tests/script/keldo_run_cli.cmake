@@ -43,3 +43,13 @@ string(FIND "${out}" "\"caption\": \"2DGraph  1\"" at)
 if(NOT status EQUAL 0 OR at LESS 0)
   message(FATAL_ERROR "stdin script failed: ${status}\n${out}")
 endif()
+
+# A formula plotted from a script: the graph in the dump, a message for an
+# improper formula, and a prompt answered from the script.
+run_script(plot "new 1d\nmenu mnu64\nmenu mnuPlotGraph\nset Formula \"2^3^2+x\"\ngo\nset Formula \"sin(x\"\ngo\nanswer 3\nset Formula \"a*x\"\ngo\ndump\n" 0)
+foreach(expected "message 23: Improper formula." "prompt: Enter the value of a." "\"peak\": 64.5" "\"peak\": 1.5")
+  string(FIND "${OUT}" "${expected}" at)
+  if(at LESS 0)
+    message(FATAL_ERROR "plot script lacks '${expected}':\n${OUT}")
+  endif()
+endforeach()
