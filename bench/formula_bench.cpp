@@ -63,16 +63,8 @@ struct OurFormula {
   }
 
   void PrepareEvaluator() {
-    ev.formula = &state.compiled;
+    formula::BindEvaluator(ev, state);
     ev.dx = kStep;
-    ev.formType = state.formType;
-    ev.order = state.order;
-    ev.state = state.initialValues.data();
-    for (std::size_t k = 0; k < 6; ++k) {
-      ev.bounds[k] = state.lower[k];
-      ev.bounds[k + 6] = state.upper[k];
-    }
-    ev.noiseTerms = state.noiseTerms;
     ev.graphs = &host.graphs;
     ev.Prepare();
   }
@@ -248,10 +240,7 @@ void BM_Diff2_ours(benchmark::State& st) {
 
   formula::UserFunctionRun run;
   run.state = &state;
-  for (std::size_t k = 0; k < 6; ++k) {
-    run.bounds[k] = state.lower[k];
-    run.bounds[k + 6] = state.upper[k];
-  }
+  run.bounds = formula::BoundsOf(state);
   run.initialValues = state.initialValues;
   run.a = kLeft;
   run.h = kStep;

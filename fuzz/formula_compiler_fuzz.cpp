@@ -52,15 +52,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (budget > 20000) return 0;
   keldo::formula::Evaluator fast, slow;
   for (keldo::formula::Evaluator* ev : {&fast, &slow}) {
-    ev->formula = &state.compiled;
+    keldo::formula::BindEvaluator(*ev, state);
     ev->dx = 1.0 / 64;
-    ev->formType = state.formType;
-    ev->order = state.order;
-    ev->state = state.initialValues.data();
-    for (std::size_t k = 0; k < 6; ++k) {
-      ev->bounds[k] = state.lower[k];
-      ev->bounds[k + 6] = state.upper[k];
-    }
     ev->graphs = &host.graphs;
     ev->restartBudget = 100000;
   }

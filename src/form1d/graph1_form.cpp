@@ -529,10 +529,7 @@ void Graph1Form::USERFN(int count, double a, double b, double h, std::vector<dou
   formula_.upper = savedUpper;
   formula::UserFunctionRun run;
   run.state = &formula_;
-  for (std::size_t k = 0; k < 6; ++k) {
-    run.bounds[k] = formula_.lower[k];
-    run.bounds[k + 6] = formula_.upper[k];
-  }
+  run.bounds = formula::BoundsOf(formula_);
   run.initialValues = formula_.initialValues;
   run.a = a;
   run.h = h;

@@ -14,6 +14,7 @@ const std::string kLongLetters = "ABCMTUVWYZ";
 const std::string kShortLetters = "ABCMTUVWZ";
 const std::string kIndexLetters = "IJKNPQ";
 constexpr char kSeparators[] = "\\=,";
+constexpr std::size_t kLongestText = 20000;
 
 bool Contains(const std::string& text, char c) { return text.find(c) != std::string::npos; }
 bool Contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
@@ -87,6 +88,24 @@ void ExpandTypedFunctions(std::string& text) {
 }
 
 }  // namespace
+
+std::array<int, 12> BoundsOf(const FormulaState& state) {
+  std::array<int, 12> bounds{};
+  for (std::size_t k = 0; k < 6; ++k) {
+    bounds[k] = state.lower[k];
+    bounds[k + 6] = state.upper[k];
+  }
+  return bounds;
+}
+
+void BindEvaluator(Evaluator& ev, const FormulaState& state) {
+  ev.formula = &state.compiled;
+  ev.formType = state.formType;
+  ev.order = state.order;
+  ev.state = state.initialValues.data();
+  ev.bounds = BoundsOf(state);
+  ev.noiseTerms = state.noiseTerms;
+}
 
 double ScanNumber(const std::string& text) {
   std::size_t i = 0;
@@ -383,6 +402,12 @@ void Compiler::COMPILE(int mode, const std::string& typed, std::string& command)
       command = kErrorResult;
       return;
     }
+    // Values that hold their own letters can double the text on every pass;
+    // such a text is no formula anyone typed.
+    if (text.size() > kLongestText) {
+      command = kErrorResult;
+      return;
+    }
     text = FormulaUpper(TrimBlanks(text));
     if (text.empty()) text = "0";
     RemoveChar(text, ' ');
@@ -630,16 +655,8 @@ double Compiler::VALU(std::string& text) {
   std::string command;
   COMPILE(kModeValue, "", command);
   Evaluator ev;
-  ev.formula = &s_.compiled;
+  BindEvaluator(ev, s_);
   ev.dx = 0.0;
-  ev.formType = s_.formType;
-  ev.order = s_.order;
-  ev.state = s_.initialValues.data();
-  for (int k = 0; k < 6; ++k) {
-    ev.bounds[static_cast<std::size_t>(k)] = s_.lower[static_cast<std::size_t>(k)];
-    ev.bounds[static_cast<std::size_t>(k) + 6] = s_.upper[static_cast<std::size_t>(k)];
-  }
-  ev.noiseTerms = s_.noiseTerms;
   ev.random = host_.FormulaRandom();
   ev.graphs = host_.FormulaGraphs();
   ev.Prepare();

@@ -95,6 +95,12 @@ class Compiler {
   FormulaHost& host_;
 };
 
+// Points an evaluator at the state's program and copies what it reads from
+// the state: form type, order, equation state, bounds, noise terms.
+void BindEvaluator(Evaluator& ev, const FormulaState& state);
+// The twelve bounds of the state: lower bounds of I J K N P Q, then upper.
+std::array<int, 12> BoundsOf(const FormulaState& state);
+
 // The platform's number scan: a sign, digits with one point, an exponent
 // marked E or D; 0 when there are no digits.
 double ScanNumber(const std::string& text);

@@ -120,14 +120,11 @@ UserFunctionResult RunEquation(const UserFunctionRun& run, Evaluator& ev, std::v
 UserFunctionResult RunUserFunction(const UserFunctionRun& run, std::vector<double>& y, PlotSink& sink) {
   if (y.size() < static_cast<std::size_t>(run.count) + 10) y.assign(static_cast<std::size_t>(run.count) + 10, 0.0);
   Evaluator ev;
-  ev.formula = &run.state->compiled;
+  BindEvaluator(ev, *run.state);
   ev.dx = run.h;
-  ev.formType = run.state->formType;
-  ev.order = run.state->order;
   ev.computed = y.data();
   ev.computedSize = static_cast<int>(y.size());
   ev.bounds = run.bounds;
-  ev.noiseTerms = run.state->noiseTerms;
   ev.random = run.random;
   ev.graphs = run.graphs;
   ev.abortField = run.abortField;

@@ -342,3 +342,18 @@ TEST(Values, VALUQReadsNumbersAsTheNumberScanDoes) {
 
 }  // namespace
 }  // namespace keldo
+
+namespace keldo {
+namespace {
+
+// Found by fuzzing: values that name other parameters doubled the text on
+// every pass. The compile now ends, improper.
+TEST(Parameters, SelfDoublingSubstitutionEnds) {
+  testing::FormulaBench b;
+  EXPECT_EQ(b.Compile("A+B\\A=B+B\\B=A+A"), formula::kErrorResult);
+  std::string text = "A+B\\+B\\A=\xF2\xDF\xF2\xF2\xF2" "2A+BSX(\xC8" "A";
+  b.compiler.VALU(text);  // returns within the pass limit
+}
+
+}  // namespace
+}  // namespace keldo

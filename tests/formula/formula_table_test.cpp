@@ -125,13 +125,8 @@ TEST(FormulaTable, TapeAndProgramWalkAgreeBitForBit) {
     ASSERT_NE(b.Compile(c.formula), formula::kErrorResult);
     formula::Evaluator fast, slow;
     for (formula::Evaluator* ev : {&fast, &slow}) {
-      ev->formula = &b.state.compiled;
+      formula::BindEvaluator(*ev, b.state);
       ev->dx = c.dx;
-      ev->formType = b.state.formType;
-      for (std::size_t k = 0; k < 6; ++k) {
-        ev->bounds[k] = b.state.lower[k];
-        ev->bounds[k + 6] = b.state.upper[k];
-      }
     }
     slow.useTape = false;
     fast.Prepare();

@@ -56,16 +56,8 @@ struct FormulaBench {
   // Evaluates the last program at x with step dx; fault gets the error number.
   double Eval(double x, double dx, int* fault = nullptr) {
     formula::Evaluator ev;
-    ev.formula = &state.compiled;
+    formula::BindEvaluator(ev, state);
     ev.dx = dx;
-    ev.formType = state.formType;
-    ev.order = state.order;
-    ev.state = state.initialValues.data();
-    for (std::size_t k = 0; k < 6; ++k) {
-      ev.bounds[k] = state.lower[k];
-      ev.bounds[k + 6] = state.upper[k];
-    }
-    ev.noiseTerms = state.noiseTerms;
     ev.graphs = &host.graphs;
     ev.Prepare();
     const double v = ev.Eval(0, x);
