@@ -255,7 +255,7 @@ void Compiler::InsertLogicalTokens(std::string& text) {
 
 void Compiler::DINEQ(std::string& text) {
   const auto isComparator = [](char c) { return c == ch::kAtLeast || c == '<' || c == ch::kAtMost || c == '>'; };
-  for (std::size_t i = 0; i < text.size(); ++i) {
+  for (std::size_t i = 0; i < text.size() && text.size() <= kLongestText; ++i) {
     if (!isComparator(text[i])) continue;
     int depth = 0;
     for (std::size_t j = i + 1; j < text.size(); ++j) {
@@ -446,6 +446,10 @@ void Compiler::COMPILE(int mode, const std::string& typed, std::string& command)
     }
     InsertLogicalTokens(formula);
     DINEQ(formula);
+    if (formula.size() > kLongestText) {
+      command = kErrorResult;
+      return;
+    }
     s_.order = 0;
     bool found = false;
     PARVALI(formula, cmd, found);

@@ -357,3 +357,18 @@ TEST(Parameters, SelfDoublingSubstitutionEnds) {
 
 }  // namespace
 }  // namespace keldo
+
+namespace keldo {
+namespace {
+
+// Found by fuzzing: nested chains of comparisons duplicate their middles
+// inside each other. The expansion stops and the compile is improper.
+TEST(Passes, ChainsThatOutgrowAnyFormulaEnd) {
+  std::string nested = "X";
+  for (int k = 0; k < 16; ++k) nested = "1<(" + nested + "<2<3)<4";
+  testing::FormulaBench b;
+  EXPECT_EQ(b.Compile(nested), formula::kErrorResult);
+}
+
+}  // namespace
+}  // namespace keldo
