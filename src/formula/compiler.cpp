@@ -15,6 +15,7 @@ const std::string kShortLetters = "ABCMTUVWZ";
 const std::string kIndexLetters = "IJKNPQ";
 constexpr char kSeparators[] = "\\=,";
 constexpr std::size_t kLongestText = 20000;
+constexpr long long kValueRestartBudget = 2000000;
 
 bool Contains(const std::string& text, char c) { return text.find(c) != std::string::npos; }
 bool Contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
@@ -661,6 +662,9 @@ double Compiler::VALU(std::string& text) {
   Evaluator ev;
   BindEvaluator(ev, s_);
   ev.dx = 0.0;
+  // A number field must answer: a sum over millions of terms counts as a
+  // fault there, not as a program that stops responding.
+  ev.restartBudget = kValueRestartBudget;
   ev.random = host_.FormulaRandom();
   ev.graphs = host_.FormulaGraphs();
   ev.Prepare();

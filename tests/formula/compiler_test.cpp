@@ -372,3 +372,19 @@ TEST(Passes, ChainsThatOutgrowAnyFormulaEnd) {
 
 }  // namespace
 }  // namespace keldo
+
+namespace keldo {
+namespace {
+
+// Found by fuzzing: a value with a product over billions of terms. A number
+// field answers "N!N" instead of hanging; a million terms still count.
+TEST(Values, HugeSumsInAFieldFailInsteadOfHanging) {
+  testing::FormulaBench b;
+  std::string huge = "SUMI(1)\\I=1,1E9";
+  b.compiler.VALU(huge);
+  EXPECT_EQ(huge, "N!N");
+  EXPECT_EQ(b.compiler.VALU(std::string("SUMI(1)\\I=1,1000000")), 1000000.0);
+}
+
+}  // namespace
+}  // namespace keldo
