@@ -48,7 +48,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (command == keldo::formula::kErrorResult) return 0;
   // Sums may run long; a budget keeps one input short.
   long long budget = 1;
-  for (std::size_t s = 0; s < 6; ++s) budget *= std::max(1, std::min(1000, state.upper[s] - state.lower[s] + 1));
+  for (std::size_t s = 0; s < 6; ++s) {
+    const long long span = static_cast<long long>(state.upper[s]) - state.lower[s] + 1;
+    budget *= std::max(1LL, std::min(1000LL, span));
+  }
   if (budget > 20000) return 0;
   keldo::formula::Evaluator fast, slow;
   for (keldo::formula::Evaluator* ev : {&fast, &slow}) {
