@@ -153,7 +153,10 @@ std::string CheckCase(const Case& c, OurFormula& ours, Yardstick& yard) {
   return {};
 }
 
-void RunOurs(benchmark::State& st, const Case& c) {
+// Times one side of a pair: both sides are checked to agree first, then
+// `side` fills the grid on every iteration.
+template <class Side>
+void RunSide(benchmark::State& st, const Case& c, Side side) {
   OurFormula ours;
   Yardstick yard;
   const std::string problem = CheckCase(c, ours, yard);
@@ -163,28 +166,19 @@ void RunOurs(benchmark::State& st, const Case& c) {
   }
   std::vector<double> y(kPoints);
   for (auto _ : st) {
-    for (int i = 0; i < kPoints; ++i) y[static_cast<std::size_t>(i)] = ours.ev.Eval(i, PointAt(i));
+    for (int i = 0; i < kPoints; ++i) y[static_cast<std::size_t>(i)] = side(ours, yard, i);
     benchmark::DoNotOptimize(y.data());
     benchmark::ClobberMemory();
   }
   st.SetItemsProcessed(st.iterations() * kPoints);
 }
 
+void RunOurs(benchmark::State& st, const Case& c) {
+  RunSide(st, c, [](OurFormula& ours, Yardstick&, int i) { return ours.ev.Eval(i, PointAt(i)); });
+}
+
 void RunYardstick(benchmark::State& st, const Case& c) {
-  OurFormula ours;
-  Yardstick yard;
-  const std::string problem = CheckCase(c, ours, yard);
-  if (!problem.empty()) {
-    st.SkipWithError(problem.c_str());
-    return;
-  }
-  std::vector<double> y(kPoints);
-  for (auto _ : st) {
-    for (int i = 0; i < kPoints; ++i) y[static_cast<std::size_t>(i)] = yard.At(PointAt(i));
-    benchmark::DoNotOptimize(y.data());
-    benchmark::ClobberMemory();
-  }
-  st.SetItemsProcessed(st.iterations() * kPoints);
+  RunSide(st, c, [](OurFormula&, Yardstick& yard, int i) { return yard.At(PointAt(i)); });
 }
 
 void BM_Polynomial_ours(benchmark::State& st) { RunOurs(st, Cases()[0]); }
@@ -238,15 +232,7 @@ void BM_Diff2_ours(benchmark::State& st) {
     return;
   }
 
-  formula::UserFunctionRun run;
-  run.state = &state;
-  run.bounds = formula::BoundsOf(state);
-  run.initialValues = state.initialValues;
-  run.a = kLeft;
-  run.h = kStep;
-  run.count = kPoints;
-  run.dots = true;
-  run.refresh = formula::RefreshInterval(kPoints);
+  formula::UserFunctionRun run = formula::RunOver(state, kLeft, kStep, kPoints);
   run.graphs = &host.graphs;
 
   NullSink sink;

@@ -136,24 +136,23 @@ void Graph1Form::BuildControls() {
 
 // ------------------------------------------------------------ graph store
 
-void Graph1Form::Reallocate() {
-  values_.assign(static_cast<std::size_t>(capacity_ + 1) * Row(), 0.0);
-  const std::size_t slots = static_cast<std::size_t>(capacity_) + 2;
-  a_.assign(slots, 0.0);
-  b_.assign(slots, 0.0);
-  h_.assign(slots, 0.0);
-  peak_.assign(slots, 0.0);
+void Graph1Form::SizeStore(bool keep) {
+  const std::size_t rows = static_cast<std::size_t>(capacity_ + 1) * Row();
+  const std::size_t perGraph = static_cast<std::size_t>(capacity_) + 2;
+  if (!keep) values_.clear();
+  values_.resize(rows, 0.0);
+  for (std::vector<double>* v : {&a_, &b_, &h_, &peak_}) {
+    if (!keep) v->clear();
+    v->resize(perGraph, 0.0);
+  }
 }
+
+void Graph1Form::Reallocate() { SizeStore(false); }
 
 void Graph1Form::Extend(int slots) {
   if (slots <= capacity_) return;
   capacity_ = slots;
-  values_.resize(static_cast<std::size_t>(capacity_ + 1) * Row(), 0.0);
-  const std::size_t perGraph = static_cast<std::size_t>(capacity_) + 2;
-  a_.resize(perGraph, 0.0);
-  b_.resize(perGraph, 0.0);
-  h_.resize(perGraph, 0.0);
-  peak_.resize(perGraph, 0.0);
+  SizeStore(true);
 }
 
 void Graph1Form::SetPoints(int n) {
@@ -506,7 +505,6 @@ class LiveSink final : public formula::PlotSink {
 
 void Graph1Form::USERFN(int count, double a, double b, double h, std::vector<double>& y, std::string& error,
                         const std::string& command) {
-  (void)b;
   const std::array<int, 6> savedLower = formula_.lower, savedUpper = formula_.upper;
   if (formula_.order > 0) {
     error = "N";
@@ -527,15 +525,8 @@ void Graph1Form::USERFN(int count, double a, double b, double h, std::vector<dou
   }
   formula_.lower = savedLower;
   formula_.upper = savedUpper;
-  formula::UserFunctionRun run;
-  run.state = &formula_;
-  run.bounds = formula::BoundsOf(formula_);
-  run.initialValues = formula_.initialValues;
-  run.a = a;
-  run.h = h;
-  run.count = count;
+  formula::UserFunctionRun run = formula::RunOver(formula_, a, h, count);
   run.dots = dots_ == 'Y';
-  run.refresh = formula::RefreshInterval(count);
   run.graphs = FormulaGraphs();
   run.random = frame_.services().random;
   if (run.random != nullptr) run.random->SeedFromClock();

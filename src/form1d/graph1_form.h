@@ -94,6 +94,9 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   const formula::GraphTable* FormulaGraphs() override;
 
   void BuildControls();
+  // Sizes the value rows and per-graph arrays to the capacity, keeping or
+  // clearing what they hold.
+  void SizeStore(bool keep);
   void Reallocate();
   void Extend(int slots);
   std::size_t Row() const { return static_cast<std::size_t>(n_) + 1 + kSlack; }

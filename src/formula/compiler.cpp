@@ -351,7 +351,7 @@ void Compiler::SPTKN(std::string& text, const std::string& command, bool& failed
     const std::size_t first = text.find(kSums[s]);
     if (first == std::string::npos) continue;
     if (text.find(kSums[s], first + 1) != std::string::npos) {
-      TMSP(s < 4 ? s + 1 : s + 1);
+      TMSP(s + 1);
       failed = true;
     } else {
       marked[s] = true;

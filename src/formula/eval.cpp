@@ -164,6 +164,29 @@ void Evaluator::LinkTape() {
   registers_ = std::move(regs);
 }
 
+Evaluator::SumStep Evaluator::StepSum(int s, double value, long long& restarts, double& result) {
+  if (s < 4) accumulator_[s] += value;
+  else accumulator_[s] *= value;
+  if (!std::isfinite(accumulator_[s])) {
+    fault_ = FaultOf(accumulator_[s]);
+    return SumStep::kFault;
+  }
+  const int upper = bounds[static_cast<std::size_t>(s) + 6];
+  if (running_[s] < upper) {
+    ++running_[s];
+    if (restartBudget > 0 && ++restarts > restartBudget) {
+      fault_ = kInvalidCall;
+      return SumStep::kFault;
+    }
+    return SumStep::kRestart;
+  }
+  if (running_[s] != upper) return SumStep::kNothing;
+  result = accumulator_[s];
+  accumulator_[s] = s < 4 ? 0.0 : 1.0;
+  running_[s] = bounds[static_cast<std::size_t>(s)];
+  return SumStep::kDone;
+}
+
 double Evaluator::EvalTape(int index, double x) {
   double* r = registers_.data();
   r[kRegisterX] = x;
@@ -229,31 +252,12 @@ double Evaluator::EvalTape(int index, double x) {
       case kTapeSlot:
         r[in->dst] = fSlots != nullptr ? fSlots[in->a] : 0.0;
         continue;
-      default: {  // kTapeSum
+      default: {  // kTapeSum; an index above its bound has been routed to the walk
         const int s = in->kind;
-        if (s < 4) accumulator_[s] += r[in->a];
-        else accumulator_[s] *= r[in->a];
-        if (!std::isfinite(accumulator_[s])) {
-          fault_ = FaultOf(accumulator_[s]);
-          return 0.0;
-        }
-        const int upper = bounds[static_cast<std::size_t>(s) + 6];
-        if (running_[s] < upper) {
-          ++running_[s];
-          r[kRegisterIndex + s] = running_[s];
-          if (restartBudget > 0 && ++restarts > restartBudget) {
-            fault_ = kInvalidCall;
-            return 0.0;
-          }
-          in = begin - 1;
-          continue;
-        }
-        // Above the upper bound nothing happens; the bounds are ordered, so
-        // the caller has routed that case to the program walk.
-        r[in->dst] = accumulator_[s];
-        accumulator_[s] = s < 4 ? 0.0 : 1.0;
-        running_[s] = bounds[static_cast<std::size_t>(s)];
+        const SumStep step = StepSum(s, r[in->a], restarts, r[in->dst]);
+        if (step == SumStep::kFault) return 0.0;
         r[kRegisterIndex + s] = running_[s];
+        if (step == SumStep::kRestart) in = begin - 1;
         continue;
       }
     }
@@ -487,27 +491,9 @@ restart:
       // The enclosing function.
       const double v = stack[1];
       if (fn >= 22 && fn <= 27) {
-        const int s = fn - 22;
-        if (s < 4) accumulator_[s] += v;
-        else accumulator_[s] *= v;
-        if (!std::isfinite(accumulator_[s])) {
-          fault_ = FaultOf(accumulator_[s]);
-          return 0.0;
-        }
-        const int upper = bounds[static_cast<std::size_t>(s) + 6];
-        if (running_[s] < upper) {
-          ++running_[s];
-          if (restartBudget > 0 && ++restarts > restartBudget) {
-            fault_ = kInvalidCall;
-            return 0.0;
-          }
-          goto restart;
-        }
-        if (running_[s] == upper) {
-          results[g] = accumulator_[s];
-          accumulator_[s] = s < 4 ? 0.0 : 1.0;
-          running_[s] = bounds[static_cast<std::size_t>(s)];
-        }
+        const SumStep step = StepSum(fn - 22, v, restarts, results[g]);
+        if (step == SumStep::kFault) return 0.0;
+        if (step == SumStep::kRestart) goto restart;
       } else if (fn == 18) {
         if (abortField != nullptr && *abortField == -1000) return results[1];
       } else {

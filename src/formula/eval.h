@@ -91,6 +91,11 @@ class Evaluator {
   // The one-argument functions other than the sums, products and ACS.
   double Function(int fn, double x);
   double EvalProgram(int index, double x);
+  // One pass of a sum or product s with the value of its group: restart the
+  // program, done (the result in `result`, index and accumulator reset), a
+  // fault, or nothing (the index already above its upper bound).
+  enum class SumStep { kRestart, kDone, kFault, kNothing };
+  SumStep StepSum(int s, double value, long long& restarts, double& result);
   double EvalTape(int index, double x);
   void LinkTape();
 

@@ -8,6 +8,18 @@ namespace keldo::formula {
 
 int RefreshInterval(int count) { return count / 32 < 1 ? 1 : count / 32; }
 
+UserFunctionRun RunOver(const FormulaState& state, double a, double h, int count) {
+  UserFunctionRun run;
+  run.state = &state;
+  run.bounds = BoundsOf(state);
+  run.initialValues = state.initialValues;
+  run.a = a;
+  run.h = h;
+  run.count = count;
+  run.refresh = RefreshInterval(count);
+  return run;
+}
+
 std::string ErrorCaption(double mte, double cte) { return "MTE:" + PlainNumber(mte) + ", CTE:" + PlainNumber(cte); }
 
 namespace {

@@ -43,6 +43,10 @@ struct UserFunctionResult {
   double mte = 0.0, cte = 0.0;
 };
 
+// A run of the state's formula over count points from a in steps of h, with
+// the state's bounds and initial values and the refresh interval of a plot.
+UserFunctionRun RunOver(const FormulaState& state, double a, double h, int count);
+
 // The refresh interval of a plot: (N+1)/32, at least 1.
 int RefreshInterval(int count);
 
