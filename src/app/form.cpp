@@ -55,23 +55,48 @@ bool Form::HasHandler(const std::string& controlName) const {
   return handlers_.count(base) > 0 || handlers_.count(controlName) > 0;
 }
 
+namespace {
+
+const MenuNode* FindNode(const std::vector<MenuNode>& nodes, const std::string& name) {
+  for (const MenuNode& n : nodes) {
+    if (n.name == name) return &n;
+    if (const MenuNode* inner = FindNode(n.children, name)) return inner;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+bool Form::CommandBuilt(const std::string& controlName) const {
+  const MenuNode* node = FindNode(menuBar_, controlName);
+  if (!node) node = FindNode(popupMenu_, controlName);
+  if (!node || node->children.empty()) return HasHandler(controlName);
+  for (const MenuNode& child : node->children)
+    if (!child.IsSeparator() && CommandBuilt(child.name)) return true;
+  return false;
+}
+
 bool Form::RunMenu(const std::string& name, int index) {
   const std::string full = IndexedName(name, index);
   const Control* item = controls_.Find(full);
   if (!item || item->kind != ControlKind::Menu) return false;
   if (!item->enabled || !item->visible) return true;
+  RunHandler(full);
+  Touch();
+  return true;
+}
+
+void Form::RunHandler(const std::string& full) {
   auto exact = handlers_.find(full);
   if (exact != handlers_.end()) {
     exact->second(-1);
-  } else {
-    std::string base;
-    int i = -1;
-    SplitIndexedName(full, base, i);
-    auto it = handlers_.find(base);
-    if (it != handlers_.end()) it->second(i);
+    return;
   }
-  Touch();
-  return true;
+  std::string base;
+  int i = -1;
+  SplitIndexedName(full, base, i);
+  auto it = handlers_.find(base);
+  if (it != handlers_.end()) it->second(i);
 }
 
 bool Form::Click(const std::string& name) {

@@ -15,6 +15,9 @@ namespace keldo {
 
 class Frame;
 
+enum class MouseAction { Down, Move, Up };
+enum class MouseButton { None, Left, Right };
+
 enum class FormKind { Graph1, Graph2, SoundEditor, Spectrogram, Scalogram, ImageProcessor };
 constexpr int kFormKinds = 6;
 
@@ -59,6 +62,11 @@ class Form {
   virtual bool Click(const std::string& name);
   // Presses the Go button of the open side box; false when none is open.
   virtual bool Go() { return false; }
+  // The pointer on the plot, in graph coordinates; false when the form has
+  // no plot to point at.
+  virtual bool Mouse(MouseAction, double, double, MouseButton) { return false; }
+  // The form's window became the active one.
+  virtual void Activated() {}
 
   // What a dump shows.
   virtual int Points() const { return 0; }
@@ -69,6 +77,8 @@ class Form {
   // from a form file; false on failure (the caller reports).
   virtual bool LoadForm(const std::string& path, const std::string& title);
   virtual bool CanLoadForms() const { return false; }
+  // Reads a data file as a new graph; false after reporting a failure.
+  virtual bool LoadDataFile(const std::string&, const std::string&) { return false; }
   // A refused close (a plot is running) beeps and returns false.
   virtual bool QueryClose() { return true; }
 
@@ -87,6 +97,11 @@ class Form {
   // The File menu items every kind has: New forms of each kind and Close.
   void AddCommonFileHandlers();
   bool HasHandler(const std::string& controlName) const;
+  // Runs the handler of a menu item whatever its enabled state.
+  void RunHandler(const std::string& fullName);
+  // A menu item's command is built: it has a handler, or, for a parent
+  // menu, one of its items has.
+  bool CommandBuilt(const std::string& controlName) const;
 
   Frame& frame_;
   ControlModel controls_;

@@ -70,7 +70,7 @@ std::string Frame::Folder(const std::string& name) const { return programFolder_
 void Frame::BuildMenu() {
   menuBar_ = keldo::BuildMenu(kFrameMenu, controls_);
   // Form, data, sound and image files open through readers still to come.
-  for (const char* later : {"mnuOpenForm", "mnuOpenSoundFile", "mnuOpen1DDataFile", "mnuOpenImageFile", "mnuOpen2DDataFile"})
+  for (const char* later : {"mnuOpenSoundFile", "mnuOpenImageFile", "mnuOpen2DDataFile"})
     controls_.SetEnabled(later, false);
 }
 
@@ -199,6 +199,28 @@ Form* Frame::OpenFormFile(FormKind kind, const std::string& path, const std::str
   return form;
 }
 
+Form* Frame::OpenDataFile(FormKind kind, const std::string& path) {
+  int code = 0;
+  Form* form = NewForm(kind, code);
+  if (!form) {
+    ReportFactoryFailure(code);
+    return nullptr;
+  }
+  bool loaded = false;
+  try {
+    loaded = form->LoadDataFile(path, GetFileTitle(path));
+  } catch (const std::bad_alloc&) {
+    ShowError(72);
+  } catch (...) {
+    ShowError(20);
+  }
+  if (!loaded) {
+    CloseForm(*form);
+    return nullptr;
+  }
+  return form;
+}
+
 void Frame::OpenTheForm() {
   platform::FileDialogRequest request;
   request.mode = platform::FileDialogMode::Open;
@@ -279,6 +301,9 @@ bool Frame::RunMenu(const std::string& name) {
     newForm(FormKind::ImageProcessor);
   } else if (name == "mnuOpenForm") {
     OpenTheForm();
+  } else if (name == "mnuOpen1DDataFile") {
+    if (Form* form = NewForm(FormKind::Graph1, code)) form->RunMenu("mnuOpenSave", 2);
+    else ReportFactoryFailure(code);
   } else if (name == "mnuExit") {
     exitRequested_ = true;
   } else if (name == "mnuGettingStarted") {

@@ -78,6 +78,9 @@ class Frame {
   void OpenTheForm();
   // Loads a form file into a new form of the kind; reports 72/73 on failure.
   Form* OpenFormFile(FormKind kind, const std::string& path, const std::string& title);
+  // Reads a data file into a new form of the kind; a failed read leaves no
+  // form behind.
+  Form* OpenDataFile(FormKind kind, const std::string& path);
 
   // --- messages and pointer ---------------------------------------------------
   void ShowError(int number);

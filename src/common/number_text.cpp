@@ -40,4 +40,16 @@ std::string PlainNumber(double value) {
   return buffer;
 }
 
+std::string StrNumber(double value) {
+  const std::string text = PlainNumber(value);
+  return text[0] == '-' ? text : " " + text;
+}
+
+std::string StrSingle(float value) {
+  if (value == 0.0f) return " 0";
+  char buffer[48];
+  std::snprintf(buffer, sizeof buffer, "%.7G", static_cast<double>(value));
+  return buffer[0] == '-' ? std::string(buffer) : " " + std::string(buffer);
+}
+
 }  // namespace keldo

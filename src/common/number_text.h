@@ -22,4 +22,12 @@ std::string RoundTripText(double value);
 // written as E+20 or E-05 when the number is very large or very small.
 std::string PlainNumber(double value);
 
+// The plain form with a leading blank for zero and positive numbers, a minus
+// sign otherwise: " 0.5", "-2".
+std::string StrNumber(double value);
+
+// A single-precision value in its plain text form (7 significant digits),
+// with the leading blank of StrNumber.
+std::string StrSingle(float value);
+
 }  // namespace keldo

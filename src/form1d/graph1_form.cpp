@@ -6,7 +6,6 @@
 #include "app/frame.h"
 #include "common/number_text.h"
 #include "form1d/graph1_menu.h"
-#include "platform/color.h"
 
 namespace keldo::form1d {
 namespace {
@@ -45,39 +44,9 @@ int RoundHalfEven(double v) {
 
 }  // namespace
 
-void GETBVTV(double& x1, double& x2, double& y1, double& y2, double dx, double bottom, double top) {
-  if (y1 > top && y2 > top) {
-    y1 = y2 = top + 1.0;
-    return;
-  }
-  if (y1 < bottom && y2 < bottom) {
-    y1 = y2 = bottom - 1.0;
-    return;
-  }
-  const double slope = (y2 - y1) / dx;
-  // The top side.
-  if (y1 > top) {
-    x1 = x1 + (top - y1) / slope;
-    y1 = top;
-  } else if (y2 > top) {
-    x2 = x2 + (top - y2) / slope;
-    y2 = top;
-  }
-  // The bottom side.
-  if (y1 < bottom) {
-    x1 = x1 + (bottom - y1) / slope;
-    y1 = bottom;
-  } else if (y2 < bottom) {
-    x2 = x2 + (bottom - y2) / slope;
-    y2 = bottom;
-  }
-}
-
-std::uint32_t GraphColour(int g) {
-  static const platform::Rgb kColours[6] = {platform::MakeRgb(0, 255, 0),   platform::MakeRgb(0, 255, 255),
-                                            platform::MakeRgb(255, 0, 0),   platform::MakeRgb(255, 0, 255),
-                                            platform::MakeRgb(255, 255, 0), platform::MakeRgb(255, 255, 255)};
-  return kColours[((g % 6) + 6) % 6];
+ExchangeArea& GraphExchange() {
+  static ExchangeArea area;
+  return area;
 }
 
 Graph1Form::Graph1Form(Frame& frame) : Form(frame, FormKind::Graph1) {
@@ -85,6 +54,12 @@ Graph1Form::Graph1Form(Frame& frame) : Form(frame, FormKind::Graph1) {
   Reallocate();
   ChangePointsMenu(n_);
   UpdateLimitTips();
+  SetupSideBox();
+  SetAxisLabels();
+  InitializeFormulas();
+  const std::string& lineStyle = frame_.settings().captions["LabLineStyle"];
+  if (lineStyle == "Y" || lineStyle == "N") dots_ = lineStyle[0];
+  SetMenuViewStyle();
   ResetMenu();
 }
 
@@ -110,26 +85,8 @@ void Graph1Form::BuildControls() {
   controls_.Add("TxtAnGr1", ControlKind::Text, "1");
   for (const char* name : {"wavlevels", "WavSerLev", "HighestMag", "WSerNumTerms"})
     controls_.Add(name, ControlKind::Text, "");
-  controls_.SetVisible("mnuHelpSideBox", false);
-
-  AddCommonFileHandlers();
-  for (int n : kPointChoices) OnMenu(PointsItem(n), [this, n](int) { SetPoints(n); });
-  OnMenu("mnuPlotGraph", [this](int) { OpenSideBox("Graph", "Graphing", 0); });
-  OnMenu("mnuRemoveGraph", [this](int) { SetAnalysisForm("Remove graph"); });
-  OnMenu("mnuPopUpRemoveGraph", [this](int) { SetAnalysisForm("Remove graph"); });
-  OnMenu("mnuEraseScreen", [this](int) { ClearGraphs(); });
-  OnMenu("mnuClearSideBox", [this](int) {
-    sideBoxKey_.clear();
-    goIndex_ = -1;
-    controls_.SetEnabled("GoButton(0)", false);
-    controls_.SetVisible("mnuHelpSideBox", false);
-    Touch();
-  });
-  OnMenu("mnuKELDOHelp", [this](int) { frame_.GetHelp("KELDOX.HLP", ""); });
-  OnMenu("mnuHelpSideBox", [this](int) {
-    const std::string& caption = controls_.Text("mnuHelpSideBox");
-    frame_.GetHelp("KELDOX.HLP", caption.size() > 9 ? caption.substr(9) : "");
-  });
+  BuildSideBoxControls();
+  BindCommands();
   DisableItemsWithoutHandler();
   controls_.SetEnabled("mnuPoints", true);
 }
@@ -160,7 +117,7 @@ void Graph1Form::SetPoints(int n) {
   graphCount_ = 0;
   ResetMenu();
   n_ = n;
-  if (exchangeHasGraph_) controls_.SetEnabled("mnuPasteGraph", true);
+  if (GraphExchange().holdsGraph) controls_.SetEnabled("mnuPasteGraph", true);
   Reallocate();
   controls_.SetText("NumPoints", std::to_string(n));
   ChangePointsMenu(n);
@@ -249,18 +206,20 @@ void Graph1Form::ClearGraphs() {
   Touch();
 }
 
+void Graph1Form::EnableCommand(const std::string& name, bool on) { controls_.SetEnabled(name, on && CommandBuilt(name)); }
+
 void Graph1Form::ResetMenu() {
   if (graphCount_ == 0) {
-    controls_.SetEnabled("mnuPasteGraph", exchangeHasGraph_);
-    for (const std::string& name : GraphCommands()) controls_.SetEnabled(name, false);
-    for (const std::string& name : PairCommands()) controls_.SetEnabled(name, false);
+    EnableCommand("mnuPasteGraph", GraphExchange().holdsGraph);
+    for (const std::string& name : GraphCommands()) EnableCommand(name, false);
+    for (const std::string& name : PairCommands()) EnableCommand(name, false);
   } else if (graphCount_ == 1) {
-    for (const std::string& name : GraphCommands()) controls_.SetEnabled(name, true);
-    controls_.SetEnabled("mnuDownSample", n_ > 64);
-    controls_.SetEnabled("mnuInterpolate", n_ < 65536);
-    for (const std::string& name : PairCommands()) controls_.SetEnabled(name, false);
+    for (const std::string& name : GraphCommands()) EnableCommand(name, true);
+    EnableCommand("mnuDownSample", n_ > 64);
+    EnableCommand("mnuInterpolate", n_ < 65536);
+    for (const std::string& name : PairCommands()) EnableCommand(name, false);
   } else if (graphCount_ == 2) {
-    for (const std::string& name : PairCommands()) controls_.SetEnabled(name, true);
+    for (const std::string& name : PairCommands()) EnableCommand(name, true);
   }
   Touch();
 }
@@ -331,100 +290,7 @@ std::vector<GraphSummary> Graph1Form::Graphs() const {
   return out;
 }
 
-// ----------------------------------------------------------------- window
-
-double Graph1Form::MAXW() const {
-  double hi = 0.0;
-  for (int g = 0; g <= graphCount_ && g < static_cast<int>(b_.size()); ++g) hi = std::max(hi, b_[static_cast<std::size_t>(g)]);
-  return hi;
-}
-
-double Graph1Form::MINW() const {
-  double lo = 0.0;
-  for (int g = 0; g <= graphCount_ && g < static_cast<int>(a_.size()); ++g) lo = std::min(lo, a_[static_cast<std::size_t>(g)]);
-  return lo;
-}
-
-double Graph1Form::FUNCMAX() const {
-  double f = 0.01;
-  for (int g = 0; g <= graphCount_ && g < static_cast<int>(peak_.size()); ++g)
-    f = std::max(f, peak_[static_cast<std::size_t>(g)]);
-  f *= 1.5;
-  if (f > 0.5) f = std::floor(f) + 1.0;
-  return f;
-}
-
-void Graph1Form::RedrawGraphs(int mode) {
-  if (mode == 1) {
-    const double hi = MAXW(), lo = MINW(), f = FUNCMAX();
-    if (winLeft_ <= lo && winRight_ >= hi && winBottom_ <= -f && winTop_ >= f) return;
-    if (!(lo < hi) || !std::isfinite(lo) || !std::isfinite(hi) || !std::isfinite(f)) return;
-    winLeft_ = lo;
-    winRight_ = hi;
-    winBottom_ = -f;
-    winTop_ = f;
-  }
-  Touch();
-}
-
-void Graph1Form::NewWindow() {
-  if (plotting_ != 'N') {
-    frame_.Beep();
-    return;
-  }
-  if (graphCount_ > 0) RedrawGraphs(1);
-}
-
 // --------------------------------------------------------------- graphing
-
-void Graph1Form::OpenSideBox(const std::string& key, const std::string& topic, int goIndex) {
-  sideBoxKey_ = key;
-  goIndex_ = goIndex;
-  controls_.SetEnabled("GoButton(0)", goIndex == 0);
-  controls_.SetEnabled("GoButton(5)", goIndex == 5);
-  controls_.SetVisible("GoButton(5)", goIndex == 5);
-  controls_.SetText("mnuHelpSideBox", "Help for " + topic);
-  controls_.SetVisible("mnuHelpSideBox", true);
-  Touch();
-}
-
-void Graph1Form::SetAnalysisForm(const std::string& title) {
-  controls_.SetText("AnalysisLabel", title);
-  OpenSideBox("", title, 5);
-}
-
-void Graph1Form::PerformAnalysis() {
-  if (controls_.Text("AnalysisLabel") == "Remove graph") RemoveTheGraph();
-}
-
-bool Graph1Form::Go() {
-  if (goIndex_ == 0 || plotting_ != 'N') {
-    PlotTheGraph();
-    return true;
-  }
-  if (goIndex_ == 5) {
-    PerformAnalysis();
-    return true;
-  }
-  return false;
-}
-
-bool Graph1Form::Click(const std::string& name) {
-  if (name == "GoButton(0)" || name == "GoButton(5)") {
-    const Control& c = controls_[name];
-    if (c.enabled) Go();
-    return true;
-  }
-  return Form::Click(name);
-}
-
-bool Graph1Form::QueryClose() {
-  if (plotting_ != 'N') {
-    frame_.Beep();
-    return false;
-  }
-  return true;
-}
 
 void Graph1Form::RestorePlotButton() {
   Control& go = controls_["GoButton(0)"];
@@ -458,6 +324,7 @@ void Graph1Form::PlotTheGraph() {
   std::string error = "N";
   PlotGraph(error, command, b);
   RestorePlotButton();
+  if (error != "E") UpDateFormulas(typed);
   if (error == "E") {
     controls_.SetText("Formula", typed);
     intervalLeft_ = oldLeft;

@@ -9,6 +9,8 @@
 #include <vector>
 
 #include "app/form.h"
+#include "form1d/graph_files.h"
+#include "form1d/plot_drawing.h"
 #include "formula/compiler.h"
 #include "formula/user_function.h"
 
@@ -19,13 +21,26 @@ constexpr int kMaxPoints = 65536;
 constexpr int kDefaultPoints = 1024;
 constexpr int kSlack = 10;  // samples of slack after point N in every row
 
-// Clips the segment (x1,y1)-(x2,y2), x2 - x1 = dx, to the window's y range in
-// place. A segment wholly above the top gets both y values top + 1, wholly
-// below bottom - 1, so that the caller can skip it.
-void GETBVTV(double& x1, double& x2, double& y1, double& y2, double dx, double bottom, double top);
+// Side box panels (PicSideBox) by number.
+enum SideBoxPanel : int {
+  kPanelGraph = 0,
+  kPanelAnalysis = 5,
+  kPanelCalculator = 6,
+  kPanelDisplayStyle = 7,
+  kPanelRemarks = 9,
+  kPanelTrace = 10,
+  kPanelCount = 13,
+};
 
-// The colour of graph g: bright green, cyan, red, magenta, yellow, white.
-std::uint32_t GraphColour(int g);
+// The graph handed between forms by Copy graph and Paste graph; it outlives
+// the forms.
+struct ExchangeArea {
+  bool holdsGraph = false;
+  int points = 0;
+  double a = 0.0, b = 0.0, h = 0.0;
+  std::vector<double> values;
+};
+ExchangeArea& GraphExchange();
 
 class Graph1Form final : public Form, private formula::FormulaHost {
  public:
@@ -54,6 +69,80 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   void NewWindow();
   void RedrawGraphs(int mode);
   bool Plotting() const { return plotting_ != 'N'; }
+
+  // Display.
+  void SetAxisLabels();
+  void DisplayGraphs(int last);
+  void DisplayOneGraph();
+  void NewView();
+  bool WindowTest(const PlotWindow& w) const;
+  void ResetDisplay();
+  void SetMenuViewStyle();
+  PlotStyle Style() const { return {grid_, background_, dots_ == 'Y'}; }
+  PlotWindow PlotWin() const { return {winLeft_, winRight_, winBottom_, winTop_}; }
+  // Draws the whole plot box as it stands: graphs, the one being computed,
+  // and the crosshairs while the trace panel is open.
+  void Paint(platform::Surface& surface) const;
+  // The read-out of the cursor coordinates, empty when they are off.
+  const std::string& CursorText() const { return cursorText_; }
+
+  // Side box.
+  void SetupSideBox();
+  void InitializeSideBox();
+  void ClearSideBox();
+  void RestoreSideBox();
+  void SetSideBoxHelp(const std::string& topic);
+  void ShowPanel(int panel);
+  int VisiblePanel() const;
+  const std::string& SideBoxKey() const { return sideBoxKey_; }
+  void Calculate();
+  void SetRemarks(const std::string& text);
+  // The small help box of a limited field, on F1 or a mouse press.
+  void FieldQuickHelp(const std::string& name);
+  // F1 in the formula box: help on the selected text, or on formulas.
+  void FormulaHelp(const std::string& selected);
+
+  // Files and the formula list.
+  void SaveTheForm(int choice);
+  bool SaveFormTo(const std::string& path);
+  bool LoadForm(const std::string& path, const std::string& title) override;
+  bool CanLoadForms() const override { return true; }
+  void SaveTheGraph();
+  bool SaveFunctionFile(const std::string& path, int g, int filterIndex);
+  void LoadTheGraph(int kind);
+  // Reads a data file into this form, or into a new form when its N differs
+  // and this form holds graphs. Reports 20 and changes nothing on failure.
+  bool LoadFunction(const std::string& path, const std::string& title, int kind, int fileType);
+  bool LoadDataFile(const std::string& path, const std::string& title) override;
+  void OpenTheForm();
+  void UpDateFormulas(const std::string& formula);
+  void InitializeFormulas();
+  void PreviousFormula();
+  void NextFormula();
+  void LoadFormulaFile();
+  void SaveFormulaFile();
+  const std::vector<std::string>& History() const { return history_; }
+  const std::string& FormFileName() const { return fileName_; }
+  void SetQuantParams(const std::array<std::string, 3>& params) { quantParams_ = params; }
+  const std::array<std::string, 3>& QuantParams() const { return quantParams_; }
+
+  // Trace, zoom, clip and the exchange of graphs.
+  int FindNearestGraph(double x, double y) const;
+  bool Mouse(MouseAction action, double x, double y, MouseButton button) override;
+  void InitializeTrace();
+  void UpDateTrace();
+  void MoveCrossHairLeft();
+  void MoveCrossHairRight();
+  void SetTraceValue(int index);
+  int TracePosition() const { return tracePosition_; }
+  void ZoomEnlarge(int mode);
+  void ClipTheGraph();
+  void CopyTheGraph();
+  void PasteTheGraph();
+  void CopyTheGraphToClipboard();
+  void CopyTheGraphToClipboardSlow();
+  void PasteFromTheClipboard();
+  void Activated() override;
 
   formula::FormulaState& FormulaFields() { return formula_; }
   formula::Compiler& compiler() { return compiler_; }
@@ -103,9 +192,27 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   void PlotGraph(std::string& error, const std::string& command, double b);
   void USERFN(int count, double a, double b, double h, std::vector<double>& y, std::string& error,
               const std::string& command);
-  void OpenSideBox(const std::string& key, const std::string& topic, int goIndex);
+  void BuildSideBoxControls();
+  void BindCommands();
+  void OpenSideBox(const std::string& key, const std::string& topic, int goIndex, int panel);
   void SetAnalysisForm(const std::string& title);
   void PerformAnalysis();
+  void DisplayStyleBox();
+  void Remarks();
+  void CalculatorBox();
+  void TraceBox();
+  // Enables a command only once it is built; a parent menu when a child is.
+  void EnableCommand(const std::string& name, bool on);
+  // The graph a one-graph command works on: the only one, or the number in
+  // TxtAnGr1, reporting 1 or 3; -1 on failure.
+  int ChosenGraph();
+  // Presets TxtAnGr1 to the graph nearest the last click.
+  void PresetGraphNumber();
+  // A new one-dimensional form with this form's quantization parameters;
+  // reports 72 or 73 and returns null on failure.
+  Graph1Form* NewSiblingForm();
+  void ReadFormRecord(const FormFileRecord& record);
+  void UpdateCursorText(double x, double y);
   void UpdateLimitTips();
   double MAXW() const;
   double MINW() const;
@@ -122,10 +229,19 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   double step_ = 1.0 / kDefaultPoints;
   int tracePosition_ = kDefaultPoints / 2;
   char dots_ = 'Y';
+  char background_ = 'B';
+  char grid_ = 'G';
   char plotting_ = 'N';
-  bool exchangeHasGraph_ = false;
   std::string sideBoxKey_;
   int goIndex_ = -1;
+  double clickX_ = 0.0, clickY_ = 0.0;
+  std::string cursorText_;
+  std::string fileName_;
+  std::vector<std::string> history_;
+  std::vector<std::string> formulas_{""};
+  int maxFormNum_ = 0;
+  int formPos_ = 1;
+  std::array<std::string, 3> quantParams_{"0|1/2^16|Q|N|B|N|", "Y|1/2^16|Y|N|Y|N|", "N|1/2^16:1/2^8|Y|N|Y|N|"};
 
   formula::FormulaState formula_;
   formula::Compiler compiler_{formula_, *this};

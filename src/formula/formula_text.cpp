@@ -21,7 +21,32 @@ char ByteOf(std::uint32_t code) {
   return '\x7F';
 }
 
+void AppendUtf8(std::string& out, std::uint32_t code) {
+  if (code < 0x80) {
+    out.push_back(static_cast<char>(code));
+  } else if (code < 0x800) {
+    out.push_back(static_cast<char>(0xC0 | (code >> 6)));
+    out.push_back(static_cast<char>(0x80 | (code & 0x3F)));
+  } else {
+    out.push_back(static_cast<char>(0xE0 | (code >> 12)));
+    out.push_back(static_cast<char>(0x80 | ((code >> 6) & 0x3F)));
+    out.push_back(static_cast<char>(0x80 | (code & 0x3F)));
+  }
+}
+
 }  // namespace
+
+std::string FromAnsiText(std::string_view ansi) {
+  std::string out;
+  out.reserve(ansi.size());
+  for (char c : ansi) {
+    const auto b = static_cast<unsigned char>(c);
+    std::uint32_t code = b;
+    if (b >= 0x80 && b <= 0x9F && kHighTable[b - 0x80] != 0) code = kHighTable[b - 0x80];
+    AppendUtf8(out, code);
+  }
+  return out;
+}
 
 std::string_view FunctionCharacters() {
   static const std::string kChars = {ch::kAbs,   ch::kCos,  ch::kSin,   ch::kExp,  ch::kSqr,   ch::kTan,  ch::kAtn,

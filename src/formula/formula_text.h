@@ -88,6 +88,8 @@ std::string_view StateCharacters();
 // that are not valid UTF-8 are kept as they stand; characters with no
 // Windows-1252 byte become DEL (0x7F), which means nothing to the language.
 std::string ToFormulaText(std::string_view utf8);
+// The other way: Windows-1252 bytes, as files hold them, to UTF-8.
+std::string FromAnsiText(std::string_view ansi);
 
 // Upper-cases a-z and the lower-case Latin-1 letters; leaves every other byte.
 std::string FormulaUpper(std::string text);

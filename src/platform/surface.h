@@ -3,6 +3,7 @@
 // Coordinates passed to drawing calls are user coordinates; the scale maps
 // (left, top) to the top-left pixel and (right, bottom) to the bottom-right.
 
+#include <span>
 #include <string>
 
 #include "platform/color.h"
@@ -12,6 +13,14 @@ namespace keldo::platform {
 
 struct UserScale {
   double left = 0.0, top = 0.0, right = 1.0, bottom = 1.0;
+};
+
+struct UserPoint {
+  double x = 0.0, y = 0.0;
+};
+
+struct UserSegment {
+  double x1 = 0.0, y1 = 0.0, x2 = 0.0, y2 = 0.0;
 };
 
 class Surface {
@@ -25,6 +34,14 @@ class Surface {
   virtual void Line(double x1, double y1, double x2, double y2, Rgb color) = 0;
   virtual void SetPixel(double x, double y, Rgb color) = 0;
   virtual Rgb GetPixel(double x, double y) const = 0;
+  // Many lines or pixels of one colour at once; a surface may draw them in
+  // one batch. The picture is the same as from one call each.
+  virtual void Lines(std::span<const UserSegment> segments, Rgb color) {
+    for (const UserSegment& s : segments) Line(s.x1, s.y1, s.x2, s.y2, color);
+  }
+  virtual void Pixels(std::span<const UserPoint> points, Rgb color) {
+    for (const UserPoint& p : points) SetPixel(p.x, p.y, color);
+  }
   virtual void Text(double x, double y, const std::string& text, Rgb color) = 0;
   virtual void Refresh() = 0;
   // What the surface shows now.

@@ -1,6 +1,8 @@
 #include "script/runner.h"
 
 #include <cstdlib>
+#include <charconv>
+#include <cmath>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -28,6 +30,13 @@ bool ParseInt(const std::string& text, int& value) {
     if (c < '0' || c > '9') return false;
   value = std::atoi(text.c_str());
   return true;
+}
+
+bool ParseDouble(const std::string& text, double& value) {
+  if (text.empty()) return false;
+  const char* first = text.data() + (text[0] == '+' ? 1 : 0);
+  const auto [end, ec] = std::from_chars(first, text.data() + text.size(), value);
+  return ec == std::errc() && end == text.data() + text.size() && std::isfinite(value);
 }
 
 bool ReadWholeFile(const std::string& path, std::string& text) {
@@ -160,8 +169,22 @@ bool Runner::Execute(const std::vector<std::string>& words, std::string& reason)
       if (!form->RunMenu(base, index)) reason = "unknown menu item " + words[1];
       return reason.empty();
     }
-    reason = "this form has no plot to point at";
-    return false;
+    if (words.size() < 4 || words.size() > 5) { reason = "mouse takes down, move or up, X, Y and a button"; return false; }
+    MouseAction action;
+    if (words[1] == "down") action = MouseAction::Down;
+    else if (words[1] == "move") action = MouseAction::Move;
+    else if (words[1] == "up") action = MouseAction::Up;
+    else { reason = "mouse takes down, move or up, not " + words[1]; return false; }
+    double x = 0.0, y = 0.0;
+    if (!ParseDouble(words[2], x) || !ParseDouble(words[3], y)) { reason = "mouse needs two numbers"; return false; }
+    MouseButton button = MouseButton::Left;
+    if (words.size() == 5) {
+      if (words[4] == "right") button = MouseButton::Right;
+      else if (words[4] != "left") { reason = "the button is left or right, not " + words[4]; return false; }
+    }
+    if (action == MouseAction::Move && words.size() == 4) button = MouseButton::None;
+    if (!form->Mouse(action, x, y, button)) reason = "this form has no plot to point at";
+    return reason.empty();
   }
   if (cmd == "screenshot") {
     if (words.size() != 2) { reason = "screenshot takes one path"; return false; }
@@ -209,7 +232,11 @@ bool Runner::RunOpen(const std::vector<std::string>& words, std::string& reason)
       return true;
     }
   }
-  static const char* kDataFiles[] = {".kb1", ".kdt", ".wav", ".kb2", ".pgm", ".bmp", ".png",
+  if (ext == ".kb1" || ext == ".kdt") {
+    frame_.OpenDataFile(FormKind::Graph1, path);
+    return true;
+  }
+  static const char* kDataFiles[] = {".wav", ".kb2", ".pgm", ".bmp", ".png",
                                      ".jpg", ".jpeg", ".tif", ".tiff", ".wc2"};
   for (const char* e : kDataFiles) {
     if (ext == e) {

@@ -1,0 +1,343 @@
+// The side box of the one-dimensional form and the flow of its commands: a
+// menu item opens a panel, the panel's Go button runs the command.
+
+#include <algorithm>
+
+#include "app/frame.h"
+#include "common/number_text.h"
+#include "form1d/graph1_form.h"
+
+namespace keldo::form1d {
+namespace {
+
+// The stored side box key and the menu item that opens that box again.
+struct SideBoxKeyRow {
+  const char* key;
+  const char* menuItem;
+};
+
+constexpr SideBoxKeyRow kSideBoxKeys[] = {
+    {"Graph", "mnuPlotGraph"},
+    {"FSer", "mnuFourierSeries"},
+    {"SineSer", "mnuSineSeries"},
+    {"CSer", "mnuCosineSeries"},
+    {"FTran", "mnuFourierTransform"},
+    {"STran", "mnuSineTransform"},
+    {"CTran", "mnuCosineTransform"},
+    {"Conv", "mnuConvolution"},
+    {"AutoCor", "mnuAutocorrelation"},
+    {"PairCorr", "mnuPaircorrelation"},
+    {"WSer", "mnuWaveletSeries"},
+    {"WPSer", "mnuWaveletPacketSeries"},
+    {"WTran", "mnuWaveletTransform"},
+    {"WPTran", "mnuWaveletPacketTransform"},
+    {"Filter", "mnuFiltering"},
+    {"Norm", "mnuNorm"},
+    {"NormDiff", "mnuNormDifference"},
+    {"Integral", "mnuIntegral"},
+    {"Deriv", "mnuDerivative"},
+    {"ScProd", "mnuScalarProduct"},
+    {"Calc", "mnuCalculator"},
+    {"QuantBit", "mnuQuantize(0)"},
+    {"DenoiseWavelet", "mnuQuantize(3)"},
+    {"MedianDenoise", "mnuQuantize(4)"},
+    {"AdaptiveMedianDenoise", "mnuQuantize(5)"},
+    {"DownSamp", "mnuDownSample"},
+    {"AudioPlay", "mnuAudioPlay"},
+    {"Rem", "mnuRemarks"},
+    {"PrGr", "mnuPrintGraph"},
+};
+
+// The words the quick help box of a limited field shows.
+struct QuickHelpRow {
+  const char* field;
+  const char* words;
+};
+
+constexpr QuickHelpRow kQuickHelp[] = {
+    {"EnerPerc", "The energy fraction"},
+    {"HighestMag", "The number of coefficients"},
+    {"wavlevels", "The number of levels"},
+    {"WavSerLev", "The number of levels"},
+    {"WSerNumTerms", "WSerNumTerms"},
+};
+
+constexpr const char* kDisplayOptions[7] = {"Graph paper", "Axes", "Blank", "Lines", "Dots", "White", "Black"};
+constexpr const char* kMoveCaptions[7] = {"|<", "<<", "<", "o", ">", ">>", ">|"};
+constexpr const char* kMoveTips[7] = {"Far left",  "Move left while held",  "One step left", "Centre",
+                                      "One step right", "Move right while held", "Far right"};
+constexpr const char* kFormulaCaptions[5] = {"Previous", "Next", "Load", "Save", "Help"};
+constexpr const char* kFormulaTips[5] = {"Previous formula", "Next formula", "Load a formula file (*.uf1)",
+                                         "Save the formula to a file (*.uf1)", "Help on one-dimensional formulas"};
+
+Control& AddButton(ControlModel& c, const std::string& name, const std::string& caption, const std::string& tip) {
+  Control& b = c.Add(name, ControlKind::Button, caption);
+  b.tip = tip;
+  return b;
+}
+
+}  // namespace
+
+void Graph1Form::BuildSideBoxControls() {
+  for (int k = 0; k < kPanelCount; ++k) controls_.Add(IndexedName("PicSideBox", k), ControlKind::Panel).visible = false;
+  for (int k = 0; k < 5; ++k)
+    AddButton(controls_, IndexedName("cmdFormula", k), kFormulaCaptions[k], kFormulaTips[k]).enabled = false;
+  for (int k = 0; k < 10; ++k) controls_.Add(IndexedName("AxisLab", k), ControlKind::Label);
+  for (const char* name : {"XLeft", "XRight", "YLeft", "YRight"}) controls_.Add(name, ControlKind::Text);
+  controls_.Add("EnerPerc", ControlKind::Text, "");
+  controls_.Add("TxtAnGr1", ControlKind::Text, "1").tip = "The number of the graph, counted from 1.";
+  // Display style.
+  controls_.Add("txtXinterval", ControlKind::Text).tip = "Left and right ends of the window, comma-separated.";
+  controls_.Add("txtYinterval", ControlKind::Text).tip = "Bottom and top of the window, comma-separated.";
+  for (int k = 0; k < 7; ++k) {
+    Control& o = controls_.Add(IndexedName("OpDispStyle", k), ControlKind::Option, kDisplayOptions[k]);
+    o.group = k < 3 ? "OpDispGrid" : k < 5 ? "OpDispLine" : "OpDispBack";
+  }
+  controls_["OpDispStyle(0)"].value = 1;
+  controls_["OpDispStyle(4)"].value = 1;
+  controls_["OpDispStyle(6)"].value = 1;
+  AddButton(controls_, "GoButton(8)", "Apply", "Redraws the graphs in the style and window chosen.");
+  AddButton(controls_, "GoButton(5)", "&Apply", "Applies the command to the graph.");
+  // Calculator and remarks.
+  controls_.Add("CalcFormula", ControlKind::Text).tip = "A formula of numbers, as in a formula field.";
+  AddButton(controls_, "GoButton(6)", "&Compute", "Computes the value of the formula.");
+  for (int k = 0; k < 3; ++k) controls_.Add(IndexedName("Remarks", k), ControlKind::Text);
+  // Trace.
+  for (int k = 0; k < 5; ++k) {
+    controls_.Add(IndexedName("FrTrace", k), ControlKind::Label, "Graph " + std::to_string(k + 1)).visible = false;
+    controls_.Add(IndexedName("LabTr", k), ControlKind::Label);
+  }
+  for (int k = 0; k < 7; ++k) AddButton(controls_, IndexedName("cmdMove", k), kMoveCaptions[k], kMoveTips[k]);
+  // The print settings a form file keeps.
+  controls_.Add("PrinterSpecs", ControlKind::Text, "(A), Medium, top, left");
+  const char* printLabels[3] = {"Caption", "Lower Labels", "Right labels"};
+  for (int k = 0; k < 3; ++k) controls_.Add(IndexedName("chkPrLab", k), ControlKind::Check, printLabels[k]).value = 1;
+  Control& colour = controls_.Add("MonoOrColor(0)", ControlKind::Option, "Color");
+  colour.group = "MonoOrColor";
+  colour.value = 1;
+  controls_.Add("MonoOrColor(1)", ControlKind::Option, "Monochrome ").group = "MonoOrColor";
+}
+
+void Graph1Form::BindCommands() {
+  AddCommonFileHandlers();
+  OnMenu("mnuPlotGraph", [this](int) { OpenSideBox("Graph", "Graphing", 0, kPanelGraph); });
+  OnMenu("mnuRemoveGraph", [this](int) { SetAnalysisForm("Remove graph"); });
+  OnMenu("mnuPopUpRemoveGraph", [this](int) { SetAnalysisForm("Remove graph"); });
+  OnMenu("mnuClip", [this](int) { SetAnalysisForm("Clip graph"); });
+  OnMenu("mnuCopyGraph", [this](int) { SetAnalysisForm("Copy graph"); });
+  OnMenu("mnuCopyToClipboard", [this](int) { SetAnalysisForm("Copy graph to clipboard"); });
+  OnMenu("mnuOpenSave(5)", [this](int) { SetAnalysisForm("Save graph"); });
+  OnMenu("mnuSaveGraphFile", [this](int) { SetAnalysisForm("Save graph"); });
+  OnMenu("mnuPasteGraph", [this](int) { PasteTheGraph(); });
+  OnMenu("mnuPasteFromClipboard", [this](int) { PasteFromTheClipboard(); });
+  OnMenu("mnuZoom", [this](int) { ZoomEnlarge(1); });
+  OnMenu("mnuEnlarge", [this](int) { ZoomEnlarge(2); });
+  OnMenu("mnuWindow2", [this](int) { DisplayStyleBox(); });
+  OnMenu("mnuDisplayStyle", [this](int) { DisplayStyleBox(); });
+  OnMenu("mnuDisplayCursorCoordinates", [this](int) {
+    Control& item = controls_["mnuDisplayCursorCoordinates"];
+    item.value = item.value ? 0 : 1;
+    if (!item.value) cursorText_.clear();
+  });
+  OnMenu("mnuTrace", [this](int) { TraceBox(); });
+  OnMenu("mnuRemarks", [this](int) { Remarks(); });
+  OnMenu("mnuCalculator", [this](int) { CalculatorBox(); });
+  OnMenu("mnuEraseScreen", [this](int) { ClearGraphs(); });
+  OnMenu("mnuClearSideBox", [this](int) { ClearSideBox(); });
+  OnMenu("mnuOpenSave(0)", [this](int) { OpenTheForm(); });
+  OnMenu("mnuOpenSave(2)", [this](int) { LoadTheGraph(1); });
+  OnMenu("mnuLoadGraph", [this](int) { LoadTheGraph(1); });
+  OnMenu("mnuOpenSave(3)", [this](int) { SaveTheForm(0); });
+  OnMenu("mnuOpenSave(4)", [this](int) { SaveTheForm(1); });
+  OnMenu("mnuKELDOHelp", [this](int) { frame_.GetHelp("KELDOX.HLP", ""); });
+  OnMenu("mnuHelpSideBox", [this](int) {
+    const std::string& caption = controls_.Text("mnuHelpSideBox");
+    frame_.GetHelp("KELDOX.HLP", caption.size() > 9 ? caption.substr(9) : "");
+  });
+  for (int n = kMinPoints; n <= kMaxPoints; n *= 2) OnMenu("mnu" + std::to_string(n), [this, n](int) { SetPoints(n); });
+}
+
+// ------------------------------------------------------------- side box
+
+void Graph1Form::SetupSideBox() {
+  for (int k = 0; k < kPanelCount; ++k) controls_.SetVisible(IndexedName("PicSideBox", k), false);
+  sideBoxKey_.clear();
+  goIndex_ = -1;
+  controls_.SetVisible("mnuHelpSideBox", false);
+}
+
+void Graph1Form::InitializeSideBox() {
+  controls_.SetVisible("PicSideBox(0)", true);
+  controls_.SetEnabled("GoButton(0)", false);
+  for (int k : {2, 3, 0, 1, 4}) controls_.SetEnabled(IndexedName("cmdFormula", k), false);
+  for (int k = 1; k < kPanelCount; ++k) controls_.SetVisible(IndexedName("PicSideBox", k), false);
+  goIndex_ = -1;
+}
+
+void Graph1Form::ClearSideBox() {
+  InitializeSideBox();
+  sideBoxKey_.clear();
+  controls_.SetVisible("mnuHelpSideBox", false);
+  controls_.SetVisible("PicSideBox(0)", false);
+  Touch();
+}
+
+void Graph1Form::RestoreSideBox() {
+  for (const SideBoxKeyRow& row : kSideBoxKeys) {
+    if (sideBoxKey_ != row.key) continue;
+    // The handler runs whatever the item's state, as the load calls it.
+    if (CommandBuilt(row.menuItem)) RunHandler(row.menuItem);
+    return;
+  }
+}
+
+void Graph1Form::SetSideBoxHelp(const std::string& topic) {
+  controls_.SetText("mnuHelpSideBox", "Help for " + topic);
+  controls_.SetVisible("mnuHelpSideBox", true);
+}
+
+void Graph1Form::ShowPanel(int panel) {
+  for (int k = 0; k < kPanelCount; ++k) controls_.SetVisible(IndexedName("PicSideBox", k), k == panel);
+}
+
+int Graph1Form::VisiblePanel() const {
+  for (int k = 0; k < kPanelCount; ++k)
+    if (controls_.Find(IndexedName("PicSideBox", k))->visible) return k;
+  return -1;
+}
+
+void Graph1Form::OpenSideBox(const std::string& key, const std::string& topic, int goIndex, int panel) {
+  InitializeSideBox();
+  ShowPanel(panel);
+  sideBoxKey_ = key;
+  goIndex_ = goIndex;
+  if (panel == kPanelGraph) {
+    controls_.SetEnabled("GoButton(0)", true);
+    for (int k = 0; k < 5; ++k) controls_.SetEnabled(IndexedName("cmdFormula", k), true);
+  }
+  SetSideBoxHelp(topic);
+  Touch();
+}
+
+void Graph1Form::SetAnalysisForm(const std::string& title) {
+  controls_.SetText("AnalysisLabel", title);
+  OpenSideBox("", title, 5, kPanelAnalysis);
+  PresetGraphNumber();
+}
+
+void Graph1Form::PerformAnalysis() {
+  const std::string& title = controls_.Text("AnalysisLabel");
+  if (title == "Remove graph") RemoveTheGraph();
+  else if (title == "Copy graph") CopyTheGraph();
+  else if (title == "Copy graph to clipboard") CopyTheGraphToClipboard();
+  else if (title == "Clip graph") ClipTheGraph();
+  else if (title == "Save graph") SaveTheGraph();
+}
+
+void Graph1Form::CalculatorBox() { OpenSideBox("Calc", "Calculator", 6, kPanelCalculator); }
+
+void Graph1Form::Calculate() {
+  std::string text = controls_.Text("CalcFormula");
+  const double value = VALU(text);
+  if (text == "N!N") {
+    formula_.valueFault = 0;
+    frame_.ShowError(52);
+    return;
+  }
+  controls_.SetText("Remarks(2)", PlainNumber(value));
+  Touch();
+}
+
+void Graph1Form::Remarks() { OpenSideBox("Rem", "Remarks", -1, kPanelRemarks); }
+
+void Graph1Form::SetRemarks(const std::string& text) {
+  controls_.SetText("Remarks(0)", text);
+  Touch();
+}
+
+void Graph1Form::TraceBox() {
+  OpenSideBox("", "Trace", -1, kPanelTrace);
+  try {
+    InitializeTrace();
+    UpDateTrace();
+  } catch (...) {
+    frame_.ShowError(54);
+  }
+}
+
+void Graph1Form::FieldQuickHelp(const std::string& name) {
+  for (const QuickHelpRow& row : kQuickHelp) {
+    if (name != row.field) continue;
+    const std::string& topic = controls_.Text("mnuHelpSideBox");
+    frame_.QuickHelp(row.words, controls_[name].tip, "KELDOX.HLP", topic.size() > 9 ? topic.substr(9) : "");
+    return;
+  }
+}
+
+void Graph1Form::FormulaHelp(const std::string& selected) {
+  frame_.GetHelp("KELDOX.HLP", selected.empty() ? "One-dimensional formulas" : selected);
+}
+
+// ------------------------------------------------------------ Go and buttons
+
+bool Graph1Form::Go() {
+  if (plotting_ != 'N') {
+    PlotTheGraph();
+    return true;
+  }
+  switch (goIndex_) {
+    case 0: PlotTheGraph(); return true;
+    case 5: PerformAnalysis(); return true;
+    case 6: Calculate(); return true;
+    case 8: ResetDisplay(); return true;
+    default: return false;
+  }
+}
+
+bool Graph1Form::Click(const std::string& name) {
+  const Control* c = controls_.Find(name);
+  if (!c || c->kind != ControlKind::Button) return false;
+  if (!c->enabled || !c->visible) return true;
+  std::string base;
+  int index = -1;
+  SplitIndexedName(name, base, index);
+  if (base == "GoButton") {
+    if (index == goIndex_ || (index == 0 && plotting_ != 'N')) Go();
+  } else if (base == "cmdFormula") {
+    switch (index) {
+      case 0: PreviousFormula(); break;
+      case 1: NextFormula(); break;
+      case 2: LoadFormulaFile(); break;
+      case 3: SaveFormulaFile(); break;
+      case 4: FormulaHelp(""); break;
+      default: break;
+    }
+  } else if (base == "cmdMove" && graphCount_ > 0) {
+    switch (index) {
+      case 0: SetTraceValue(0); break;
+      case 1: case 2: MoveCrossHairLeft(); break;
+      case 3: SetTraceValue(n_ / 2); break;
+      case 4: case 5: MoveCrossHairRight(); break;
+      case 6: SetTraceValue(n_); break;
+      default: break;
+    }
+  }
+  Touch();
+  return true;
+}
+
+bool Graph1Form::QueryClose() {
+  if (plotting_ != 'N') {
+    frame_.Beep();
+    return false;
+  }
+  return true;
+}
+
+void Graph1Form::Activated() {
+  InitializeFormulas();
+  EnableCommand("mnuPasteGraph", GraphExchange().holdsGraph);
+  Touch();
+}
+
+}  // namespace keldo::form1d

@@ -1,0 +1,332 @@
+// The files of the one-dimensional form (.kd1 forms, .kb1 and .kdt data,
+// .uf1 formulas) and the formula history.
+
+#include <algorithm>
+#include <filesystem>
+
+#include "app/frame.h"
+#include "common/number_text.h"
+#include "common/text.h"
+#include "form1d/graph1_form.h"
+#include "formula/formula_text.h"
+
+namespace keldo::form1d {
+namespace {
+
+constexpr const char* kFormFilter = "(*.kd1)|*.kd1";
+constexpr const char* kSaveGraphFilter = "Binary data files (*.kb1)|*.kb1";
+constexpr const char* kLoadGraphFilter = "KELDO data file (*.kb1)|*.kb1|VRN data file (*.kdt)|*.kdt";
+constexpr const char* kFormulaFilter = "Formula files (*.uf1)|*.uf1";
+
+std::string WithoutSpaces(const std::string& text) {
+  std::string out;
+  for (char c : text)
+    if (c != ' ') out.push_back(c);
+  return out;
+}
+
+std::string FolderOf(const std::string& path) { return std::filesystem::path(path).parent_path().string(); }
+
+// Text in a file is one byte per character; the controls hold UTF-8.
+std::string ToFile(const std::string& text) { return formula::ToFormulaText(text); }
+std::string FromFile(const std::string& text) { return formula::FromAnsiText(text); }
+
+}  // namespace
+
+// ------------------------------------------------------------- form files
+
+void Graph1Form::SaveTheForm(int choice) {
+  std::string path = fileName_;
+  if (choice == 0 || path.empty()) {
+    platform::FileDialogRequest request;
+    request.mode = platform::FileDialogMode::Save;
+    request.title = "Save form";
+    request.filter = kFormFilter;
+    request.defaultExtension = ".kd1";
+    request.flags = platform::kFlagFileMustExist + platform::kFlagOverwritePrompt;
+    request.initialFolder = frame_.Folder("figures");
+    const auto chosen = frame_.services().fileDialog->Run(request);
+    if (!chosen) return;
+    path = chosen->path;
+  }
+  frame_.ShowBusy();
+  const bool saved = SaveFormTo(path);
+  frame_.ShowIdle();
+  if (!saved) {
+    frame_.ShowError(36);
+    return;
+  }
+  fileName_ = path;
+  controls_.SetEnabled("mnuOpenSave(4)", true);
+  Touch();
+}
+
+bool Graph1Form::SaveFormTo(const std::string& path) {
+  FormFileRecord r;
+  r.winLeft = winLeft_;
+  r.winRight = winRight_;
+  r.winBottom = winBottom_;
+  r.winTop = winTop_;
+  r.intervalLeft = intervalLeft_;
+  r.intervalRight = intervalRight_;
+  r.points = n_;
+  for (int g = 0; g < graphCount_; ++g) {
+    const double* v = GraphValues(g);
+    r.graphs.push_back({GraphLeft(g), GraphRight(g), GraphStep(g), std::vector<double>(v, v + n_ + 1)});
+  }
+  r.fileName = ToFile(path);
+  for (const std::string& h : history_) r.history.push_back(ToFile(h));
+  r.sideBoxKey = sideBoxKey_;
+  r.dots = dots_;
+  r.background = background_;
+  r.tracePosition = tracePosition_;
+  r.caption = ToFile(controls_.Text("GraphCaption"));
+  r.remarks = ToFile(controls_.Text("Remarks(0)"));
+  r.grid = grid_;
+  r.printerText = ToFile(controls_.Text("PrinterSpecs"));
+  for (int k = 0; k < 3; ++k) r.printLabels[k] = static_cast<std::int16_t>(controls_[IndexedName("chkPrLab", k)].value);
+  r.colour = controls_["MonoOrColor(0)"].value ? 'Y' : 'N';
+  return WriteFileBytes(path, WriteFormFile(r));
+}
+
+bool Graph1Form::LoadForm(const std::string& path, const std::string&) {
+  frame_.ShowBusy();
+  std::vector<std::uint8_t> bytes;
+  if (!ReadFileBytes(path, bytes)) return false;
+  const std::optional<FormFileRecord> record = ReadFormFile(bytes);
+  if (!record) return false;
+  ReadFormRecord(*record);
+  fileName_ = path;
+  SetAxisLabels();
+  RedrawGraphs(2);
+  const int count = graphCount_;
+  for (graphCount_ = 0; graphCount_ <= count; ++graphCount_) ResetMenu();
+  graphCount_ = count;
+  for (int k = 3; k <= 6; ++k) EnableCommand(IndexedName("mnuOpenSave", k), true);
+  frame_.ShowIdle();
+  Touch();
+  return true;
+}
+
+void Graph1Form::ReadFormRecord(const FormFileRecord& r) {
+  winLeft_ = r.winLeft;
+  winRight_ = r.winRight;
+  winBottom_ = r.winBottom;
+  winTop_ = r.winTop;
+  intervalLeft_ = r.intervalLeft;
+  intervalRight_ = r.intervalRight;
+  const int count = static_cast<int>(r.graphs.size());
+  if (count > capacity_) {
+    capacity_ = count;
+    n_ = 0;  // so that SetPoints sizes the store again
+  }
+  SetPoints(r.points);
+  for (int g = 0; g < count; ++g) {
+    const StoredGraph& src = r.graphs[static_cast<std::size_t>(g)];
+    UpDateFnData(r.points, src.values, src.a, src.b, src.h, false);
+  }
+  graphCount_ = count;
+  if (count > 0) SetIntervalData(count - 1);
+  step_ = (intervalRight_ - intervalLeft_) / n_;
+  for (const std::string& h : r.history) UpDateFormulas(FromFile(h));
+  if (r.version > 1) {
+    sideBoxKey_ = r.sideBoxKey;
+    RestoreSideBox();
+  }
+  if (r.version > 2) {
+    dots_ = r.dots == 'N' ? 'N' : 'Y';
+    SetMenuViewStyle();
+    if (r.background == 'W') {
+      background_ = 'W';
+      controls_.SetFromUser("OpDispStyle(5)", "1");
+    }
+    tracePosition_ = std::clamp(r.tracePosition, 0, n_);
+    controls_.SetText("GraphCaption", FromFile(r.caption));
+    controls_.SetText("Remarks(0)", FromFile(r.remarks));
+  }
+  if (r.version > 3) {
+    grid_ = r.grid == 'X' ? 'X' : r.grid == 'B' ? 'B' : 'G';
+    controls_.SetFromUser(grid_ == 'X' ? "OpDispStyle(1)" : grid_ == 'B' ? "OpDispStyle(2)" : "OpDispStyle(0)", "1");
+  }
+  if (r.version > 4) {
+    controls_.SetText("PrinterSpecs", FromFile(r.printerText));
+    for (int k = 0; k < 3; ++k) controls_[IndexedName("chkPrLab", k)].value = r.printLabels[k];
+    controls_.SetFromUser(r.colour == 'Y' ? "MonoOrColor(0)" : "MonoOrColor(1)", "1");
+  }
+}
+
+void Graph1Form::OpenTheForm() {
+  // A new one-dimensional form takes this form's quantization parameters.
+  const std::array<std::string, 3> params = quantParams_;
+  const std::size_t before = frame_.CreatedForms().size();
+  frame_.OpenTheForm();
+  const auto& created = frame_.CreatedForms();
+  if (created.size() > before && created.back())
+    if (auto* form = dynamic_cast<Graph1Form*>(created.back())) form->SetQuantParams(params);
+}
+
+Graph1Form* Graph1Form::NewSiblingForm() {
+  int code = 0;
+  Form* form = frame_.NewGraph1Form(code);
+  if (!form) {
+    frame_.ReportFactoryFailure(code);
+    return nullptr;
+  }
+  auto* sibling = dynamic_cast<Graph1Form*>(form);
+  if (sibling) sibling->SetQuantParams(quantParams_);
+  return sibling;
+}
+
+// -------------------------------------------------------------- data files
+
+void Graph1Form::SaveTheGraph() {
+  platform::FileDialogRequest request;
+  request.mode = platform::FileDialogMode::Save;
+  request.title = "Save graph";
+  request.filter = kSaveGraphFilter;
+  request.defaultExtension = ".kb1";
+  request.flags = platform::kFlagFileMustExist + platform::kFlagOverwritePrompt;
+  const std::string& folder = frame_.settings().dialogFolders[kFolderData];
+  request.initialFolder = folder.empty() ? frame_.Folder("Data") : folder;
+  const auto chosen = frame_.services().fileDialog->Run(request);
+  if (!chosen) return;
+  const int g = ChosenGraph();
+  if (g < 0) return;
+  if (!SaveFunctionFile(chosen->path, g, chosen->filterIndex)) frame_.ShowError(36);
+  frame_.settings().dialogFolders[kFolderData] = FolderOf(chosen->path);
+}
+
+bool Graph1Form::SaveFunctionFile(const std::string& path, int g, int filterIndex) {
+  if (filterIndex != 1 || g < 0 || g >= graphCount_) return true;
+  const double* v = GraphValues(g);
+  const StoredGraph graph{GraphLeft(g), GraphRight(g), GraphStep(g), std::vector<double>(v, v + n_ + 1)};
+  return WriteFileBytes(path, WriteKb1(graph, n_));
+}
+
+void Graph1Form::LoadTheGraph(int kind) {
+  platform::FileDialogRequest request;
+  request.mode = platform::FileDialogMode::Open;
+  request.title = kind == 2 ? "Open sound file" : "Open data file";
+  request.flags = platform::kFlagFileMustExist;
+  const int folderIndex = kind == 2 ? kFolderSound : kFolderData;
+  const std::string& folder = frame_.settings().dialogFolders[static_cast<std::size_t>(folderIndex)];
+  request.initialFolder = folder.empty() ? frame_.Folder(kind == 2 ? "Audio" : "Data") : folder;
+  request.filter = kind == 2 ? "Audio file (*.wav)|*.wav" : kLoadGraphFilter;
+  const auto chosen = frame_.services().fileDialog->Run(request);
+  if (!chosen) return;
+  const int type = static_cast<int>(DataFileTypeOf(chosen->title.empty() ? chosen->path : chosen->title));
+  LoadFunction(chosen->path, chosen->title, kind, type);
+  frame_.settings().dialogFolders[static_cast<std::size_t>(folderIndex)] = FolderOf(chosen->path);
+}
+
+bool Graph1Form::LoadDataFile(const std::string& path, const std::string& title) {
+  return LoadFunction(path, title, 1, static_cast<int>(DataFileTypeOf(path)));
+}
+
+bool Graph1Form::LoadFunction(const std::string& path, const std::string& title, int kind, int fileType) {
+  if (kind != 1) return false;
+  std::vector<std::uint8_t> bytes;
+  std::optional<DataFileRecord> record;
+  if (ReadFileBytes(path, bytes)) record = ReadDataFile(bytes, static_cast<DataFileType>(fileType));
+  if (!record) {
+    frame_.ShowError(20);
+    return false;
+  }
+  if (record->points != n_ && graphCount_ > 0) {
+    Graph1Form* sibling = NewSiblingForm();
+    if (!sibling) return false;
+    sibling->InitializeSideBox();
+    sibling->ClearSideBox();
+    sibling->SetPoints(record->points);
+    return sibling->LoadFunction(path, title, kind, fileType);
+  }
+  if (record->points != n_) SetPoints(record->points);
+  const StoredGraph& g = record->graph;
+  SetIntervalChoice(g.a);
+  UpDateFnData(record->points, g.values, g.a, g.b, g.h, false);
+  DisplayOneGraph();
+  NewWindow();
+  return true;
+}
+
+// ----------------------------------------------------------- formula list
+
+void Graph1Form::InitializeFormulas() {
+  const FormulaList& list = frame_.settings().formulas1d;
+  maxFormNum_ = list.maxFormNum;
+  formulas_ = GetAllFormulas(list, list.maxFormNum);
+  formulas_.resize(static_cast<std::size_t>(maxFormNum_) + 1);
+  formPos_ = std::max(1, list.formCount);
+}
+
+void Graph1Form::UpDateFormulas(const std::string& formula) {
+  const std::string plain = WithoutSpaces(formula);
+  const std::size_t current = static_cast<std::size_t>(std::clamp(formPos_, 0, maxFormNum_));
+  if (plain != WithoutSpaces(formulas_[current])) {
+    ++maxFormNum_;
+    formulas_.resize(static_cast<std::size_t>(maxFormNum_) + 1);
+    formulas_[static_cast<std::size_t>(maxFormNum_)] = formula;
+    formPos_ = maxFormNum_;
+    UpdateAllFormulas(frame_.settings().formulas1d, formula, maxFormNum_);
+  }
+  if (history_.empty() || plain != WithoutSpaces(history_.back())) history_.push_back(formula);
+}
+
+void Graph1Form::PreviousFormula() {
+  --formPos_;
+  if (formPos_ <= 1) formPos_ = 1;
+  controls_.SetText("Formula", formPos_ <= maxFormNum_ ? formulas_[static_cast<std::size_t>(formPos_)] : "");
+  Touch();
+}
+
+void Graph1Form::NextFormula() {
+  ++formPos_;
+  if (formPos_ > maxFormNum_) {
+    formPos_ = maxFormNum_ + 1;
+    controls_.SetText("Formula", "");
+  } else {
+    controls_.SetText("Formula", formulas_[static_cast<std::size_t>(formPos_)]);
+  }
+  Touch();
+}
+
+void Graph1Form::LoadFormulaFile() {
+  platform::FileDialogRequest request;
+  request.mode = platform::FileDialogMode::Open;
+  request.title = "Load formula";
+  request.filter = kFormulaFilter;
+  request.flags = platform::kFlagFileMustExist;
+  std::string& folder = frame_.settings().dialogFolders[kFolderFormulas];
+  request.initialFolder = folder.empty() ? frame_.Folder("Formulas") : folder;
+  const auto chosen = frame_.services().fileDialog->Run(request);
+  if (!chosen) return;
+  std::vector<std::uint8_t> bytes;
+  if (!ReadFileBytes(chosen->path, bytes)) {
+    frame_.ShowError(20);
+    return;
+  }
+  controls_.SetText("Formula", FromFile(std::string(bytes.begin(), bytes.end())));
+  folder = FolderOf(chosen->path);
+  Touch();
+}
+
+void Graph1Form::SaveFormulaFile() {
+  platform::FileDialogRequest request;
+  request.mode = platform::FileDialogMode::Save;
+  request.title = "Save formula";
+  request.filter = kFormulaFilter;
+  request.defaultExtension = ".uf1";
+  request.flags = platform::kFlagOverwritePrompt;
+  std::string& folder = frame_.settings().dialogFolders[kFolderFormulas];
+  request.initialFolder = folder.empty() ? frame_.Folder("Formulas") : folder;
+  const auto chosen = frame_.services().fileDialog->Run(request);
+  if (!chosen) return;
+  const std::string text = ToFile(controls_.Text("Formula")) + "\r\n";
+  if (!WriteFileBytes(chosen->path, std::vector<std::uint8_t>(text.begin(), text.end()))) {
+    frame_.ShowError(36);
+    return;
+  }
+  folder = FolderOf(chosen->path);
+}
+
+}  // namespace keldo::form1d
