@@ -68,14 +68,15 @@ bool Graph1Form::Mouse(MouseAction action, double x, double y, MouseButton) {
       tracePosition_ = ClampIndex(r, n_);
       if (VisiblePanel() == kPanelTrace) UpDateTrace();
     }
+    Touch();
   } else if (action == MouseAction::Move) {
+    // The read-out changes the view alone, not the picture.
     if (controls_["mnuDisplayCursorCoordinates"].value) {
       UpdateCursorText(fx, fy);
       clickX_ = fx;
       clickY_ = fy;
     }
   }
-  Touch();
   return true;
 }
 

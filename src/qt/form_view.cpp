@@ -3,113 +3,122 @@
 #include <QCheckBox>
 #include <QContextMenuEvent>
 #include <QFormLayout>
+#include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
+#include <QImage>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QPainter>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTimer>
 #include <QVBoxLayout>
 
-#include <cmath>
-
-#include "common/number_text.h"
 #include "form1d/graph1_form.h"
 #include "qt/menu_builder.h"
+#include "qt/painter_surface.h"
 
 namespace keldo::qt {
 namespace {
 
 QString Q(const std::string& s) { return QString::fromStdString(s); }
 
-QColor ToQColor(std::uint32_t rgb) { return QColor((rgb >> 16) & 255, (rgb >> 8) & 255, rgb & 255); }
+form1d::Graph1Form* AsGraph1(Form& form) { return dynamic_cast<form1d::Graph1Form*>(&form); }
 
-// Colour entry 3 of the sixteen-colour table: the axes and graph paper.
-const QColor kPaper(0, 128, 128);
+// Margins around the plot box that hold the axis labels, in pixels.
+constexpr int kLabelLeft = 64;
+constexpr int kLabelBottom = 24;
+constexpr int kMarginTop = 10;
+constexpr int kMarginRight = 28;
 
 }  // namespace
 
-// The plot box: graph paper over the form's window, the stored graphs in
-// their colours, the graph being computed, and the axis labels.
+// The plot box: the picture the form draws, the axis labels around it and
+// the cursor read-out. The picture is kept until the form changes, so that
+// a resize or a read-out redraws only what moved.
 class PlotWidget final : public QWidget {
  public:
-  explicit PlotWidget(Form& form, QWidget* parent) : QWidget(parent), form_(form) {
-    setMinimumSize(320, 240);
+  PlotWidget(Form& form, QWidget* parent) : QWidget(parent), form_(form) {
+    setMinimumSize(360, 240);
     setAttribute(Qt::WA_OpaquePaintEvent);
+    setMouseTracking(true);
+    setFocusPolicy(Qt::ClickFocus);
+    setCursor(Qt::CrossCursor);
   }
+
+  QRect PlotRect() const { return rect().adjusted(kLabelLeft, kMarginTop, -kMarginRight, -kLabelBottom); }
 
  protected:
   void paintEvent(QPaintEvent*) override {
     QPainter p(this);
     p.fillRect(rect(), palette().window());
-    const QRect plot = rect().adjusted(56, 16, -16, -36);
-    p.fillRect(plot, Qt::black);
-    auto* graphs = dynamic_cast<form1d::Graph1Form*>(&form_);
+    const QRect plot = PlotRect();
+    auto* graphs = AsGraph1(form_);
     if (!graphs) {
+      p.fillRect(plot, Qt::black);
       p.setPen(QColor(0xC0, 0xC0, 0xC0));
       p.drawText(plot, Qt::AlignCenter, Q(form_.Caption()));
       return;
     }
-    const auto w = form_.Window();
-    double left = w[0], right = w[1], bottom = w[2], top = w[3];
-    if (!(right > left)) { left = -0.5; right = 0.5; }
-    if (!(top > bottom)) { bottom = -1; top = 1; }
-    const auto px = [&](double x) { return plot.left() + (x - left) / (right - left) * plot.width(); };
-    const auto py = [&](double y) { return plot.bottom() - (y - bottom) / (top - bottom) * plot.height(); };
-
-    // Graph paper: the edges, and dotted lines at the eighths.
-    p.setPen(kPaper);
-    p.drawRect(plot);
-    for (int k = 1; k < 8; ++k) {
-      const double gx = plot.left() + k * plot.width() / 8.0;
-      const double gy = plot.top() + k * plot.height() / 8.0;
-      for (int j = 0; j <= 128; ++j) {
-        p.drawPoint(QPointF(gx, plot.top() + j * plot.height() / 128.0));
-        p.drawPoint(QPointF(plot.left() + j * plot.width() / 128.0, gy));
-      }
+    const qreal ratio = devicePixelRatioF();
+    if (cacheRevision_ != form_.Revision() || cache_.size() != plot.size() * ratio) {
+      cache_ = QImage(plot.size() * ratio, QImage::Format_RGB32);
+      cache_.setDevicePixelRatio(ratio);
+      QPainter cp(&cache_);
+      cp.scale(1.0 / ratio, 1.0 / ratio);
+      PainterSurface surface(cp, QRect(QPoint(0, 0), plot.size() * ratio));
+      graphs->Paint(surface);
+      cacheRevision_ = form_.Revision();
     }
-
-    p.save();
-    p.setClipRect(plot.adjusted(1, 1, -1, -1));
-    p.setRenderHint(QPainter::Antialiasing, !graphs->DotsMode());
-    const int n = graphs->Points();
-    const auto drawGraph = [&](const double* v, int count, double a, double h, int colourIndex) {
-      p.setPen(QPen(ToQColor(form1d::GraphColour(colourIndex)), 1.2));
-      if (graphs->DotsMode()) {
-        for (int i = 0; i < count; ++i) {
-          const double y = v[i];
-          if (y >= bottom && y <= top) p.drawPoint(QPointF(px(a + i * h), py(y)));
-        }
-        return;
-      }
-      for (int i = 0; i + 1 < count; ++i) {
-        const double y1 = v[i], y2 = v[i + 1];
-        if ((y1 > top && y2 > top) || (y1 < bottom && y2 < bottom)) continue;
-        p.drawLine(QPointF(px(a + i * h), py(y1)), QPointF(px(a + (i + 1) * h), py(y2)));
-      }
-    };
-    for (int g = 0; g < graphs->GraphCount(); ++g)
-      drawGraph(graphs->GraphValues(g), n + 1, graphs->GraphLeft(g), graphs->GraphStep(g), g);
-    const auto live = graphs->Live();
-    if (live.values && live.count > 0) drawGraph(live.values, live.count, live.a, live.h, live.colourIndex);
-    p.restore();
-
-    p.setPen(palette().windowText().color());
-    const auto label = [](double v) { return Q(FormatLabel(v)); };
-    p.drawText(QRect(plot.left() - 30, plot.bottom() + 4, 60, 18), Qt::AlignCenter, label(left));
-    p.drawText(QRect(plot.center().x() - 30, plot.bottom() + 4, 60, 18), Qt::AlignCenter, label((left + right) / 2));
-    p.drawText(QRect(plot.right() - 30, plot.bottom() + 4, 60, 18), Qt::AlignCenter, label(right));
-    p.drawText(QRect(0, plot.bottom() - 9, plot.left() - 4, 18), Qt::AlignRight | Qt::AlignVCenter, label(bottom));
-    p.drawText(QRect(0, plot.center().y() - 9, plot.left() - 4, 18), Qt::AlignRight | Qt::AlignVCenter,
-               label((bottom + top) / 2));
-    p.drawText(QRect(0, plot.top() - 9, plot.left() - 4, 18), Qt::AlignRight | Qt::AlignVCenter, label(top));
+    p.drawImage(plot.topLeft(), cache_);
+    DrawLabels(p, plot);
+    const std::string& readout = graphs->CursorText();
+    if (!readout.empty() && plot.contains(pointer_)) {
+      p.setPen(graphs->Style().background == 'W' ? Qt::black : Qt::white);
+      p.drawText(pointer_ + QPoint(8, -6), Q(readout));
+    }
   }
 
-  void contextMenuEvent(QContextMenuEvent* event) override {
+  void mousePressEvent(QMouseEvent* event) override {
+    if (!AsGraph1(form_)) return;
+    const MouseButton button = event->button() == Qt::RightButton ? MouseButton::Right : MouseButton::Left;
+    SendMouse(MouseAction::Down, event->position(), button);
+    if (button == MouseButton::Right) ShowPopup(event->globalPosition().toPoint());
+  }
+
+  void mouseMoveEvent(QMouseEvent* event) override {
+    pointer_ = event->position().toPoint();
+    const Control* readout = form_.controls().Find("mnuDisplayCursorCoordinates");
+    if (readout && readout->value) SendMouse(MouseAction::Move, event->position(), MouseButton::None);
+  }
+
+  void mouseReleaseEvent(QMouseEvent* event) override {
+    if (AsGraph1(form_)) SendMouse(MouseAction::Up, event->position(), MouseButton::Left);
+  }
+
+  void leaveEvent(QEvent*) override {
+    pointer_ = QPoint(-1, -1);
+    update();
+  }
+
+ private:
+  void SendMouse(MouseAction action, QPointF pixel, MouseButton button) {
+    const auto w = form_.Window();
+    const platform::UserScale scale{w[0], w[3], w[1], w[2]};
+    const qreal ratio = devicePixelRatioF();
+    const QRect plot = PlotRect();
+    const QPointF device = (pixel - QPointF(plot.topLeft())) * ratio;
+    const QPointF user = PainterSurface::ToUser(scale, QRect(QPoint(0, 0), plot.size() * ratio), device);
+    form_.Mouse(action, user.x(), user.y(), button);
+    if (auto* view = qobject_cast<FormView*>(parentWidget())) view->Sync();
+    update();
+  }
+
+  void ShowPopup(QPoint global) {
     if (form_.PopupMenu().empty()) return;
     QMenu menu(this);
     FillMenu(&menu, form_.PopupMenu().front().children, &form_.controls(), [this](const std::string& name) {
@@ -119,11 +128,30 @@ class PlotWidget final : public QWidget {
       form_.RunMenu(base, index);
       if (auto* view = qobject_cast<FormView*>(parentWidget())) view->Sync();
     });
-    menu.exec(event->globalPos());
+    menu.exec(global);
   }
 
- private:
+  void DrawLabels(QPainter& p, QRect plot) {
+    const ControlModel& c = form_.controls();
+    auto text = [&](int k) { return Q(c.Text(IndexedName("AxisLab", k))); };
+    p.setPen(palette().windowText().color());
+    const int y = plot.bottom() + 4;
+    const int xs[5] = {plot.left(), plot.left() + plot.width() / 4, plot.center().x(),
+                       plot.left() + 3 * plot.width() / 4, plot.right()};
+    const int xLabels[5] = {0, 1, 2, 3, 9};
+    for (int k = 0; k < 5; ++k)
+      p.drawText(QRect(xs[k] - 40, y, 80, kLabelBottom - 4), Qt::AlignHCenter | Qt::AlignTop, text(xLabels[k]));
+    const int ys[5] = {plot.top(), plot.top() + plot.height() / 4, plot.center().y(),
+                       plot.top() + 3 * plot.height() / 4, plot.bottom()};
+    const int yLabels[5] = {5, 6, 7, 8, 4};
+    for (int k = 0; k < 5; ++k)
+      p.drawText(QRect(0, ys[k] - 9, kLabelLeft - 6, 18), Qt::AlignRight | Qt::AlignVCenter, text(yLabels[k]));
+  }
+
   Form& form_;
+  QImage cache_;
+  unsigned long long cacheRevision_ = ~0ull;
+  QPoint pointer_{-1, -1};
 };
 
 FormView::FormView(Form& form, QWidget* parent) : QWidget(parent), form_(form) {
@@ -133,21 +161,17 @@ FormView::FormView(Form& form, QWidget* parent) : QWidget(parent), form_(form) {
   columns->addLayout(left, 1);
   plot_ = new PlotWidget(form_, this);
   left->addWidget(plot_, 1);
-  ControlModel& model = form_.controls();
-  if (model.Has("Formula")) {
-    auto* row = new QHBoxLayout;
-    row->addWidget(new QLabel(tr("Formula:"), this));
-    formula_ = new QLineEdit(this);
-    formula_->setObjectName("Formula");
-    formula_->setToolTip(tr("Type a formula; Enter plots it when the Graphing box is open."));
-    row->addWidget(formula_, 1);
-    left->addLayout(row);
-    connect(formula_, &QLineEdit::textEdited, this, [this](const QString& text) {
-      form_.controls().SetText("Formula", text.toStdString());
-    });
-    connect(formula_, &QLineEdit::returnPressed, this, [this] { Press("GoButton(0)"); });
+  if (form_.controls().Has("GraphCaption")) {
+    caption_ = BindLabel(this, "GraphCaption");
+    caption_->setMinimumHeight(18);
+    left->addWidget(caption_);
   }
-  if (model.Has("GoButton(0)")) BuildSideBox(columns);
+  if (form_.controls().Has("Formula")) BuildFormulaRow(left);
+  if (form_.controls().Has("PicSideBox(0)")) {
+    auto* sideColumn = new QVBoxLayout;
+    BuildSideBox(this, sideColumn);
+    columns->addLayout(sideColumn);
+  }
   setWindowTitle(Q(form_.Caption()));
   // A plot changes the form between menu commands: show it as it grows.
   auto* timer = new QTimer(this);
@@ -156,54 +180,206 @@ FormView::FormView(Form& form, QWidget* parent) : QWidget(parent), form_(form) {
   Sync();
 }
 
-void FormView::BuildSideBox(QHBoxLayout* columns) {
-  side_ = new QGroupBox(this);
-  side_->setMinimumWidth(200);
-  side_->setMaximumWidth(240);
+void FormView::BuildFormulaRow(QVBoxLayout* left) {
+  auto* row = new QHBoxLayout;
+  auto* label = new QLabel(tr("&Formula:"), this);
+  row->addWidget(label);
+  formula_ = BindText(this, "Formula");
+  formula_->setToolTip(tr("A formula in X; Enter plots it when the Graphing box is open. F1: help."));
+  formula_->installEventFilter(this);
+  label->setBuddy(formula_);
+  row->addWidget(formula_, 1);
+  connect(formula_, &QLineEdit::returnPressed, this, [this] { Press("GoButton(0)"); });
+  for (int k = 0; k < 5; ++k) row->addWidget(BindButton(this, IndexedName("cmdFormula", k)));
+  left->addLayout(row);
+}
+
+QWidget* FormView::Panel(int number) {
+  auto* panel = new QWidget(side_);
+  panels_.emplace_back(number, panel);
+  return panel;
+}
+
+void FormView::BuildSideBox(QWidget* parent, QVBoxLayout* column) {
+  side_ = new QGroupBox(parent);
+  side_->setMinimumWidth(220);
+  side_->setMaximumWidth(260);
   auto* box = new QVBoxLayout(side_);
-  auto* form = new QFormLayout;
-  box->addLayout(form);
-  auto addText = [&](const std::string& name, const QString& label) {
-    auto* edit = new QLineEdit(side_);
-    edit->setObjectName(Q(name));
-    form->addRow(label, edit);
-    connect(edit, &QLineEdit::textEdited, this,
-            [this, name](const QString& t) { form_.controls().SetText(name, t.toStdString()); });
-    connect(edit, &QLineEdit::returnPressed, this, [this] {
-      if (go_) Press(go_->objectName().toStdString());
-    });
-    texts_[name] = edit;
-    return edit;
-  };
-  addText("EndRValue", tr("L ="))->setToolTip(tr("The right end of the interval; a formula may stand here."));
-  for (const char* name : {"IntervalType1", "IntervalType2"}) {
-    auto* option = new QRadioButton(Q(form_.controls()[name].text), side_);
-    const std::string n = name;
-    connect(option, &QRadioButton::toggled, this, [this, n](bool on) {
-      if (on) form_.controls().SetFromUser(n, "1");
-    });
-    form->addRow(QString(), option);
-    options_[n] = option;
+  column->addWidget(side_);
+  column->addStretch(1);
+
+  // Graphing.
+  QWidget* graph = Panel(form1d::kPanelGraph);
+  auto* gl = new QFormLayout(graph);
+  gl->addRow(tr("L ="), BindText(graph, "EndRValue"));
+  gl->addRow(QString(), BindOption(graph, "IntervalType1"));
+  gl->addRow(QString(), BindOption(graph, "IntervalType2"));
+  gl->addRow(QString(), BindCheck(graph, "chkAutoFit"));
+  gl->addRow(BindButton(graph, "GoButton(0)"));
+
+  // The one-graph commands.
+  QWidget* analysis = Panel(form1d::kPanelAnalysis);
+  auto* al = new QFormLayout(analysis);
+  QLabel* title = BindLabel(analysis, "AnalysisLabel");
+  title->setStyleSheet("font-weight: bold");
+  al->addRow(title);
+  al->addRow(tr("Graph:"), BindText(analysis, "TxtAnGr1"));
+  al->addRow(BindButton(analysis, "GoButton(5)"));
+
+  // Calculator.
+  QWidget* calc = Panel(form1d::kPanelCalculator);
+  auto* cl = new QFormLayout(calc);
+  cl->addRow(tr("Formula:"), BindText(calc, "CalcFormula"));
+  cl->addRow(BindButton(calc, "GoButton(6)"));
+  auto* value = BindText(calc, "Remarks(2)");
+  value->setReadOnly(true);
+  cl->addRow(tr("Value:"), value);
+
+  // Display style.
+  QWidget* style = Panel(form1d::kPanelDisplayStyle);
+  auto* sl = new QVBoxLayout(style);
+  auto* intervals = new QFormLayout;
+  intervals->addRow(tr("X interval:"), BindText(style, "txtXinterval"));
+  intervals->addRow(tr("Y interval:"), BindText(style, "txtYinterval"));
+  sl->addLayout(intervals);
+  const std::pair<QString, std::vector<int>> groups[] = {
+      {tr("Grid"), {0, 1, 2}}, {tr("Plot"), {3, 4}}, {tr("Background"), {5, 6}}};
+  for (const auto& [caption, members] : groups) {
+    auto* group = new QGroupBox(caption, style);
+    auto* gv = new QVBoxLayout(group);
+    for (int k : members) gv->addWidget(BindOption(group, IndexedName("OpDispStyle", k)));
+    sl->addWidget(group);
   }
-  auto* fit = new QCheckBox(tr("Auto fit"), side_);
-  connect(fit, &QCheckBox::toggled, this,
-          [this](bool on) { form_.controls().SetFromUser("chkAutoFit", on ? "1" : "0"); });
-  form->addRow(QString(), fit);
-  checks_["chkAutoFit"] = fit;
-  addText("TxtAnGr1", tr("Graph number:"))->setToolTip(tr("The number of the graph, counted from 1."));
-  for (const char* name : {"GoButton(0)", "GoButton(5)"}) {
-    auto* button = new QPushButton(side_);
-    button->setObjectName(name);
-    const std::string n = name;
-    connect(button, &QPushButton::clicked, this, [this, n] { Press(n); });
-    box->addWidget(button);
-    buttons_[n] = button;
+  sl->addWidget(BindButton(style, "GoButton(8)"));
+
+  // Remarks.
+  QWidget* remarks = Panel(form1d::kPanelRemarks);
+  auto* rl = new QVBoxLayout(remarks);
+  rl->setContentsMargins(0, 0, 0, 0);
+  rl->addWidget(BindMultiLine(remarks, "Remarks(0)", false));
+
+  // Trace.
+  QWidget* trace = Panel(form1d::kPanelTrace);
+  auto* tl = new QVBoxLayout(trace);
+  for (int k = 0; k < 5; ++k) {
+    auto* frame = new QGroupBox(trace);
+    auto* fl = new QVBoxLayout(frame);
+    fl->addWidget(BindLabel(frame, IndexedName("LabTr", k)));
+    const std::string name = IndexedName("FrTrace", k);
+    bindings_.push_back({name, frame, [frame](const Control& c) {
+                           frame->setTitle(Q(c.text));
+                           frame->setVisible(c.visible);
+                         }});
+    tl->addWidget(frame);
   }
-  caption_ = new QLabel(side_);
-  caption_->setWordWrap(true);
-  box->addWidget(caption_);
+  auto* moves = new QGridLayout;
+  for (int k = 0; k < 7; ++k) {
+    auto* button = static_cast<QPushButton*>(BindButton(trace, IndexedName("cmdMove", k)));
+    button->setMinimumWidth(24);
+    // The two middle arrows on each side keep moving while held.
+    if (k == 1 || k == 5) {
+      button->setAutoRepeat(true);
+      button->setAutoRepeatInterval(40);
+    }
+    moves->addWidget(button, 0, k);
+  }
+  tl->addLayout(moves);
+
+  for (auto& [number, panel] : panels_) box->addWidget(panel);
   box->addStretch(1);
-  columns->addWidget(side_);
+}
+
+QLineEdit* FormView::BindText(QWidget* parent, const std::string& name) {
+  auto* edit = new QLineEdit(parent);
+  edit->setObjectName(Q(name));
+  edit->setToolTip(Q(form_.controls()[name].tip));
+  connect(edit, &QLineEdit::textEdited, this,
+          [this, name](const QString& t) { form_.controls().SetText(name, t.toStdString()); });
+  if (name != "Formula") connect(edit, &QLineEdit::returnPressed, this, &FormView::PressGo);
+  bindings_.push_back({name, edit, [edit](const Control& c) {
+                         const QString text = Q(c.text);
+                         if (edit->text() != text) edit->setText(text);
+                         edit->setEnabled(c.enabled);
+                       }});
+  return edit;
+}
+
+QWidget* FormView::BindMultiLine(QWidget* parent, const std::string& name, bool readOnly) {
+  auto* edit = new QPlainTextEdit(parent);
+  edit->setObjectName(Q(name));
+  edit->setReadOnly(readOnly);
+  edit->setTabChangesFocus(true);
+  connect(edit, &QPlainTextEdit::textChanged, this, [this, edit, name] {
+    form_.controls().SetText(name, edit->toPlainText().toStdString());
+  });
+  bindings_.push_back({name, edit, [edit](const Control& c) {
+                         const QString text = Q(c.text);
+                         if (edit->toPlainText() != text) edit->setPlainText(text);
+                       }});
+  return edit;
+}
+
+QLabel* FormView::BindLabel(QWidget* parent, const std::string& name) {
+  auto* label = new QLabel(parent);
+  label->setObjectName(Q(name));
+  label->setWordWrap(true);
+  label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+  bindings_.push_back({name, label, [label](const Control& c) {
+                         const QString text = Q(c.text).replace("\r\n", "\n");
+                         if (label->text() != text) label->setText(text);
+                       }});
+  return label;
+}
+
+QWidget* FormView::BindOption(QWidget* parent, const std::string& name) {
+  auto* option = new QRadioButton(Q(form_.controls()[name].text), parent);
+  option->setObjectName(Q(name));
+  // The model keeps the groups exclusive; several groups share one parent.
+  option->setAutoExclusive(false);
+  connect(option, &QRadioButton::clicked, this, [this, name] {
+    form_.controls().SetFromUser(name, "1");
+    form_.Touch();
+    Sync();
+  });
+  bindings_.push_back({name, option, [option](const Control& c) {
+                         option->setChecked(c.value != 0);
+                         option->setEnabled(c.enabled);
+                       }});
+  return option;
+}
+
+QWidget* FormView::BindCheck(QWidget* parent, const std::string& name) {
+  auto* check = new QCheckBox(Q(form_.controls()[name].text), parent);
+  check->setObjectName(Q(name));
+  connect(check, &QCheckBox::toggled, this,
+          [this, name](bool on) { form_.controls().SetFromUser(name, on ? "1" : "0"); });
+  bindings_.push_back({name, check, [check](const Control& c) {
+                         check->setChecked(c.value != 0);
+                         check->setEnabled(c.enabled);
+                       }});
+  return check;
+}
+
+QWidget* FormView::BindButton(QWidget* parent, const std::string& name) {
+  auto* button = new QPushButton(parent);
+  button->setObjectName(Q(name));
+  connect(button, &QPushButton::clicked, this, [this, name] { Press(name); });
+  bindings_.push_back({name, button, [button](const Control& c) {
+                         button->setText(Q(c.text));
+                         button->setToolTip(Q(c.tip));
+                         button->setEnabled(c.enabled);
+                       }});
+  return button;
+}
+
+bool FormView::eventFilter(QObject* watched, QEvent* event) {
+  if (watched == formula_ && event->type() == QEvent::KeyPress &&
+      static_cast<QKeyEvent*>(event)->key() == Qt::Key_F1) {
+    if (auto* graphs = AsGraph1(form_)) graphs->FormulaHelp(formula_->selectedText().toStdString());
+    formula_->setFocus();
+    return true;
+  }
+  return QWidget::eventFilter(watched, event);
 }
 
 void FormView::Press(const std::string& name) {
@@ -213,48 +389,28 @@ void FormView::Press(const std::string& name) {
   Sync();
 }
 
+void FormView::PressGo() {
+  form_.Go();
+  Sync();
+}
+
 void FormView::Sync() {
   if (shown_ == form_.Revision()) return;
   shown_ = form_.Revision();
   setWindowTitle(Q(form_.Caption()));
   ControlModel& model = form_.controls();
-  if (formula_) {
-    const QString text = Q(model.Text("Formula"));
-    if (formula_->text() != text) formula_->setText(text);
-  }
+  for (const Binding& b : bindings_)
+    if (const Control* c = model.Find(b.name)) b.show(*c);
   if (side_) {
+    bool open = false;
+    for (auto& [number, panel] : panels_) {
+      const bool shown = model[IndexedName("PicSideBox", number)].visible;
+      panel->setVisible(shown);
+      open = open || shown;
+    }
     const std::string topic = model.Text("mnuHelpSideBox");
-    const bool open = model["mnuHelpSideBox"].visible;
-    side_->setVisible(open);
     side_->setTitle(Q(topic.size() > 9 ? topic.substr(9) : topic));
-    const bool graphing = model["GoButton(0)"].enabled;
-    for (auto& [name, edit] : texts_) {
-      const QString text = Q(model.Text(name));
-      if (edit->text() != text) edit->setText(text);
-      const bool shown = name == "TxtAnGr1" ? !graphing : graphing;
-      edit->setVisible(shown);
-      if (auto* label = qobject_cast<QFormLayout*>(edit->parentWidget()->layout()->itemAt(0)->layout()))
-        if (QWidget* l = label->labelForField(edit)) l->setVisible(shown);
-    }
-    for (auto& [name, option] : options_) {
-      option->setChecked(model[name].value != 0);
-      option->setVisible(graphing);
-    }
-    for (auto& [name, check] : checks_) {
-      check->setChecked(model[name].value != 0);
-      check->setVisible(graphing);
-    }
-    go_ = nullptr;
-    for (auto& [name, button] : buttons_) {
-      const Control& c = model[name];
-      button->setText(Q(c.text));
-      button->setToolTip(Q(c.tip));
-      button->setEnabled(c.enabled);
-      button->setVisible(c.enabled);
-      if (c.enabled) go_ = button;
-    }
-    caption_->setText(Q(model.Text("GraphCaption")));
-    caption_->setVisible(graphing);
+    side_->setVisible(open);
   }
   plot_->update();
 }

@@ -4,18 +4,16 @@
 
 #include <QWidget>
 
-#include <map>
+#include <functional>
 #include <string>
+#include <vector>
 
 #include "app/form.h"
 
-class QCheckBox;
 class QGroupBox;
-class QHBoxLayout;
 class QLabel;
 class QLineEdit;
-class QPushButton;
-class QRadioButton;
+class QVBoxLayout;
 
 namespace keldo::qt {
 
@@ -28,26 +26,39 @@ class FormView final : public QWidget {
   Form& form() { return form_; }
   // Re-reads the form's state when its revision moved.
   void Sync();
-  QSize sizeHint() const override { return {760, 520}; }
+  QSize sizeHint() const override { return {860, 560}; }
 
- signals:
-  void MenuRequested(const QString& controlName);
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
-  void BuildSideBox(QHBoxLayout* columns);
+  // A widget that shows one control of the model.
+  struct Binding {
+    std::string name;
+    QWidget* widget;
+    std::function<void(const Control&)> show;
+  };
+  void BuildFormulaRow(QVBoxLayout* left);
+  void BuildSideBox(QWidget* parent, QVBoxLayout* column);
+  QWidget* Panel(int number);
+  // Widgets bound to controls by name: typing or clicking updates the model.
+  QLineEdit* BindText(QWidget* parent, const std::string& name);
+  QWidget* BindMultiLine(QWidget* parent, const std::string& name, bool readOnly);
+  QLabel* BindLabel(QWidget* parent, const std::string& name);
+  QWidget* BindOption(QWidget* parent, const std::string& name);
+  QWidget* BindCheck(QWidget* parent, const std::string& name);
+  QWidget* BindButton(QWidget* parent, const std::string& name);
   // Presses a named button of the form if it is enabled.
   void Press(const std::string& name);
+  void PressGo();
 
   Form& form_;
   PlotWidget* plot_ = nullptr;
   QLineEdit* formula_ = nullptr;
   QGroupBox* side_ = nullptr;
   QLabel* caption_ = nullptr;
-  QPushButton* go_ = nullptr;
-  std::map<std::string, QLineEdit*> texts_;
-  std::map<std::string, QRadioButton*> options_;
-  std::map<std::string, QCheckBox*> checks_;
-  std::map<std::string, QPushButton*> buttons_;
+  std::vector<std::pair<int, QWidget*>> panels_;
+  std::vector<Binding> bindings_;
   unsigned long long shown_ = ~0ull;
 };
 

@@ -107,6 +107,7 @@ void MainWindow::SubWindowActivated(QMdiSubWindow* window) {
   for (const auto& [form, sub] : windows_) {
     if (sub == window) {
       frame_.SetCurrent(form);
+      form->Activated();
       break;
     }
   }
