@@ -132,7 +132,9 @@ void DrawGraph(platform::Surface& surface, const GraphTrace& graph, const PlotWi
     if (std::max(s.x1, s.x2) < w.left || std::min(s.x1, s.x2) > w.right) continue;
     if ((s.y1 > w.top && s.y2 > w.top) || (s.y1 < w.bottom && s.y2 < w.bottom)) continue;
     if (!std::isfinite(s.y1) || !std::isfinite(s.y2)) continue;
-    if (!ClipToRect(s, w.left - mx, w.right + mx, w.bottom - my, w.top + my)) continue;
+    const bool inside = s.x1 >= w.left - mx && s.x2 <= w.right + mx && std::max(s.y1, s.y2) <= w.top + my &&
+                        std::min(s.y1, s.y2) >= w.bottom - my;
+    if (!inside && !ClipToRect(s, w.left - mx, w.right + mx, w.bottom - my, w.top + my)) continue;
     segments.push_back(s);
   }
   surface.Lines(segments, c);

@@ -1,6 +1,9 @@
 #include "qt/painter_surface.h"
 
 #include <QImage>
+
+#include <algorithm>
+#include <cmath>
 #include <vector>
 
 #include "qt/qt_surface.h"
@@ -9,12 +12,26 @@ namespace keldo::qt {
 
 void PainterSurface::Clear(platform::Rgb background) { p_.fillRect(target_, QColor::fromRgb(background)); }
 
-QPointF PainterSurface::ToPixel(double x, double y) const {
-  const double w = scale_.right - scale_.left, h = scale_.bottom - scale_.top;
-  const double px = w == 0 ? 0 : (x - scale_.left) / w * (target_.width() - 1);
-  const double py = h == 0 ? 0 : (y - scale_.top) / h * (target_.height() - 1);
-  return {target_.left() + px, target_.top() + py};
-}
+namespace {
+
+// User to pixel coordinates with the factors worked out once.
+struct PixelMap {
+  PixelMap(const platform::UserScale& s, QRect t) {
+    const double w = s.right - s.left, h = s.bottom - s.top;
+    kx = w == 0 ? 0 : (t.width() - 1) / w;
+    ky = h == 0 ? 0 : (t.height() - 1) / h;
+    x0 = s.left;
+    y0 = s.top;
+    left = t.left();
+    top = t.top();
+  }
+  QPointF operator()(double x, double y) const { return {left + (x - x0) * kx, top + (y - y0) * ky}; }
+  double kx, ky, x0, y0, left, top;
+};
+
+}  // namespace
+
+QPointF PainterSurface::ToPixel(double x, double y) const { return PixelMap(scale_, target_)(x, y); }
 
 QPointF PainterSurface::ToUser(const platform::UserScale& scale, QRect target, QPointF pixel) {
   const double fx = target.width() > 1 ? (pixel.x() - target.left()) / (target.width() - 1) : 0.0;
@@ -36,9 +53,39 @@ void PainterSurface::Line(double x1, double y1, double x2, double y2, platform::
 void PainterSurface::Lines(std::span<const platform::UserSegment> segments, platform::Rgb color) {
   if (segments.empty()) return;
   UsePen(color);
+  // A dense graph puts many joined segments into one pixel column. Such a
+  // run covers the same pixels as one vertical line from its lowest to its
+  // highest point, so it is drawn as that line.
   std::vector<QLineF> lines;
-  lines.reserve(segments.size());
-  for (const platform::UserSegment& s : segments) lines.emplace_back(ToPixel(s.x1, s.y1), ToPixel(s.x2, s.y2));
+  lines.reserve(std::min<std::size_t>(segments.size(), 4 * static_cast<std::size_t>(target_.width()) + 16));
+  bool inRun = false;
+  long runColumn = 0;
+  double runLow = 0.0, runHigh = 0.0;
+  QPointF lastEnd;
+  const PixelMap map(scale_, target_);
+  const auto flush = [&] {
+    if (inRun) lines.emplace_back(runColumn, runLow, runColumn, runHigh);
+    inRun = false;
+  };
+  for (const platform::UserSegment& s : segments) {
+    const QPointF a = map(s.x1, s.y1), b = map(s.x2, s.y2);
+    const long ca = static_cast<long>(std::floor(a.x() + 0.5)), cb = static_cast<long>(std::floor(b.x() + 0.5));
+    if (ca == cb) {
+      if (!(inRun && ca == runColumn && a == lastEnd)) {
+        flush();
+        inRun = true;
+        runColumn = ca;
+        runLow = runHigh = a.y();
+      }
+      runLow = std::min({runLow, a.y(), b.y()});
+      runHigh = std::max({runHigh, a.y(), b.y()});
+    } else {
+      flush();
+      lines.emplace_back(a, b);
+    }
+    lastEnd = b;
+  }
+  flush();
   p_.drawLines(lines.data(), static_cast<int>(lines.size()));
 }
 
@@ -50,9 +97,15 @@ void PainterSurface::SetPixel(double x, double y, platform::Rgb color) {
 void PainterSurface::Pixels(std::span<const platform::UserPoint> points, platform::Rgb color) {
   if (points.empty()) return;
   UsePen(color);
-  std::vector<QPointF> pixels;
+  // A pixel set twice in a row is set once.
+  std::vector<QPoint> pixels;
   pixels.reserve(points.size());
-  for (const platform::UserPoint& pt : points) pixels.push_back(ToPixel(pt.x, pt.y));
+  const PixelMap map(scale_, target_);
+  for (const platform::UserPoint& pt : points) {
+    const QPointF f = map(pt.x, pt.y);
+    const QPoint q(static_cast<int>(std::floor(f.x() + 0.5)), static_cast<int>(std::floor(f.y() + 0.5)));
+    if (pixels.empty() || pixels.back() != q) pixels.push_back(q);
+  }
   p_.drawPoints(pixels.data(), static_cast<int>(pixels.size()));
 }
 
