@@ -53,3 +53,28 @@ foreach(expected "message 23: Improper formula." "prompt: Enter the value of a."
     message(FATAL_ERROR "plot script lacks '${expected}':\n${OUT}")
   endif()
 endforeach()
+
+# The pointer, the context menu and the clipboard: a graph copied to the
+# clipboard from one form and pasted into another of 128 points; a data file
+# opened into a new form, and a short one refused with message 20.
+set(DATA ${CMAKE_CURRENT_LIST_DIR}/../data/form1d)
+run_script(pointer "new 1d\nmenu mnu64\nmenu mnuPlotGraph\nset Formula \"x\"\ngo\nwait\nmouse down 0.25 0.25 right\npopup mnuCopyToClipboard\ngo\ndump\nnew 1d\nclipboard @${DATA}/clip_128.txt\npopup mnuPasteFromClipboard\ndump\nopen ${DATA}/sine128.kb1\nopen ${DATA}/short.kb1\nmenu mnuTrace\nmouse down 0 0.5\ndump\n" 0)
+foreach(expected "\"clipboard\": \"64\\r\\n-0.5\\r\\n0.5\\r\\n-0.5\\r\\n" "\"points\": 128" "\"b\": 3" "message 20: Error loading file."
+                 "\"a\": -1" "Index = 64")
+  string(FIND "${OUT}" "${expected}" at)
+  if(at LESS 0)
+    message(FATAL_ERROR "pointer script lacks '${expected}':\n${OUT}")
+  endif()
+endforeach()
+
+# A form file saved and opened again.
+run_script(formfile "new 1d\nmenu mnu128\nmenu mnuPlotGraph\nset Formula \"x^2\"\ngo\nfile ${WORK}/saved.kd1\nmenu mnuOpenSave 3\nopen ${WORK}/saved.kd1\ndump\n" 0)
+foreach(expected "\"caption\": \"saved.kd1\"" "\"points\": 128" "\"peak\": 0.25")
+  string(FIND "${OUT}" "${expected}" at)
+  if(at LESS 0)
+    message(FATAL_ERROR "form file script lacks '${expected}':\n${OUT}")
+  endif()
+endforeach()
+
+# A form without a plot has nothing to point at.
+run_script(noplot "new 2d\nmouse down 0 0\n" 2)
