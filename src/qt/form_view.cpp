@@ -48,6 +48,7 @@ class PlotWidget final : public QWidget {
     setMouseTracking(true);
     setFocusPolicy(Qt::ClickFocus);
     setCursor(Qt::CrossCursor);
+    setObjectName("GraphBox");
   }
 
   QRect PlotRect() const { return rect().adjusted(kLabelLeft, kMarginTop, -kMarginRight, -kLabelBottom); }
@@ -155,22 +156,28 @@ class PlotWidget final : public QWidget {
 };
 
 FormView::FormView(Form& form, QWidget* parent) : QWidget(parent), form_(form) {
-  auto* columns = new QHBoxLayout(this);
-  columns->setContentsMargins(4, 4, 4, 4);
-  auto* left = new QVBoxLayout;
-  columns->addLayout(left, 1);
+  // The plot and the side box side by side; the caption under the plot; the
+  // formula row across the whole width.
+  auto* grid = new QGridLayout(this);
+  grid->setContentsMargins(4, 4, 4, 4);
+  grid->setColumnStretch(0, 1);
+  grid->setRowStretch(0, 1);
   plot_ = new PlotWidget(form_, this);
-  left->addWidget(plot_, 1);
+  grid->addWidget(plot_, 0, 0);
   if (form_.controls().Has("GraphCaption")) {
     caption_ = BindLabel(this, "GraphCaption");
     caption_->setMinimumHeight(18);
-    left->addWidget(caption_);
+    grid->addWidget(caption_, 1, 0);
   }
-  if (form_.controls().Has("Formula")) BuildFormulaRow(left);
   if (form_.controls().Has("PicSideBox(0)")) {
     auto* sideColumn = new QVBoxLayout;
     BuildSideBox(this, sideColumn);
-    columns->addLayout(sideColumn);
+    grid->addLayout(sideColumn, 0, 1, 2, 1);
+  }
+  if (form_.controls().Has("Formula")) {
+    auto* left = new QVBoxLayout;
+    BuildFormulaRow(left);
+    grid->addLayout(left, 2, 0, 1, 2);
   }
   setWindowTitle(Q(form_.Caption()));
   // A plot changes the form between menu commands: show it as it grows.
@@ -190,7 +197,12 @@ void FormView::BuildFormulaRow(QVBoxLayout* left) {
   label->setBuddy(formula_);
   row->addWidget(formula_, 1);
   connect(formula_, &QLineEdit::returnPressed, this, [this] { Press("GoButton(0)"); });
-  for (int k = 0; k < 5; ++k) row->addWidget(BindButton(this, IndexedName("cmdFormula", k)));
+  formula_->setMinimumWidth(240);
+  for (int k = 0; k < 5; ++k) {
+    QWidget* button = BindButton(this, IndexedName("cmdFormula", k));
+    button->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
+    row->addWidget(button);
+  }
   left->addLayout(row);
 }
 

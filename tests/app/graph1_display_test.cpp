@@ -234,6 +234,23 @@ TEST(DisplayStyle, BoxTakesTheAxisBoxesAndApplyRedraws) {
   EXPECT_EQ(g.controls()["OpDispStyle(3)"].value, 1);
 }
 
+TEST(DisplayGraphs, FollowsTheFramesAutoFitAndLineStyle) {
+  TestFrame t;
+  auto& f = NewForm(t);
+  f.controls().SetFromUser("chkAutoFit", "0");
+  Plot(f, "3*X");
+  EXPECT_EQ(f.Window(), (std::array<double, 4>{-0.5, 0.5, 0.0, 0.0}));
+  t.frame.settings().captions["LabLineStyle"] = "N";
+  f.DisplayGraphs(0);
+  EXPECT_EQ(f.Window(), (std::array<double, 4>{-0.5, 0.5, 0.0, 0.0}));
+  EXPECT_FALSE(f.Style().dots);
+  EXPECT_EQ(f.controls()["OpDispStyle(3)"].value, 1);
+  t.frame.settings().captions["LabAutoFit"] = "Y";
+  f.DisplayGraphs(0);
+  EXPECT_EQ(f.Window(), (std::array<double, 4>{-0.5, 0.5, -3.0, 3.0}));
+  EXPECT_EQ(f.controls().Text("AxisLab(5)"), "3");
+}
+
 TEST(DisplayStyle, LeftEqualToRightReports4AndKeepsTheWindow) {
   TestFrame t;
   auto& f = NewForm(t);

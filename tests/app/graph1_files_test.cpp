@@ -341,6 +341,30 @@ TEST(DataFile, OpenFromTheFrameLeavesNoFormOnFailure) {
   EXPECT_EQ(t.lines, std::vector<std::string>{"message 20: Error loading file."});
 }
 
+TEST(DataFile, FrameMenuOpensADataFileInANewForm) {
+  TestFrame t;
+  t.platform.fileDialog.QueueAnswer(kData + "ramp64.kdt");
+  EXPECT_TRUE(t.frame.RunMenu("mnuOpen1DDataFile"));
+  ASSERT_EQ(t.frame.OpenForms().size(), 1u);
+  EXPECT_EQ(t.frame.OpenForms()[0]->Points(), 64);
+  EXPECT_EQ(t.frame.OpenForms()[0]->Graphs().size(), 1u);
+  EXPECT_EQ(t.frame.settings().dialogFolders[2] + "/", kData);
+}
+
+TEST(FormFile, OpenFormFromAFormPassesTheQuantizationParameters) {
+  TestFrame t;
+  auto& f = NewForm(t);
+  f.SetQuantParams({"a|", "b|", "c|"});
+  t.platform.fileDialog.QueueAnswer(kData + "version5.kd1");
+  f.RunMenu("mnuOpenSave", 0);
+  ASSERT_EQ(t.frame.OpenForms().size(), 2u);
+  auto* g = dynamic_cast<Graph1Form*>(t.frame.OpenForms()[1]);
+  ASSERT_NE(g, nullptr);
+  EXPECT_EQ(g->GraphCount(), 2);
+  EXPECT_EQ(g->QuantParams()[1], "b|");
+  EXPECT_EQ(g->Caption(), "version5.kd1");
+}
+
 // ------------------------------------------------------------- formulas
 
 TEST(FormulaList, PlotsFillTheHistoryAndPreviousNextWalkIt) {

@@ -6,8 +6,12 @@
 #include <QMenuBar>
 #include <QtTest>
 
+#include <QImage>
+#include <QLineEdit>
+
 #include "app/form_kinds.h"
 #include "app/frame.h"
+#include "form1d/graph1_form.h"
 #include "qt/form_view.h"
 #include "qt/main_window.h"
 #include "qt/qt_services.h"
@@ -24,6 +28,14 @@ QMenu* MenuTitled(QMenuBar* bar, const QString& title) {
   for (QAction* a : bar->actions())
     if (a->text() == title) return a->menu();
   return nullptr;
+}
+
+// Pixels of one colour in a picture.
+int CountColour(const QImage& image, QRgb colour) {
+  int n = 0;
+  for (int y = 0; y < image.height(); ++y)
+    for (int x = 0; x < image.width(); ++x) n += (image.pixel(x, y) & 0xFFFFFF) == (colour & 0xFFFFFF);
+  return n;
 }
 
 QStringList Items(QMenu* menu) {
@@ -84,6 +96,81 @@ class FrameWindowTest : public QObject {
       if (a->text() == "&Close") a->trigger();
     QTRY_COMPARE(window.Area()->subWindowList().size(), 1);
     QCOMPARE(frame.OpenForms().size(), size_t(1));
+  }
+
+  // A plot in each grid style, plot style and background, rendered as the
+  // window shows it; the pictures land in build/screenshots/ to be looked at.
+  void plotStylesRenderAsChosen() {
+    keldo::qt::QtPlatform platform(KELDO_SOURCE_DIR "/docs");
+    keldo::Frame frame(platform.services(), KELDO_SOURCE_DIR);
+    keldo::InstallFormKinds(frame);
+    QDir().mkpath(KELDO_SCREENSHOT_DIR);
+    const QRgb paper = qRgb(0, 128, 128), green = qRgb(0, 255, 0);
+    for (const char grid : {'G', 'X', 'B'}) {
+      int dotsGreen = 0;
+      for (const bool dots : {true, false}) {
+        for (const bool white : {false, true}) {
+          int code = 0;
+          auto& f = static_cast<keldo::form1d::Graph1Form&>(*frame.NewGraph1Form(code));
+          f.SetPoints(64);
+          f.RunMenu("mnuPlotGraph");
+          f.controls().SetText("Formula", "sin(2*pi*x)");
+          f.Go();
+          f.RunMenu("mnuDisplayStyle");
+          f.controls().SetFromUser(grid == 'G' ? "OpDispStyle(0)" : grid == 'X' ? "OpDispStyle(1)" : "OpDispStyle(2)", "1");
+          f.controls().SetFromUser(dots ? "OpDispStyle(4)" : "OpDispStyle(3)", "1");
+          f.controls().SetFromUser(white ? "OpDispStyle(5)" : "OpDispStyle(6)", "1");
+          f.Go();
+          keldo::qt::FormView view(f);
+          view.resize(760, 480);
+          QImage image(view.size(), QImage::Format_RGB32);
+          view.render(&image);
+          const QString name = QString("plot-%1-%2-%3.png").arg(grid).arg(dots ? "dots" : "lines").arg(white ? "white" : "black");
+          QVERIFY(image.save(QString(KELDO_SCREENSHOT_DIR) + "/" + name));
+          // The plot's background fills most of the picture.
+          QVERIFY2(CountColour(image, white ? qRgb(255, 255, 255) : qRgb(0, 0, 0)) > 100000, qPrintable(name));
+          const int grids = CountColour(image, paper);
+          if (grid == 'B') QCOMPARE(grids, 0);
+          else QVERIFY2(grids > (grid == 'G' ? 1500 : 800), qPrintable(name + QString(" grid %1").arg(grids)));
+          const int greens = CountColour(image, green);
+          QVERIFY2(greens >= 60, qPrintable(name));
+          if (dots) dotsGreen = greens;
+          else QVERIFY2(greens > 3 * dotsGreen, qPrintable(name));
+          frame.CloseForm(f);
+          frame.CollectClosedForms();
+        }
+      }
+    }
+  }
+
+  // Enter in the formula box plots; a click on the plot picks the sample.
+  void formulaEnterAndPlotClick() {
+    keldo::qt::QtPlatform platform(KELDO_SOURCE_DIR "/docs");
+    keldo::Frame frame(platform.services(), KELDO_SOURCE_DIR);
+    keldo::InstallFormKinds(frame);
+    int code = 0;
+    auto& f = static_cast<keldo::form1d::Graph1Form&>(*frame.NewGraph1Form(code));
+    f.SetPoints(64);
+    f.RunMenu("mnuPlotGraph");
+    keldo::qt::FormView view(f);
+    view.resize(760, 480);
+    view.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&view));
+    auto* formula = view.findChild<QLineEdit*>("Formula");
+    QVERIFY(formula);
+    formula->setFocus();
+    QTest::keyClicks(formula, "x/2");
+    QTest::keyClick(formula, Qt::Key_Return);
+    QCOMPARE(f.GraphCount(), 1);
+    QCOMPARE(f.History(), std::vector<std::string>{"x/2"});
+    QWidget* plot = view.findChild<QWidget*>("GraphBox");
+    QVERIFY(plot);
+    // The plot box's right edge is the window's right end: the last sample.
+    const QRect r = plot->rect().adjusted(64, 10, -28, -24);
+    QTest::mouseClick(plot, Qt::LeftButton, {}, QPoint(r.right() + 1, r.center().y()));
+    QCOMPARE(f.TracePosition(), 64);
+    QTest::mouseClick(plot, Qt::LeftButton, {}, QPoint(r.left() + r.width() / 2, r.center().y()));
+    QCOMPARE(f.TracePosition(), 32);
   }
 };
 
