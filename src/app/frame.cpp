@@ -170,7 +170,7 @@ void Frame::Process(const std::string& commandLine) {
   OpenFormFile(kind, path, GetFileTitle(text));
 }
 
-Form* Frame::OpenFormFile(FormKind kind, const std::string& path, const std::string& title) {
+Form* Frame::LoadIntoNewForm(FormKind kind, const std::function<bool(Form&)>& load, int failureMessage) {
   int code = 0;
   Form* form = NewForm(kind, code);
   if (!form) {
@@ -178,12 +178,11 @@ Form* Frame::OpenFormFile(FormKind kind, const std::string& path, const std::str
     return nullptr;
   }
   bool loaded = false;
+  int message = failureMessage;
   try {
-    loaded = form->LoadForm(path, title);
+    loaded = load(*form);
   } catch (const std::bad_alloc&) {
-    CloseForm(*form);
-    ShowError(72);
-    return nullptr;
+    message = 72;
   } catch (...) {
     loaded = false;
   }
@@ -191,34 +190,23 @@ Form* Frame::OpenFormFile(FormKind kind, const std::string& path, const std::str
     // The failed form is not kept, so a bad file changes nothing.
     CloseForm(*form);
     ShowIdle();
-    ShowError(73);
+    if (message != 0) ShowError(message);
     return nullptr;
   }
+  return form;
+}
+
+Form* Frame::OpenFormFile(FormKind kind, const std::string& path, const std::string& title) {
+  Form* form = LoadIntoNewForm(kind, [&](Form& f) { return f.LoadForm(path, title); }, 73);
+  if (!form) return nullptr;
   form->SetCaption(title);
   form->Touch();
   return form;
 }
 
 Form* Frame::OpenDataFile(FormKind kind, const std::string& path) {
-  int code = 0;
-  Form* form = NewForm(kind, code);
-  if (!form) {
-    ReportFactoryFailure(code);
-    return nullptr;
-  }
-  bool loaded = false;
-  try {
-    loaded = form->LoadDataFile(path, GetFileTitle(path));
-  } catch (const std::bad_alloc&) {
-    ShowError(72);
-  } catch (...) {
-    ShowError(20);
-  }
-  if (!loaded) {
-    CloseForm(*form);
-    return nullptr;
-  }
-  return form;
+  // The data loader reports its own failures.
+  return LoadIntoNewForm(kind, [&](Form& f) { return f.LoadDataFile(path, GetFileTitle(path)); }, 0);
 }
 
 void Frame::OpenTheForm() {

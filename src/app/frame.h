@@ -111,6 +111,9 @@ class Frame {
 
  private:
   void BuildMenu();
+  // A new form of the kind filled by `load`; when it fails, the form is
+  // closed again and the message (if not 0) or 72 for want of memory shown.
+  Form* LoadIntoNewForm(FormKind kind, const std::function<bool(Form&)>& load, int failureMessage);
 
   platform::Services& services_;
   std::string programFolder_;

@@ -50,6 +50,13 @@ bool Graph1Form::WindowTest(const PlotWindow& w) const {
   return SpanFits(w.left, w.right) && SpanFits(w.bottom, w.top);
 }
 
+void Graph1Form::SetWindow(const PlotWindow& w) {
+  winLeft_ = w.left;
+  winRight_ = w.right;
+  winBottom_ = w.bottom;
+  winTop_ = w.top;
+}
+
 void Graph1Form::SetAxisLabels() {
   const std::array<std::string, 10> labels = AxisLabelTexts(PlotWin());
   for (int k = 0; k < 10; ++k) controls_.SetText(IndexedName("AxisLab", k), labels[static_cast<std::size_t>(k)]);
@@ -70,19 +77,14 @@ void Graph1Form::RedrawGraphs(int mode) {
     if (TestNewIntervals(xl, xr, yb, yt) != 0) return;
     const PlotWindow w{VALU(xl), VALU(xr), VALU(yb), VALU(yt)};
     if (!WindowTest(w)) return;
-    winLeft_ = w.left;
-    winRight_ = w.right;
-    winBottom_ = w.bottom;
-    winTop_ = w.top;
+    SetWindow(w);
     SetAxisLabels();
   } else if (mode == 1) {
     const double hi = MAXW(), lo = MINW(), f = FUNCMAX();
     if (winLeft_ <= lo && winRight_ >= hi && winBottom_ <= -f && winTop_ >= f) return;
-    if (!WindowTest({lo, hi, -f, f})) return;
-    winLeft_ = lo;
-    winRight_ = hi;
-    winBottom_ = -f;
-    winTop_ = f;
+    const PlotWindow fitted{lo, hi, -f, f};
+    if (!WindowTest(fitted)) return;
+    SetWindow(fitted);
     SetAxisLabels();
   }
   Touch();

@@ -290,15 +290,26 @@ void Graph1Form::NextFormula() {
   Touch();
 }
 
-void Graph1Form::LoadFormulaFile() {
+namespace {
+
+// The dialog of the formula file buttons, at folder 6 or "Formulas".
+std::optional<platform::FileDialogResult> FormulaFileDialog(Frame& frame, platform::FileDialogMode mode) {
   platform::FileDialogRequest request;
-  request.mode = platform::FileDialogMode::Open;
-  request.title = "Load formula";
+  request.mode = mode;
+  const bool open = mode == platform::FileDialogMode::Open;
+  request.title = open ? "Load formula" : "Save formula";
   request.filter = kFormulaFilter;
-  request.flags = platform::kFlagFileMustExist;
-  std::string& folder = frame_.settings().dialogFolders[kFolderFormulas];
-  request.initialFolder = folder.empty() ? frame_.Folder("Formulas") : folder;
-  const auto chosen = frame_.services().fileDialog->Run(request);
+  request.flags = open ? platform::kFlagFileMustExist : platform::kFlagOverwritePrompt;
+  if (!open) request.defaultExtension = ".uf1";
+  const std::string& folder = frame.settings().dialogFolders[kFolderFormulas];
+  request.initialFolder = folder.empty() ? frame.Folder("Formulas") : folder;
+  return frame.services().fileDialog->Run(request);
+}
+
+}  // namespace
+
+void Graph1Form::LoadFormulaFile() {
+  const auto chosen = FormulaFileDialog(frame_, platform::FileDialogMode::Open);
   if (!chosen) return;
   std::vector<std::uint8_t> bytes;
   if (!ReadFileBytes(chosen->path, bytes)) {
@@ -306,27 +317,19 @@ void Graph1Form::LoadFormulaFile() {
     return;
   }
   controls_.SetText("Formula", FromFile(std::string(bytes.begin(), bytes.end())));
-  folder = FolderOf(chosen->path);
+  frame_.settings().dialogFolders[kFolderFormulas] = FolderOf(chosen->path);
   Touch();
 }
 
 void Graph1Form::SaveFormulaFile() {
-  platform::FileDialogRequest request;
-  request.mode = platform::FileDialogMode::Save;
-  request.title = "Save formula";
-  request.filter = kFormulaFilter;
-  request.defaultExtension = ".uf1";
-  request.flags = platform::kFlagOverwritePrompt;
-  std::string& folder = frame_.settings().dialogFolders[kFolderFormulas];
-  request.initialFolder = folder.empty() ? frame_.Folder("Formulas") : folder;
-  const auto chosen = frame_.services().fileDialog->Run(request);
+  const auto chosen = FormulaFileDialog(frame_, platform::FileDialogMode::Save);
   if (!chosen) return;
   const std::string text = ToFile(controls_.Text("Formula")) + "\r\n";
   if (!WriteFileBytes(chosen->path, std::vector<std::uint8_t>(text.begin(), text.end()))) {
     frame_.ShowError(36);
     return;
   }
-  folder = FolderOf(chosen->path);
+  frame_.settings().dialogFolders[kFolderFormulas] = FolderOf(chosen->path);
 }
 
 }  // namespace keldo::form1d

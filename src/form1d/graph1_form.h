@@ -80,6 +80,7 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   void SetMenuViewStyle();
   PlotStyle Style() const { return {grid_, background_, dots_ == 'Y'}; }
   PlotWindow PlotWin() const { return {winLeft_, winRight_, winBottom_, winTop_}; }
+  void SetWindow(const PlotWindow& w);
   // Draws the whole plot box as it stands: graphs, the one being computed,
   // and the crosshairs while the trace panel is open.
   void Paint(platform::Surface& surface) const;
@@ -213,6 +214,7 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   Graph1Form* NewSiblingForm();
   void ReadFormRecord(const FormFileRecord& record);
   void UpdateCursorText(double x, double y);
+  void CopyToClipboardWith(std::string (*build)(int, double, double, const double*));
   void UpdateLimitTips();
   double MAXW() const;
   double MINW() const;

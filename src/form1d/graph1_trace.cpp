@@ -151,10 +151,7 @@ void Graph1Form::ZoomEnlarge(int mode) {
   const PlotWindow w{clickX_ - hw, clickX_ + hw, clickY_ - hh, clickY_ + hh};
   // A window too small or too large for the surface is refused silently.
   if (!WindowTest(w)) return;
-  winLeft_ = w.left;
-  winRight_ = w.right;
-  winBottom_ = w.bottom;
-  winTop_ = w.top;
+  SetWindow(w);
   SetAxisLabels();
   RedrawGraphs(2);
 }
@@ -226,18 +223,14 @@ void Graph1Form::PasteTheGraph() {
 
 // --------------------------------------------------------- system clipboard
 
-void Graph1Form::CopyTheGraphToClipboard() {
-  const int g = ChosenGraph();
-  if (g < 0) return;
-  frame_.services().clipboard->SetText(GraphClipboardText(n_, GraphLeft(g), GraphRight(g), GraphValues(g)));
-  EnableCommand("mnuPasteFromClipboard", true);
-  Touch();
-}
+void Graph1Form::CopyTheGraphToClipboard() { CopyToClipboardWith(GraphClipboardText); }
 
-void Graph1Form::CopyTheGraphToClipboardSlow() {
+void Graph1Form::CopyTheGraphToClipboardSlow() { CopyToClipboardWith(GraphClipboardTextSlow); }
+
+void Graph1Form::CopyToClipboardWith(std::string (*build)(int, double, double, const double*)) {
   const int g = ChosenGraph();
   if (g < 0) return;
-  frame_.services().clipboard->SetText(GraphClipboardTextSlow(n_, GraphLeft(g), GraphRight(g), GraphValues(g)));
+  frame_.services().clipboard->SetText(build(n_, GraphLeft(g), GraphRight(g), GraphValues(g)));
   EnableCommand("mnuPasteFromClipboard", true);
   Touch();
 }

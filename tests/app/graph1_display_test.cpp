@@ -7,7 +7,7 @@
 
 #include "form1d/graph1_form.h"
 #include "platform/headless/raster_surface.h"
-#include "test_frame.h"
+#include "graph1_test_util.h"
 
 namespace keldo {
 namespace {
@@ -15,6 +15,8 @@ namespace {
 using form1d::Graph1Form;
 using form1d::PlotWindow;
 using platform::Rgb;
+using testing::NewForm;
+using testing::Plot;
 using testing::TestFrame;
 
 // Keeps every call, so that a test sees what a drawing asked for.
@@ -47,19 +49,6 @@ class RecordingSurface final : public platform::Surface {
 
 constexpr Rgb kPaper = platform::MakeRgb(0, 128, 128);
 
-Graph1Form& NewForm(TestFrame& t, int points = 64) {
-  int code = 0;
-  auto& f = static_cast<Graph1Form&>(*t.frame.NewGraph1Form(code));
-  f.SetPoints(points);
-  return f;
-}
-
-void Plot(Graph1Form& f, const std::string& formula, const std::string& end = ".5") {
-  f.RunMenu("mnuPlotGraph");
-  f.controls().SetText("Formula", formula);
-  f.controls().SetText("EndRValue", end);
-  ASSERT_TRUE(f.Go());
-}
 
 TEST(DrawAxes, GraphPaperHasFourEdgesAndNineDottedLinesEachWay) {
   RecordingSurface s;

@@ -10,12 +10,14 @@
 #include <iterator>
 
 #include "form1d/graph1_form.h"
-#include "test_frame.h"
+#include "graph1_test_util.h"
 
 namespace keldo {
 namespace {
 
 using form1d::Graph1Form;
+using testing::NewForm;
+using testing::Plot;
 using testing::TestFrame;
 
 const std::string kData = KELDO_TEST_DATA "/form1d/";
@@ -58,19 +60,6 @@ struct FieldReader {
   std::string Counted() { return Chars(static_cast<std::size_t>(Get<std::int32_t>())); }
 };
 
-Graph1Form& NewForm(TestFrame& t, int points = 64) {
-  int code = 0;
-  auto& f = static_cast<Graph1Form&>(*t.frame.NewGraph1Form(code));
-  f.SetPoints(points);
-  return f;
-}
-
-void Plot(Graph1Form& f, const std::string& formula, const std::string& end = ".5") {
-  f.RunMenu("mnuPlotGraph");
-  f.controls().SetText("Formula", formula);
-  f.controls().SetText("EndRValue", end);
-  ASSERT_TRUE(f.Go());
-}
 
 Graph1Form* Open(TestFrame& t, const std::string& path) {
   return dynamic_cast<Graph1Form*>(t.frame.OpenFormFile(FormKind::Graph1, path, "t.kd1"));

@@ -8,29 +8,18 @@
 #include <iterator>
 
 #include "form1d/graph1_form.h"
-#include "test_frame.h"
+#include "graph1_test_util.h"
 
 namespace keldo {
 namespace {
 
 using form1d::Graph1Form;
+using testing::NewForm;
+using testing::Plot;
 using testing::TestFrame;
 
 const std::string kData = KELDO_TEST_DATA "/form1d/";
 
-Graph1Form& NewForm(TestFrame& t, int points = 64) {
-  int code = 0;
-  auto& f = static_cast<Graph1Form&>(*t.frame.NewGraph1Form(code));
-  f.SetPoints(points);
-  return f;
-}
-
-void Plot(Graph1Form& f, const std::string& formula, const std::string& end = ".5") {
-  f.RunMenu("mnuPlotGraph");
-  f.controls().SetText("Formula", formula);
-  f.controls().SetText("EndRValue", end);
-  ASSERT_TRUE(f.Go());
-}
 
 std::string FileText(const std::string& path) {
   std::ifstream in(path, std::ios::binary);

@@ -1,0 +1,29 @@
+#pragma once
+// Shared steps of the one-dimensional form's tests.
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "form1d/graph1_form.h"
+#include "test_frame.h"
+
+namespace keldo::testing {
+
+// A new form of the given points, with no side box open.
+inline form1d::Graph1Form& NewForm(TestFrame& t, int points = 64) {
+  int code = 0;
+  auto& f = static_cast<form1d::Graph1Form&>(*t.frame.NewGraph1Form(code));
+  f.SetPoints(points);
+  return f;
+}
+
+// Opens the Graphing box and plots the formula over [-L, L].
+inline void Plot(form1d::Graph1Form& f, const std::string& formula, const std::string& end = ".5") {
+  f.RunMenu("mnuPlotGraph");
+  f.controls().SetText("Formula", formula);
+  f.controls().SetText("EndRValue", end);
+  ASSERT_TRUE(f.Go());
+}
+
+}  // namespace keldo::testing
