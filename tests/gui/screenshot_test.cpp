@@ -1,6 +1,7 @@
 // The frame with a 1-D form in a real window on the X display, photographed
 // from the screen. The picture is kept under build/screenshots/ to be looked at.
 #include <QDir>
+#include <QLineEdit>
 #include <QImage>
 #include <QMdiArea>
 #include <QScreen>
@@ -39,6 +40,27 @@ class ScreenshotTest : public QObject {
       for (int x = 0; x < shot.width(); x += 3) colours.insert(shot.pixel(x, y) & 0xFFFFFF);
     QVERIFY2(colours.size() > 20, qPrintable(QString("only %1 colours").arg(colours.size())));
     QVERIFY(colours.contains(0xFFFFFF));
+
+    // A graph typed in the formula box and plotted with Enter, as a person
+    // would, then traced.
+    keldo::Form* form = frame.Current();
+    QVERIFY(form);
+    form->RunMenu("mnuPlotGraph");
+    QTest::qWait(100);
+    auto* formula = window.findChild<QLineEdit*>("Formula");
+    QVERIFY(formula);
+    formula->setFocus();
+    QTest::keyClicks(formula, "sin(2*pi*x)*exp(-x)");
+    QTest::keyClick(formula, Qt::Key_Return);
+    QTRY_COMPARE(form->Graphs().size(), size_t(1));
+    form->RunMenu("mnuTrace");
+    QTest::qWait(300);
+    const QImage plotted = screen->grabWindow(window.winId()).toImage();
+    QVERIFY(plotted.save(KELDO_SCREENSHOT_DIR "/frame-1d-plot.png"));
+    int green = 0;
+    for (int y = 0; y < plotted.height(); ++y)
+      for (int x = 0; x < plotted.width(); ++x) green += (plotted.pixel(x, y) & 0xFFFFFF) == 0x00FF00;
+    QVERIFY2(green > 200, qPrintable(QString("only %1 graph pixels").arg(green)));
   }
 };
 
