@@ -7,6 +7,7 @@ cd "$root"
 scripts/setup.sh
 scripts/build.sh
 if [[ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]]; then
+  if [[ $# -eq 0 ]]; then set -- "$root/examples/two-graphs.kd1"; fi
   exec build/src/keldo "$@"
 fi
 mkdir -p out
