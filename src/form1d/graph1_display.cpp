@@ -139,6 +139,12 @@ void Graph1Form::DisplayStyleBox() {
 }
 
 void Graph1Form::Paint(platform::Surface& surface) const {
+  // A window read from a file may be one no surface can show: the plot then
+  // stays empty until a proper window is set.
+  if (!WindowTest(PlotWin())) {
+    surface.Clear(BackgroundColour(background_));
+    return;
+  }
   std::vector<GraphTrace> traces;
   traces.reserve(static_cast<std::size_t>(graphCount_) + 1);
   for (int g = 0; g < graphCount_; ++g)

@@ -10,6 +10,7 @@
 #include <iterator>
 
 #include "form1d/graph1_form.h"
+#include "platform/headless/raster_surface.h"
 #include "graph1_test_util.h"
 
 namespace keldo {
@@ -209,6 +210,30 @@ TEST(FormFile, MalformedFilesReport73AndLeaveNoForm) {
     EXPECT_EQ(t.lines, std::vector<std::string>{"message 73: Error loading form."}) << name;
     EXPECT_TRUE(t.frame.OpenForms().empty()) << name;
   }
+}
+
+TEST(FormFile, AWindowNoSurfaceCanShowLoadsAndDrawsAnEmptyPlot) {
+  TestFrame t;
+  TempFolder dir;
+  auto bytes = Bytes(kData + "version5.kd1");
+  const double nan = std::nan("");
+  std::memcpy(bytes.data() + 2, &nan, sizeof nan);  // window left
+  const std::string path = dir / "nan.kd1";
+  std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()),
+                                              static_cast<std::streamsize>(bytes.size()));
+  Graph1Form* f = Open(t, path);
+  ASSERT_NE(f, nullptr);
+  platform::RasterSurface s(64, 48);
+  f->Paint(s);
+  for (platform::Rgb p : s.Snapshot().pixels) EXPECT_EQ(p, platform::kWhite);  // the white background
+  // A proper window set afterwards draws again.
+  f->RunMenu("mnuDisplayStyle");
+  f->controls().SetText("txtXinterval", "-1,1");
+  f->Go();
+  f->Paint(s);
+  int coloured = 0;
+  for (platform::Rgb p : s.Snapshot().pixels) coloured += p != platform::kWhite;
+  EXPECT_GT(coloured, 50);
 }
 
 TEST(FormFile, SaveToAnUnwritablePlaceReports36) {
