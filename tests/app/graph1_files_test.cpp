@@ -355,6 +355,20 @@ TEST(DataFile, OpenFromTheFrameLeavesNoFormOnFailure) {
   EXPECT_EQ(t.lines, std::vector<std::string>{"message 20: Error loading file."});
 }
 
+TEST(DataFile, EmptyAndNonsenseFilesOfEitherKindReport20) {
+  TestFrame t;
+  TempFolder dir;
+  auto& f = NewForm(t);
+  for (const char* name : {"empty.kb1", "empty.kdt", "nonsense.kb1", "nonsense.kdt"}) {
+    std::ofstream(dir / name, std::ios::binary) << (std::string(name).rfind("nonsense", 0) == 0 ? "nonsense bytes" : "");
+    EXPECT_FALSE(f.LoadDataFile(dir / name, name)) << name;
+  }
+  EXPECT_EQ(t.lines.size(), 4u);
+  for (const std::string& line : t.lines) EXPECT_EQ(line, "message 20: Error loading file.");
+  EXPECT_EQ(f.GraphCount(), 0);
+  EXPECT_EQ(f.Points(), 64);
+}
+
 TEST(DataFile, FrameMenuOpensADataFileInANewForm) {
   TestFrame t;
   t.platform.fileDialog.QueueAnswer(kData + "ramp64.kdt");
