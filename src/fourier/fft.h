@@ -1,0 +1,60 @@
+#pragma once
+// The Fourier kernels every command shares. Sizes are powers of two, N = 2^M.
+// Arrays are plain doubles, real and imaginary parts apart, indexed from 0;
+// callers allocate N + 5 entries. The kernels work in place, apply no
+// normalization, and take every twiddle factor from two tables built with
+// square roots alone; each rotation is three shears.
+//
+//   complex:  Z[k] = sum_j (X[j] + i Y[j]) exp(+2 pi i j k / N)
+//   RealFFT:  the same for real X[0..N-1], all N values out
+//   RealInverseFFT:  x[j] = sum_k Z[k] exp(-2 pi i j k / N) with
+//             Z[N-k] = conj(Z[k]), from X, Y[0..N/2]
+//   sine:     X[k] = sum_{j=1}^{N-1} x[j] sin(pi j k / N), k = 0..N
+//   cosine:   X[k] = sum_{j=0}^{N-1} x[j] cos(pi j k / N), k = 0..N-1
+
+#include <vector>
+
+namespace keldo::fourier {
+
+// S[k] = sin(2 pi k / N) and T[k] = tan(pi k / N) for k = 0..N/4 (arrays of
+// N/4 + 4), and c = 2 cos(2 pi / N). N at least 8.
+void BuildTrigTables(int n, int m, double* sineTable, double* tanTable, double& cosConstant);
+
+// The bit-reversal permutation of both arrays of length n = 2^m.
+void BitReversePair(double* x, double* y, int n, int m);
+
+// Butterflies over bit-reversed data of length n; stride 1 when the tables
+// were built for n, 2 when built for 2n.
+void ComplexFFTCore(double* x, double* y, const double* sineTable, const double* tanTable, int n, int stride);
+
+// Full spectrum of real x[0..N-1]; mHalf = M - 1. Y's input is ignored;
+// Y[0] = Y[N/2] = 0 on output.
+void RealFFT(int n, double* x, double* y, const double* sineTable, const double* tanTable, int mHalf);
+
+// Real signal from a half spectrum X, Y[0..N/2]; mOffset = M - 6. Y is
+// destroyed. Of RealFFT's output it gives N times the signal.
+void RealInverseFFT(int n, int mOffset, double* x, double* y, const double* sineTable, const double* tanTable);
+
+// Sine transform of x (x[0] and x[N] ignored); X[0] = X[N] = 0 exactly. Y is
+// scratch. mOffset = M - 6.
+void SineTransformCore(int n, double* x, double* y, const double* sineTable, const double* tanTable, int mOffset,
+                       double cosConstant);
+
+// Cosine transform of x[0..N-1]; X[N] is left for the caller.
+void CosineTransformCore(int n, double* x, double* y, const double* sineTable, const double* tanTable, int mOffset,
+                         double cosConstant);
+
+// Exchanges a[k] and a[k + N/2] for k = 0..N/2-1.
+void SwapHalves(int n, double* a);
+
+// Tables for one size, built once and kept by a caller.
+struct TrigTables {
+  explicit TrigTables(int n);
+  int n = 0;
+  int m = 0;
+  std::vector<double> sine;
+  std::vector<double> tan;
+  double cosConstant = 0.0;
+};
+
+}  // namespace keldo::fourier

@@ -1,0 +1,220 @@
+// The Fourier kernels against direct evaluation of their defining sums, for
+// every size from 8 to 4096, and the edge cases of their definitions.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+#include <vector>
+
+#include "fourier/fft.h"
+
+namespace keldo::fourier {
+namespace {
+
+constexpr double kRelativeTolerance = 1e-12;
+constexpr long double kPi = 3.141592653589793238462643383279502884L;
+
+// cos and sin of 2 pi a / M for an integer a, from a table per M.
+struct UnitCircle {
+  int size = 0;
+  std::vector<long double> cos, sin;
+  void Use(int m) {
+    if (size == m) return;
+    size = m;
+    cos.resize(static_cast<std::size_t>(m));
+    sin.resize(static_cast<std::size_t>(m));
+    for (int a = 0; a < m; ++a) {
+      cos[static_cast<std::size_t>(a)] = std::cos(2 * kPi * a / m);
+      sin[static_cast<std::size_t>(a)] = std::sin(2 * kPi * a / m);
+    }
+  }
+};
+UnitCircle circle;
+long double CosStep(long long a, int twoN) {
+  circle.Use(twoN);
+  return circle.cos[static_cast<std::size_t>(a % twoN)];
+}
+long double SinStep(long long a, int twoN) {
+  circle.Use(twoN);
+  return circle.sin[static_cast<std::size_t>(a % twoN)];
+}
+
+std::vector<double> RandomSignal(int n, unsigned seed) {
+  std::mt19937 engine(seed);
+  std::uniform_real_distribution<double> u(-1.0, 1.0);
+  std::vector<double> v(static_cast<std::size_t>(n) + 5, 0.0);
+  for (int i = 0; i <= n; ++i) v[static_cast<std::size_t>(i)] = u(engine);
+  return v;
+}
+
+// Largest difference over the largest reference value.
+double RelativeError(const std::vector<long double>& reference, const double* ours, int from, int to) {
+  long double worst = 0, scale = 0;
+  for (int k = from; k <= to; ++k) {
+    worst = std::max(worst, std::fabs(reference[static_cast<std::size_t>(k)] - ours[k]));
+    scale = std::max(scale, std::fabs(reference[static_cast<std::size_t>(k)]));
+  }
+  return static_cast<double>(worst / (scale > 0 ? scale : 1));
+}
+
+class Sizes : public ::testing::TestWithParam<int> {};
+
+TEST_P(Sizes, TablesHoldSinesAndTangents) {
+  const int n = GetParam();
+  TrigTables t(n);
+  for (int k = 0; k <= n / 4; ++k) {
+    EXPECT_NEAR(t.sine[static_cast<std::size_t>(k)], std::sin(2 * M_PI * k / n), 1e-15) << k;
+    // (1 - cos x) / sin x cancels near 0: the error grows as 1 / sin x.
+    const double tolerance = 2e-15 + (k > 0 ? 1e-15 / std::sin(2 * M_PI * k / n) : 0.0);
+    EXPECT_NEAR(t.tan[static_cast<std::size_t>(k)], std::tan(M_PI * k / n), tolerance) << k;
+  }
+  EXPECT_EQ(t.tan[0], 0.0);
+  EXPECT_EQ(t.tan[static_cast<std::size_t>(n / 4)], 1.0);
+  EXPECT_NEAR(t.cosConstant, 2 * std::cos(2 * M_PI / n), 1e-15);
+}
+
+TEST_P(Sizes, ComplexTransformIsTheDirectSumWithPositiveExponent) {
+  const int n = GetParam();
+  TrigTables t(n);
+  auto x = RandomSignal(n, 1), y = RandomSignal(n, 2);
+  std::vector<long double> re(static_cast<std::size_t>(n)), im(static_cast<std::size_t>(n));
+  for (int k = 0; k < n; ++k) {
+    long double a = 0, b = 0;
+    for (int j = 0; j < n; ++j) {
+      const long double c = CosStep(2LL * j * k, 2 * n), s = SinStep(2LL * j * k, 2 * n);
+      a += x[static_cast<std::size_t>(j)] * c - y[static_cast<std::size_t>(j)] * s;
+      b += x[static_cast<std::size_t>(j)] * s + y[static_cast<std::size_t>(j)] * c;
+    }
+    re[static_cast<std::size_t>(k)] = a;
+    im[static_cast<std::size_t>(k)] = b;
+  }
+  BitReversePair(x.data(), y.data(), n, t.m);
+  ComplexFFTCore(x.data(), y.data(), t.sine.data(), t.tan.data(), n, 1);
+  EXPECT_LT(RelativeError(re, x.data(), 0, n - 1), kRelativeTolerance);
+  EXPECT_LT(RelativeError(im, y.data(), 0, n - 1), kRelativeTolerance);
+}
+
+TEST_P(Sizes, RealTransformGivesTheFullSpectrumAndTheInverseNTimesTheSignal) {
+  const int n = GetParam();
+  TrigTables t(n);
+  auto x = RandomSignal(n, 3);
+  const auto original = x;
+  std::vector<double> y(x.size(), 7.0);  // ignored on input
+  std::vector<long double> re(static_cast<std::size_t>(n)), im(static_cast<std::size_t>(n));
+  for (int k = 0; k < n; ++k) {
+    long double a = 0, b = 0;
+    for (int j = 0; j < n; ++j) {
+      a += original[static_cast<std::size_t>(j)] * CosStep(2LL * j * k, 2 * n);
+      b += original[static_cast<std::size_t>(j)] * SinStep(2LL * j * k, 2 * n);
+    }
+    re[static_cast<std::size_t>(k)] = a;
+    im[static_cast<std::size_t>(k)] = b;
+  }
+  RealFFT(n, x.data(), y.data(), t.sine.data(), t.tan.data(), t.m - 1);
+  EXPECT_LT(RelativeError(re, x.data(), 0, n - 1), kRelativeTolerance);
+  EXPECT_LT(RelativeError(im, y.data(), 0, n - 1), kRelativeTolerance);
+  EXPECT_EQ(y[0], 0.0);
+  EXPECT_EQ(y[static_cast<std::size_t>(n / 2)], 0.0);
+  RealInverseFFT(n, t.m - 6, x.data(), y.data(), t.sine.data(), t.tan.data());
+  std::vector<long double> scaled(static_cast<std::size_t>(n));
+  for (int j = 0; j < n; ++j) scaled[static_cast<std::size_t>(j)] = static_cast<long double>(n) * original[static_cast<std::size_t>(j)];
+  EXPECT_LT(RelativeError(scaled, x.data(), 0, n - 1), kRelativeTolerance);
+}
+
+TEST_P(Sizes, InverseIsTheDirectSumOfAHalfSpectrum) {
+  const int n = GetParam();
+  TrigTables t(n);
+  auto x = RandomSignal(n, 4), y = RandomSignal(n, 5);
+  std::vector<long double> out(static_cast<std::size_t>(n));
+  for (int j = 0; j < n; ++j) {
+    // Z[0] and Z[N/2] are real; the others come in conjugate pairs.
+    long double sum = x[0] + ((j & 1) ? -1.0L : 1.0L) * x[static_cast<std::size_t>(n / 2)];
+    for (int k = 1; k < n / 2; ++k)
+      sum += 2 * (x[static_cast<std::size_t>(k)] * CosStep(2LL * j * k, 2 * n) +
+                  y[static_cast<std::size_t>(k)] * SinStep(2LL * j * k, 2 * n));
+    out[static_cast<std::size_t>(j)] = sum;
+  }
+  RealInverseFFT(n, t.m - 6, x.data(), y.data(), t.sine.data(), t.tan.data());
+  EXPECT_LT(RelativeError(out, x.data(), 0, n - 1), kRelativeTolerance);
+}
+
+TEST_P(Sizes, SineAndCosineTransformsAreTheirSums) {
+  const int n = GetParam();
+  TrigTables t(n);
+  auto x = RandomSignal(n, 6);
+  const auto original = x;
+  std::vector<double> y(x.size(), 0.0);
+  std::vector<long double> sine(static_cast<std::size_t>(n) + 1), cosine(static_cast<std::size_t>(n));
+  for (int k = 0; k <= n; ++k) {
+    long double a = 0, b = 0;
+    for (int j = 0; j < n; ++j) {
+      if (j > 0) a += original[static_cast<std::size_t>(j)] * SinStep(1LL * j * k, 2 * n);
+      if (k < n) b += original[static_cast<std::size_t>(j)] * CosStep(1LL * j * k, 2 * n);
+    }
+    sine[static_cast<std::size_t>(k)] = a;
+    if (k < n) cosine[static_cast<std::size_t>(k)] = b;
+  }
+  SineTransformCore(n, x.data(), y.data(), t.sine.data(), t.tan.data(), t.m - 6, t.cosConstant);
+  EXPECT_LT(RelativeError(sine, x.data(), 0, n), kRelativeTolerance);
+  EXPECT_EQ(x[0], 0.0);
+  EXPECT_EQ(x[static_cast<std::size_t>(n)], 0.0);
+
+  x = original;
+  x[static_cast<std::size_t>(n)] = 12345.0;  // never written, never read
+  CosineTransformCore(n, x.data(), y.data(), t.sine.data(), t.tan.data(), t.m - 6, t.cosConstant);
+  EXPECT_LT(RelativeError(cosine, x.data(), 0, n - 1), kRelativeTolerance);
+  EXPECT_EQ(x[static_cast<std::size_t>(n)], 12345.0);
+}
+
+INSTANTIATE_TEST_SUITE_P(PowersOfTwo, Sizes, ::testing::Values(8, 16, 32, 64, 128, 256, 512, 1024, 2048, 4096));
+
+TEST(Kernels, AConstantHasItsWholeSpectrumAtZeroWithoutScaling) {
+  const int n = 64;
+  TrigTables t(n);
+  std::vector<double> x(n + 5, 1.0), y(n + 5, 0.0);
+  RealFFT(n, x.data(), y.data(), t.sine.data(), t.tan.data(), t.m - 1);
+  EXPECT_NEAR(x[0], n, 1e-12);
+  for (int k = 1; k < n; ++k) {
+    EXPECT_NEAR(x[static_cast<std::size_t>(k)], 0.0, 1e-12);
+    EXPECT_NEAR(y[static_cast<std::size_t>(k)], 0.0, 1e-12);
+  }
+}
+
+TEST(Kernels, CosineAndSineWavesLandInBinsOneAndNMinusOne) {
+  const int n = 128;
+  TrigTables t(n);
+  std::vector<double> x(n + 5), y(n + 5);
+  for (int j = 0; j < n; ++j) x[static_cast<std::size_t>(j)] = std::cos(2 * M_PI * j / n);
+  RealFFT(n, x.data(), y.data(), t.sine.data(), t.tan.data(), t.m - 1);
+  EXPECT_NEAR(x[1], n / 2.0, 1e-12);
+  EXPECT_NEAR(x[n - 1], n / 2.0, 1e-12);
+  for (int j = 0; j < n; ++j) x[static_cast<std::size_t>(j)] = std::sin(2 * M_PI * j / n);
+  RealFFT(n, x.data(), y.data(), t.sine.data(), t.tan.data(), t.m - 1);
+  EXPECT_NEAR(y[1], n / 2.0, 1e-12);
+  EXPECT_NEAR(y[n - 1], -n / 2.0, 1e-12);
+}
+
+TEST(Kernels, BitReversalUpTo2To17) {
+  for (int m = 1; m <= 17; ++m) {
+    const int n = 1 << m;
+    std::vector<double> x(static_cast<std::size_t>(n)), y(static_cast<std::size_t>(n));
+    for (int i = 0; i < n; ++i) x[static_cast<std::size_t>(i)] = y[static_cast<std::size_t>(i)] = i;
+    BitReversePair(x.data(), y.data(), n, m);
+    for (int i = 0; i < n; ++i) {
+      int r = 0;
+      for (int b = 0; b < m; ++b) r |= ((i >> b) & 1) << (m - 1 - b);
+      ASSERT_EQ(x[static_cast<std::size_t>(i)], r) << "n " << n << " i " << i;
+      ASSERT_EQ(y[static_cast<std::size_t>(i)], r);
+    }
+  }
+}
+
+TEST(Kernels, SwapHalvesExchangesTheHalves) {
+  std::vector<double> a = {0, 1, 2, 3, 4, 5, 6, 7};
+  SwapHalves(8, a.data());
+  EXPECT_EQ(a, (std::vector<double>{4, 5, 6, 7, 0, 1, 2, 3}));
+}
+
+}  // namespace
+}  // namespace keldo::fourier
