@@ -2,6 +2,8 @@
 #include <QApplication>
 #include <QStringList>
 
+#include <clocale>
+
 #include "app/form_kinds.h"
 #include "app/frame.h"
 #include "qt/main_window.h"
@@ -10,6 +12,8 @@
 
 int main(int argc, char** argv) {
   QApplication app(argc, argv);
+  // Numbers are written and read with a point whatever the user's locale.
+  std::setlocale(LC_NUMERIC, "C");
   QApplication::setApplicationName("KELDO");
   const std::string home = keldo::qt::ProgramFolder();
   keldo::qt::QtPlatform platform(home + "/docs");

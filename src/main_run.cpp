@@ -9,6 +9,8 @@
 
 #include <QApplication>
 
+#include <clocale>
+
 #include "app/form_kinds.h"
 #include "app/frame.h"
 #include "platform/headless/headless_services.h"
@@ -65,6 +67,8 @@ int main(int argc, char** argv) {
   int qtArgc = 1;
   char* qtArgv[] = {argv[0], nullptr};
   QApplication app(qtArgc, qtArgv);
+  // Numbers are written and read with a point whatever the user's locale.
+  std::setlocale(LC_NUMERIC, "C");
 
   const std::string home = keldo::qt::ProgramFolder();
   keldo::script::Runner* runner = nullptr;

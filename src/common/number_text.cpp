@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <charconv>
 #include <cstdlib>
 
 namespace keldo {
@@ -38,6 +39,42 @@ std::string PlainNumber(double value) {
   char buffer[48];
   std::snprintf(buffer, sizeof buffer, "%.15G", value);
   return buffer;
+}
+
+double Val(const std::string& text) {
+  std::string number;
+  std::size_t i = 0;
+  const auto skipBlanks = [&] {
+    while (i < text.size() && (text[i] == ' ' || text[i] == '\t')) ++i;
+  };
+  skipBlanks();
+  if (i < text.size() && (text[i] == '+' || text[i] == '-')) number += text[i++];
+  bool digits = false, point = false;
+  for (; i < text.size(); ++i) {
+    const char c = text[i];
+    if (c >= '0' && c <= '9') {
+      number += c;
+      digits = true;
+    } else if (c == '.' && !point) {
+      number += c;
+      point = true;
+    } else if (c != ' ') {
+      break;
+    }
+  }
+  if (!digits) return 0.0;
+  if (i < text.size() && (text[i] == 'E' || text[i] == 'e' || text[i] == 'D' || text[i] == 'd')) {
+    std::string exponent = "e";
+    std::size_t j = i + 1;
+    if (j < text.size() && (text[j] == '+' || text[j] == '-')) exponent += text[j++];
+    const std::size_t start = exponent.size();
+    while (j < text.size() && text[j] >= '0' && text[j] <= '9' && exponent.size() < start + 6) exponent += text[j++];
+    if (exponent.size() > start) number += exponent;
+  }
+  double value = 0.0;
+  const char* first = number.c_str() + (number[0] == '+' ? 1 : 0);
+  std::from_chars(first, number.c_str() + number.size(), value);
+  return value;
 }
 
 std::string StrNumber(double value) {

@@ -26,6 +26,11 @@ std::string PlainNumber(double value);
 // sign otherwise: " 0.5", "-2".
 std::string StrNumber(double value);
 
+// The number at the start of a text, as a numeric conversion of typed text
+// reads it: blanks skipped, an optional sign, digits with one point, an
+// optional exponent (E or D); 0 when no number stands there.
+double Val(const std::string& text);
+
 // A single-precision value in its plain text form (7 significant digits),
 // with the leading blank of StrNumber.
 std::string StrSingle(float value);

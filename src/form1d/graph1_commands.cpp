@@ -120,6 +120,7 @@ void Graph1Form::BuildSideBoxControls() {
 
 void Graph1Form::BindCommands() {
   AddCommonFileHandlers();
+  BuildFourierControls();
   OnMenu("mnuPlotGraph", [this](int) { OpenSideBox("Graph", "Graphing", 0, kPanelGraph); });
   OnMenu("mnuRemoveGraph", [this](int) { SetAnalysisForm("Remove graph"); });
   OnMenu("mnuPopUpRemoveGraph", [this](int) { SetAnalysisForm("Remove graph"); });
@@ -287,6 +288,8 @@ bool Graph1Form::Go() {
   }
   switch (goIndex_) {
     case 0: PlotTheGraph(); return true;
+    case 2: FourierTransform(); return true;
+    case 3: FourierTrigTransform(controls_.Text("LabFTrigTran") == "Sine transform" ? 5 : 6); return true;
     case 5: PerformAnalysis(); return true;
     case 6: Calculate(); return true;
     case 8: ResetDisplay(); return true;

@@ -14,6 +14,11 @@
 #include "formula/compiler.h"
 #include "formula/user_function.h"
 
+namespace keldo::fourier {
+struct TransformSetup;
+struct TransformResult;
+}  // namespace keldo::fourier
+
 namespace keldo::form1d {
 
 constexpr int kMinPoints = 64;
@@ -24,6 +29,8 @@ constexpr int kSlack = 10;  // samples of slack after point N in every row
 // Side box panels (PicSideBox) by number.
 enum SideBoxPanel : int {
   kPanelGraph = 0,
+  kPanelFourierTransform = 2,
+  kPanelTrigTransform = 3,
   kPanelAnalysis = 5,
   kPanelCalculator = 6,
   kPanelDisplayStyle = 7,
@@ -145,6 +152,11 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   void PasteFromTheClipboard();
   void Activated() override;
 
+  // Fourier analysis.
+  bool GetTransformParameters(fourier::TransformSetup& setup);
+  void FourierTransform();
+  void FourierTrigTransform(int kind);
+
   formula::FormulaState& FormulaFields() { return formula_; }
   formula::Compiler& compiler() { return compiler_; }
   double VALU(std::string& text) { return compiler_.VALU(text); }
@@ -194,6 +206,14 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   void USERFN(int count, double a, double b, double h, std::vector<double>& y, std::string& error,
               const std::string& command);
   void BuildSideBoxControls();
+  void BuildFourierControls();
+  void TrigTransformBox(const std::string& key, const std::string& title);
+  // Presets a graph number field to the graph nearest the last click.
+  void PresetGraphField(const std::string& field);
+  // The graph index a number field names, after reporting 1 or 3; -1 then.
+  int GraphNumberField(const std::string& field);
+  // A new form of this N holding the result graphs, fitted and shown.
+  void ShowResultForm(const fourier::TransformResult& r);
   void BindCommands();
   void OpenSideBox(const std::string& key, const std::string& topic, int goIndex, int panel);
   void SetAnalysisForm(const std::string& title);
@@ -237,6 +257,7 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   std::string sideBoxKey_;
   int goIndex_ = -1;
   double clickX_ = 0.0, clickY_ = 0.0;
+  double transformLeft_ = 0.0, transformRight_ = 0.0;
   std::string cursorText_;
   std::string fileName_;
   std::vector<std::string> history_;

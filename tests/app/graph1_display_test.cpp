@@ -322,7 +322,7 @@ TEST(ResetMenu, FollowsTheCountForBuiltCommands) {
       {"mnuOpenSave(3)", {false, true, true, true}},   {"mnuOpenSave(4)", {false, true, true, true}},
       {"mnuOpenSave(5)", {false, true, true, true}},
       // Not built yet: disabled whatever the count.
-      {"mnuStatistics", {false, false, false, false}}, {"mnuTransforms", {false, false, false, false}},
+      {"mnuStatistics", {false, false, false, false}}, {"mnuTransforms", {false, true, true, true}},
       {"mnuOpenSave(6)", {false, false, false, false}}, {"mnuDownSample", {false, false, false, false}},
       {"mnuConvolution", {false, false, false, false}}, {"mnuScalarProduct", {false, false, false, false}},
       // Always there.

@@ -1,0 +1,164 @@
+// The Fourier commands of the one-dimensional form: the side boxes of the
+// transforms, the reading of their choices, and the result forms.
+
+#include <cmath>
+
+#include "app/frame.h"
+#include "common/number_text.h"
+#include "form1d/graph1_form.h"
+#include "fourier/transforms.h"
+
+namespace keldo::form1d {
+namespace {
+
+const std::vector<std::string>& TransformWindows() {
+  static const std::vector<std::string> kNames = {"None", "Blackman", "Gauss", "Hamming", "hanning"};
+  return kNames;
+}
+
+struct OptionRow {
+  const char* name;
+  const char* caption;
+  const char* tip;
+  const char* group;
+};
+
+constexpr OptionRow kTransformOptions[] = {
+    {"FTReal", "Real", "Signal consists of only real values.", "FTData"},
+    {"FTComplex", "Complex", "Signal consists of real and complex values.", "FTData"},
+    {"TrOp1", "Real/Im", "Transform displayed as real and imaginary parts.", "TrOp"},
+    {"TrOp2", "Amp/Ph", "Transform displayed as magnitude and phase angle.", "TrOp"},
+    {"TrOp3", "Power sp", "Magnitudes-squared of transform values.", "TrOp"},
+    {"FTIntOp1", "[-L,L]-->[-A,A]", "Signal over [-L,L], transform over [-A,A].", "FTIntOp"},
+    {"FTIntOp2", "[0,L]-->[-A,A]", "Signal over [0,L], transform over [-A,A].", "FTIntOp"},
+    {"FTIntOp3", "[-L,L]-->[0,A]", "Signal over [-L,L], transform over [0,A].", "FTIntOp"},
+    {"FTIntOp4", "[0,L]-->[0,A]", "Signal over [0,L], transform over [0,A].", "FTIntOp"},
+    {"PosExponent", "+", "Plus sign on i in exponent.", "FTExponent"},
+    {"NegExponent", "-", "Neg. sign on i in exponent.", "FTExponent"},
+};
+
+}  // namespace
+
+void Graph1Form::BuildFourierControls() {
+  for (const OptionRow& row : kTransformOptions) {
+    Control& c = controls_.Add(row.name, ControlKind::Option, row.caption);
+    c.tip = row.tip;
+    c.group = row.group;
+  }
+  for (const char* chosen : {"FTReal", "TrOp1", "FTIntOp1", "NegExponent"}) controls_[chosen].value = 1;
+  controls_.Add("FTGraph", ControlKind::Text, "1").tip = "The number of the graph.";
+  controls_.Add("RealPart", ControlKind::Text, "1").tip = "Specify real part of signal.";
+  controls_.Add("ImagPart", ControlKind::Text, "2").tip = "Specify imaginary part of signal.";
+  for (int k = 0; k < 2; ++k) {
+    Control& list = controls_.Add(IndexedName("TrFilter", k), ControlKind::List, "None");
+    list.items = TransformWindows();
+  }
+  controls_.Add("chkFPerEA(1)", ControlKind::Check, "Periodic, endpoint averaged").tip =
+      "If checked, starting and final values of signal are averaged.";
+  controls_.Add("LabFTrigTran", ControlKind::Label, "Sine transform");
+  controls_.Add("GraphFTrigTran", ControlKind::Text, "1").tip = "The number of the graph.";
+  Control& go2 = controls_.Add("GoButton(2)", ControlKind::Button, "&Transform");
+  go2.tip = "Computes the transform into a new form.";
+  Control& go3 = controls_.Add("GoButton(3)", ControlKind::Button, "&Transform");
+  go3.tip = "Computes the transform into a new form.";
+
+  OnMenu("mnuFourierTransform", [this](int) {
+    OpenSideBox("FTran", "Fourier transform", 2, kPanelFourierTransform);
+    PresetGraphField("FTGraph");
+  });
+  OnMenu("mnuSineTransform", [this](int) { TrigTransformBox("STran", "Sine transform"); });
+  OnMenu("mnuCosineTransform", [this](int) { TrigTransformBox("CTran", "Cosine transform"); });
+}
+
+void Graph1Form::TrigTransformBox(const std::string& key, const std::string& title) {
+  controls_.SetText("LabFTrigTran", title);
+  OpenSideBox(key, title, 3, kPanelTrigTransform);
+  PresetGraphField("GraphFTrigTran");
+}
+
+void Graph1Form::PresetGraphField(const std::string& field) {
+  if (graphCount_ > 1) controls_.SetText(field, std::to_string(FindNearestGraph(clickX_, clickY_) + 1));
+}
+
+int Graph1Form::GraphNumberField(const std::string& field) {
+  const double g = std::nearbyint(Val(controls_.Text(field))) - 1;
+  if (g > graphCount_ - 1) {
+    frame_.ShowError(1);
+    return -1;
+  }
+  if (g < 0) {
+    frame_.ShowError(3);
+    return -1;
+  }
+  return static_cast<int>(g);
+}
+
+bool Graph1Form::GetTransformParameters(fourier::TransformSetup& setup) {
+  auto chosen = [&](std::initializer_list<const char*> names) {
+    int k = 0;
+    for (const char* name : names) {
+      ++k;
+      if (controls_[name].value) return k;
+    }
+    return 0;
+  };
+  const int data = chosen({"FTReal", "FTComplex"});
+  const int output = chosen({"TrOp1", "TrOp2", "TrOp3"});
+  const int exponent = chosen({"NegExponent", "PosExponent"});
+  const int interval = chosen({"FTIntOp1", "FTIntOp2", "FTIntOp3", "FTIntOp4"});
+  if (data == 0 || output == 0 || exponent == 0 || interval == 0) {
+    frame_.Beep();
+    return false;
+  }
+  setup.dataType = data == 1 ? fourier::DataType::Real : fourier::DataType::Complex;
+  setup.displayKind = output == 3 ? 0 : output;
+  setup.outputClass = output == 3 ? 2 : 1;
+  setup.exponent = exponent == 1 ? fourier::Exponent::Negative : fourier::Exponent::Positive;
+  setup.intervalType = interval;
+  setup.signalInterval = (interval == 1 || interval == 3) ? 1 : 2;
+  return true;
+}
+
+void Graph1Form::FourierTransform() {
+  fourier::TransformSetup setup;
+  if (!GetTransformParameters(setup)) return;
+  const bool complex = setup.dataType == fourier::DataType::Complex;
+  const int re = GraphNumberField(complex ? "RealPart" : "FTGraph");
+  if (re < 0) return;
+  const int im = complex ? GraphNumberField("ImagPart") : -1;
+  if (complex && im < 0) return;
+  setup.window = controls_.Text("TrFilter(0)");
+  setup.endpointAveraged = controls_["chkFPerEA(1)"].value != 0;
+  frame_.ShowBusy();
+  const fourier::TransformResult r = fourier::FourierTransformOf(
+      n_, GraphValues(re), complex ? GraphValues(im) : nullptr, GraphLeft(re), GraphRight(re), setup);
+  frame_.ShowIdle();
+  transformLeft_ = r.left;
+  transformRight_ = r.right;
+  ShowResultForm(r);
+}
+
+void Graph1Form::FourierTrigTransform(int kind) {
+  const int g = GraphNumberField("GraphFTrigTran");
+  if (g < 0) return;
+  frame_.ShowBusy();
+  const fourier::TransformResult r =
+      fourier::FourierTrigTransformOf(n_, GraphValues(g), GraphLeft(g), GraphRight(g), kind, controls_.Text("TrFilter(1)"));
+  frame_.ShowIdle();
+  transformLeft_ = 0.0;
+  transformRight_ = r.right;
+  ShowResultForm(r);
+}
+
+void Graph1Form::ShowResultForm(const fourier::TransformResult& r) {
+  Graph1Form* form = NewSiblingForm();
+  if (!form) return;
+  form->SetPoints(n_);
+  form->UpDateFnData(n_, r.first, r.left, r.right, r.step, false);
+  if (!r.second.empty()) form->UpDateFnData(n_, r.second, r.left, r.right, r.step, false);
+  form->SetIntervalChoice(r.left);
+  form->DisplayGraphs(form->GraphCount() - 1);
+  form->NewWindow();
+}
+
+}  // namespace keldo::form1d
