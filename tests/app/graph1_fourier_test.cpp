@@ -60,7 +60,8 @@ TEST(FourierTransformCommand, PowerSpectrumGivesOneGraphAndAmpPhTwo) {
   EXPECT_EQ(r.GraphCount(), 2);
   EXPECT_EQ(r.Graphs()[0].a, 0.0);
   EXPECT_DOUBLE_EQ(r.Graphs()[0].b, 32.0);
-  for (double v : r.Graphs()[0].values) EXPECT_GE(v, 0.0);  // magnitudes
+  const auto graphs = r.Graphs();
+  for (double v : graphs[0].values) EXPECT_GE(v, 0.0);  // magnitudes
 }
 
 TEST(FourierTransformCommand, GraphNumbersAreChecked) {
