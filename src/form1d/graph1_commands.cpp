@@ -121,6 +121,7 @@ void Graph1Form::BuildSideBoxControls() {
 void Graph1Form::BindCommands() {
   AddCommonFileHandlers();
   BuildFourierControls();
+  BuildSeriesControls();
   OnMenu("mnuPlotGraph", [this](int) { OpenSideBox("Graph", "Graphing", 0, kPanelGraph); });
   OnMenu("mnuRemoveGraph", [this](int) { SetAnalysisForm("Remove graph"); });
   OnMenu("mnuPopUpRemoveGraph", [this](int) { SetAnalysisForm("Remove graph"); });
@@ -288,8 +289,18 @@ bool Graph1Form::Go() {
   }
   switch (goIndex_) {
     case 0: PlotTheGraph(); return true;
+    case 1: {
+      const std::string& title = controls_.Text("LblPlotSeries");
+      FourierSeries(title == "Sine series" ? 2 : title == "Cosine series" ? 3 : 1);
+      return true;
+    }
     case 2: FourierTransform(); return true;
     case 3: FourierTrigTransform(controls_.Text("LabFTrigTran") == "Sine transform" ? 5 : 6); return true;
+    case 4: {
+      const std::string& title = controls_.Text("LabConvolve");
+      Convolve(title == "Autocorrelation" ? 2 : title == "Pair correlation" ? 3 : 1);
+      return true;
+    }
     case 5: PerformAnalysis(); return true;
     case 6: Calculate(); return true;
     case 8: ResetDisplay(); return true;

@@ -17,6 +17,8 @@
 namespace keldo::fourier {
 struct TransformSetup;
 struct TransformResult;
+struct SeriesFilter;
+enum class SeriesKind;
 }  // namespace keldo::fourier
 
 namespace keldo::form1d {
@@ -31,6 +33,9 @@ enum SideBoxPanel : int {
   kPanelGraph = 0,
   kPanelFourierTransform = 2,
   kPanelTrigTransform = 3,
+  kPanelSeries = 1,
+  kPanelConvolve = 4,
+  kPanelFiltering = 8,
   kPanelAnalysis = 5,
   kPanelCalculator = 6,
   kPanelDisplayStyle = 7,
@@ -156,6 +161,13 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   bool GetTransformParameters(fourier::TransformSetup& setup);
   void FourierTransform();
   void FourierTrigTransform(int kind);
+  void FourierSeries(int kind);
+  void SetFilterParameters();
+  // Checks the filter's parameters and prepares it; the code is -100 after
+  // a message, 399 for diffraction, 801 for a selection.
+  int FREQFILT(fourier::SeriesKind kind, int h, double b, double* x, double* y, fourier::SeriesFilter& filter);
+  void Convolve(int kind);
+  void Filtering();
 
   formula::FormulaState& FormulaFields() { return formula_; }
   formula::Compiler& compiler() { return compiler_; }
@@ -207,6 +219,13 @@ class Graph1Form final : public Form, private formula::FormulaHost {
               const std::string& command);
   void BuildSideBoxControls();
   void BuildFourierControls();
+  void BuildSeriesControls();
+  void BuildFilteringControls();
+  void SeriesBox(int kind);
+  int ResetFilterForm(int message);
+  bool UserFilter(int h, std::vector<double>& w);
+  // Files values as a new graph of this form and shows it.
+  void FileNewGraph(const std::vector<double>& values, double a, double b, double h);
   void TrigTransformBox(const std::string& key, const std::string& title);
   // Presets a graph number field to the graph nearest the last click.
   void PresetGraphField(const std::string& field);
@@ -258,6 +277,7 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   int goIndex_ = -1;
   double clickX_ = 0.0, clickY_ = 0.0;
   double transformLeft_ = 0.0, transformRight_ = 0.0;
+  double timeConstant_ = 0.0;
   std::string cursorText_;
   std::string fileName_;
   std::vector<std::string> history_;
