@@ -67,6 +67,8 @@ class Form {
   virtual bool Mouse(MouseAction, double, double, MouseButton) { return false; }
   // The form's window became the active one.
   virtual void Activated() {}
+  // A person changed a control's value (a list choice, a text, an option).
+  virtual void ControlChanged(const std::string&) {}
 
   // What a dump shows.
   virtual int Points() const { return 0; }

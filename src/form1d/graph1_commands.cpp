@@ -122,6 +122,7 @@ void Graph1Form::BindCommands() {
   AddCommonFileHandlers();
   BuildFourierControls();
   BuildSeriesControls();
+  BuildFilteringControls();
   OnMenu("mnuPlotGraph", [this](int) { OpenSideBox("Graph", "Graphing", 0, kPanelGraph); });
   OnMenu("mnuRemoveGraph", [this](int) { SetAnalysisForm("Remove graph"); });
   OnMenu("mnuPopUpRemoveGraph", [this](int) { SetAnalysisForm("Remove graph"); });
@@ -304,6 +305,7 @@ bool Graph1Form::Go() {
     case 5: PerformAnalysis(); return true;
     case 6: Calculate(); return true;
     case 8: ResetDisplay(); return true;
+    case 9: Filtering(); return true;
     default: return false;
   }
 }
@@ -346,6 +348,10 @@ bool Graph1Form::QueryClose() {
     return false;
   }
   return true;
+}
+
+void Graph1Form::ControlChanged(const std::string& name) {
+  if (name == "FreqFilter") SetFilterParameters();
 }
 
 void Graph1Form::Activated() {

@@ -156,6 +156,7 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   void CopyTheGraphToClipboardSlow();
   void PasteFromTheClipboard();
   void Activated() override;
+  void ControlChanged(const std::string& name) override;
 
   // Fourier analysis.
   bool GetTransformParameters(fourier::TransformSetup& setup);

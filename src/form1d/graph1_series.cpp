@@ -282,3 +282,76 @@ void Graph1Form::Convolve(int kind) {
 }
 
 }  // namespace keldo::form1d
+
+namespace keldo::form1d {
+
+void Graph1Form::BuildFilteringControls() {
+  const char* kLabels[3] = {"Graph:", "Real:", "Imag:"};
+  for (int k = 0; k < 3; ++k) {
+    controls_.Add(IndexedName("FDataNum", k), ControlKind::Text, k == 2 ? "2" : "1").tip = kLabels[k];
+    controls_.Add(IndexedName("FiltNum", k), ControlKind::Text, k == 2 ? "3" : "2").tip = kLabels[k];
+  }
+  const char* kKinds[2] = {"Real", "Complex"};
+  for (int k = 0; k < 2; ++k) {
+    Control& data = controls_.Add(IndexedName("OpFData", k), ControlKind::Option, kKinds[k]);
+    data.group = "OpFData";
+    data.value = k == 0;
+    Control& filter = controls_.Add(IndexedName("OpFilt", k), ControlKind::Option, kKinds[k]);
+    filter.group = "OpFilt";
+    filter.value = k == 0;
+  }
+  Control& go9 = controls_.Add("GoButton(9)", ControlKind::Button, "&Filter");
+  go9.tip = "Multiplies the data by the filter, point by point.";
+  OnMenu("mnuFiltering", [this](int) {
+    const std::string tip = "Positive integer less than" + StrInt(graphCount_ + 1);
+    for (int k = 0; k < 3; ++k) {
+      controls_[IndexedName("FDataNum", k)].tip = tip;
+      controls_[IndexedName("FiltNum", k)].tip = tip;
+    }
+    OpenSideBox("Filter", "Filtering", 9, kPanelFiltering);
+  });
+}
+
+void Graph1Form::Filtering() {
+  const bool complexData = controls_["OpFData(1)"].value != 0;
+  const bool complexFilter = controls_["OpFilt(1)"].value != 0;
+  // A graph number from a field, or -1 when it is out of range.
+  const auto number = [&](const std::string& field) {
+    const double g = std::nearbyint(Val(controls_.Text(field)));
+    return g >= 1 && g <= graphCount_ ? static_cast<int>(g) - 1 : -1;
+  };
+  const int d0 = number(complexData ? "FDataNum(1)" : "FDataNum(0)");
+  const int d1 = complexData ? number("FDataNum(2)") : d0;
+  if (d0 < 0 || d1 < 0) {
+    frame_.ShowError(complexData ? 27 : 25);
+    return;
+  }
+  const int f0 = number(complexFilter ? "FiltNum(1)" : "FiltNum(0)");
+  const int f1 = complexFilter ? number("FiltNum(2)") : f0;
+  if (f0 < 0 || f1 < 0) {
+    frame_.ShowError(complexFilter ? 28 : 26);
+    return;
+  }
+  const std::size_t count = static_cast<std::size_t>(n_) + 1;
+  std::vector<double> re(count), im(count);
+  const double *dr = GraphValues(d0), *di = GraphValues(d1), *fr = GraphValues(f0), *fi = GraphValues(f1);
+  for (std::size_t i = 0; i < count; ++i) {
+    if (complexData && complexFilter) {
+      re[i] = dr[i] * fr[i] - di[i] * fi[i];
+      im[i] = dr[i] * fi[i] + di[i] * fr[i];
+    } else if (complexData) {
+      re[i] = dr[i] * fr[i];
+      im[i] = di[i] * fr[i];
+    } else if (complexFilter) {
+      re[i] = dr[i] * fr[i];
+      im[i] = dr[i] * fi[i];
+    } else {
+      re[i] = dr[i] * fr[i];
+    }
+  }
+  const double a = GraphLeft(d0), b = GraphRight(d0), h = GraphStep(d0);
+  FileNewGraph(re, a, b, h);
+  if (complexData || complexFilter) FileNewGraph(im, a, b, h);
+}
+
+}  // namespace keldo::form1d

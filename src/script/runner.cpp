@@ -297,6 +297,7 @@ bool Runner::RunSet(const std::vector<std::string>& words, std::string& reason) 
     reason = "control " + words[1] + " cannot take " + value;
     return false;
   }
+  form->ControlChanged(words[1]);
   form->Touch();
   return true;
 }

@@ -324,7 +324,12 @@ TEST(ResetMenu, FollowsTheCountForBuiltCommands) {
       // Not built yet: disabled whatever the count.
       {"mnuStatistics", {false, false, false, false}}, {"mnuTransforms", {false, true, true, true}},
       {"mnuOpenSave(6)", {false, false, false, false}}, {"mnuDownSample", {false, false, false, false}},
-      {"mnuConvolution", {false, false, false, false}}, {"mnuScalarProduct", {false, false, false, false}},
+      {"mnuScalarProduct", {false, false, false, false}},
+      // Two graphs needed.
+      {"mnuConvolution", {false, false, true, true}},   {"mnuPaircorrelation", {false, false, true, true}},
+      // One graph: the Fourier commands.
+      {"mnuSeries", {false, true, true, true}},        {"mnuConvolve", {false, true, true, true}},
+      {"mnuFiltering", {false, true, true, true}},
       // Always there.
       {"mnuPlotGraph", {true, true, true, true}},      {"mnuDisplayStyle", {true, true, true, true}},
       {"mnuCalculator", {true, true, true, true}},     {"mnuOpenSave(0)", {true, true, true, true}},

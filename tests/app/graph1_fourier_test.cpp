@@ -119,3 +119,158 @@ TEST(TrigTransformCommand, SineAndCosineBoxesShareTheirPanel) {
 
 }  // namespace
 }  // namespace keldo
+
+namespace keldo {
+namespace {
+
+using form1d::Graph1Form;
+using testing::NewForm;
+using testing::Plot;
+using testing::TestFrame;
+
+TEST(SeriesCommand, FilesThePartialSumAsANewGraph) {
+  TestFrame t;
+  auto& f = NewForm(t, 64);
+  Plot(f, "abs(x)", "1");
+  f.RunMenu("mnuCosineSeries");
+  EXPECT_EQ(f.SideBoxKey(), "CSer");
+  EXPECT_EQ(f.controls()["TxtHarmonics"].tip, "Integer between 0 and 64.");
+  f.controls().SetText("TxtHarmonics", "64");
+  f.Go();
+  ASSERT_EQ(f.GraphCount(), 2);
+  const auto g = f.Graphs();
+  for (int j = 0; j <= 64; ++j) EXPECT_NEAR(g[1].values[static_cast<std::size_t>(j)], g[0].values[static_cast<std::size_t>(j)], 1e-13);
+  f.RunMenu("mnuFourierSeries");
+  EXPECT_EQ(f.controls()["TxtHarmonics"].tip, "Integer between 0 and 32.");
+  f.controls().SetText("TxtHarmonics", "33");
+  f.Go();
+  EXPECT_EQ(t.lines, std::vector<std::string>{"message 29: Improper number of harmonics."});
+  EXPECT_EQ(f.GraphCount(), 2);
+}
+
+TEST(SeriesCommand, FilterParametersAreChecked) {
+  TestFrame t;
+  auto& f = NewForm(t, 64);
+  Plot(f, "x", "1");
+  f.RunMenu("mnuFourierSeries");
+  f.controls().SetFromUser("OptionFiltered", "1");
+  const std::pair<const char*, const char*> cases[] = {{"Riesz", "-1"}, {"Poisson", "1"}, {"Kaiser", "0"}, {"Heat", "-2"}};
+  for (const auto& [name, value] : cases) {
+    f.controls().SetFromUser("FreqFilter", name);
+    f.ControlChanged("FreqFilter");
+    f.controls().SetText("FiltParam1", value);
+    f.Go();
+  }
+  f.controls().SetFromUser("FreqFilter", "Energy percentage");
+  f.controls().SetText("FiltParam1", "1.5");
+  f.Go();
+  f.controls().SetFromUser("FreqFilter", "Threshold");
+  f.Go();
+  f.controls().SetFromUser("FreqFilter", "User");
+  f.controls().SetText("FilterFormula", "sin(");
+  f.Go();
+  EXPECT_EQ(t.lines, (std::vector<std::string>{"message 8: Damping constant must be non-negative.",
+                                               "message 7: Damping power must be between 0 and 1.",
+                                               "message 9: Damping constant must be positive.",
+                                               "message 8: Damping constant must be non-negative.",
+                                               "message 18: Energy fraction must lie between 0 and 1.",
+                                               "message 19: Threshold must lie between 0 and 1.",
+                                               "message 23: Improper formula."}));
+  EXPECT_EQ(f.GraphCount(), 1);
+}
+
+TEST(SeriesCommand, LabelsFollowTheFilterAndSelectionsReport) {
+  TestFrame t;
+  auto& f = NewForm(t, 64);
+  Plot(f, "x", "1");
+  f.RunMenu("mnuFourierSeries");
+  f.controls().SetFromUser("OptionFiltered", "1");
+  f.controls().SetFromUser("FreqFilter", "Heat");
+  f.ControlChanged("FreqFilter");
+  EXPECT_EQ(f.controls().Text("LabFiltParam1"), "  Diffusion constant:");
+  EXPECT_TRUE(f.controls()["FiltParam2"].visible);
+  f.controls().SetFromUser("FreqFilter", "Energy percentage");
+  f.ControlChanged("FreqFilter");
+  EXPECT_EQ(f.controls().Text("LabFiltParam1"), "           Percentage:");
+  EXPECT_FALSE(f.controls()["FiltParam2"].visible);
+  f.controls().SetText("FiltParam1", "1");
+  f.Go();
+  EXPECT_EQ(f.GraphCount(), 2);
+  EXPECT_NE(f.controls().Text("FilterFormula").find(" coefficients used."), std::string::npos);
+  // A weighting filter with H = 0 divides by zero: the command ends.
+  f.controls().SetFromUser("FreqFilter", "Cesaro");
+  f.controls().SetText("TxtHarmonics", "0");
+  f.Go();
+  EXPECT_EQ(f.GraphCount(), 2);
+  EXPECT_EQ(t.lines.back(), "message: Run Error.  ");
+}
+
+TEST(ConvolveCommand, AutocorrelationPeaksAtTheCentreOfASymmetricInterval) {
+  TestFrame t;
+  auto& f = NewForm(t, 64);
+  Plot(f, "exp(0-9*x*x)", "1");
+  f.RunMenu("mnuAutocorrelation");
+  EXPECT_EQ(f.SideBoxKey(), "AutoCor");
+  EXPECT_FALSE(f.controls()["ConvGr2"].visible);
+  f.controls().SetFromUser("ConvChk(0)", "1");
+  f.Go();
+  ASSERT_EQ(f.GraphCount(), 2);
+  const auto r = f.Graphs()[1].values;
+  EXPECT_NEAR(r[32], 1.0, 1e-14);
+  EXPECT_EQ(r[64], r[0]);
+  f.RunMenu("mnuConvolution");
+  f.controls().SetText("ConvGr2", "3");
+  f.Go();
+  f.controls().SetText("ConvGr1", "0");
+  f.Go();
+  EXPECT_EQ(t.lines, (std::vector<std::string>{"message 1: Insufficient number of graphs.",
+                                               "message 3: Improper graph specification."}));
+}
+
+TEST(FilteringCommand, MultipliesPointByPointInAllFourWays) {
+  TestFrame t;
+  auto& f = NewForm(t, 64);
+  Plot(f, "x", "1");
+  Plot(f, "2", "1");
+  Plot(f, "x*x", "1");
+  f.RunMenu("mnuFiltering");
+  EXPECT_EQ(f.controls()["FDataNum(0)"].tip, "Positive integer less than 4");
+  f.Go();  // real data 1 by real filter 2
+  ASSERT_EQ(f.GraphCount(), 4);
+  const double* x = f.GraphValues(0);
+  for (int i = 0; i <= 64; ++i) EXPECT_EQ(f.GraphValues(3)[i], 2 * x[i]);
+  f.controls().SetFromUser("OpFilt(1)", "1");  // complex filter 2 + i 3 on real data 1
+  f.Go();
+  ASSERT_EQ(f.GraphCount(), 6);
+  for (int i = 0; i <= 64; ++i) {
+    EXPECT_EQ(f.GraphValues(4)[i], 2 * x[i]);
+    EXPECT_EQ(f.GraphValues(5)[i], x[i] * x[i] * x[i]);
+  }
+  f.controls().SetFromUser("OpFData(1)", "1");  // (1 + i 2)(2 + i 3)
+  f.Go();
+  ASSERT_EQ(f.GraphCount(), 8);
+  for (int i = 0; i <= 64; ++i) {
+    const double xi = x[i], x2 = xi * xi;
+    EXPECT_DOUBLE_EQ(f.GraphValues(6)[i], xi * 2 - 2 * x2);
+    EXPECT_DOUBLE_EQ(f.GraphValues(7)[i], xi * x2 + 2 * 2);
+  }
+  f.controls().SetText("FDataNum(2)", "9");
+  f.Go();
+  f.controls().SetFromUser("OpFData(0)", "1");
+  f.controls().SetText("FiltNum(2)", "0");
+  f.Go();
+  f.controls().SetFromUser("OpFilt(0)", "1");
+  f.controls().SetText("FDataNum(0)", "12");
+  f.Go();
+  f.controls().SetText("FDataNum(0)", "1");
+  f.controls().SetText("FiltNum(0)", "-1");
+  f.Go();
+  EXPECT_EQ(t.lines, (std::vector<std::string>{"message 27: Improper number(s) for complex data.",
+                                               "message 28: Improper number(s) for complex filter.",
+                                               "message 25: Improper number for real data.",
+                                               "message 26: Improper number for real filter."}));
+  EXPECT_EQ(f.GraphCount(), 8);
+}
+
+}  // namespace
+}  // namespace keldo
