@@ -1,6 +1,7 @@
 #include "qt/form_view.h"
 
 #include <QCheckBox>
+#include <QComboBox>
 #include <QContextMenuEvent>
 #include <QFormLayout>
 #include <QGridLayout>
@@ -215,7 +216,7 @@ QWidget* FormView::Panel(int number) {
 void FormView::BuildSideBox(QWidget* parent, QVBoxLayout* column) {
   side_ = new QGroupBox(parent);
   side_->setMinimumWidth(220);
-  side_->setMaximumWidth(260);
+  side_->setMaximumWidth(300);
   auto* box = new QVBoxLayout(side_);
   column->addWidget(side_);
   column->addStretch(1);
@@ -297,6 +298,7 @@ void FormView::BuildSideBox(QWidget* parent, QVBoxLayout* column) {
   }
   tl->addLayout(moves);
 
+  BuildFourierPanels();
   for (auto& [number, panel] : panels_) box->addWidget(panel);
   box->addStretch(1);
 }
@@ -382,6 +384,131 @@ QWidget* FormView::BindButton(QWidget* parent, const std::string& name) {
                          button->setEnabled(c.enabled);
                        }});
   return button;
+}
+
+QWidget* FormView::BindList(QWidget* parent, const std::string& name) {
+  auto* list = new QComboBox(parent);
+  list->setObjectName(Q(name));
+  for (const std::string& item : form_.controls()[name].items) list->addItem(Q(item));
+  connect(list, &QComboBox::activated, this, [this, list, name](int) {
+    form_.controls().SetFromUser(name, list->currentText().toStdString());
+    form_.ControlChanged(name);
+    form_.Touch();
+    Sync();
+  });
+  bindings_.push_back({name, list, [list](const Control& c) {
+                         if (list->currentText() != Q(c.text)) list->setCurrentText(Q(c.text));
+                         list->setEnabled(c.enabled);
+                       }});
+  return list;
+}
+
+QLabel* FormView::BindCaption(QWidget* parent, const std::string& name) {
+  auto* label = new QLabel(parent);
+  bindings_.push_back({name, label, [label](const Control& c) {
+                         label->setText(Q(c.text));
+                         label->setVisible(c.visible);
+                       }});
+  return label;
+}
+
+void FormView::BuildFourierPanels() {
+  if (!form_.controls().Has("FTReal")) return;
+  // A row of a form layout whose field may be hidden by the model.
+  const auto hideable = [this](QFormLayout* layout, QWidget* label, QWidget* field, const std::string& name) {
+    layout->addRow(label, field);
+    bindings_.push_back({name, field, [label, field](const Control& c) {
+                           field->setVisible(c.visible);
+                           if (label) label->setVisible(c.visible);
+                         }});
+  };
+  const auto optionRow = [this](QWidget* parent, QBoxLayout* into, std::initializer_list<const char*> names) {
+    auto* row = new QHBoxLayout;
+    for (const char* n : names) row->addWidget(BindOption(parent, n));
+    row->addStretch(1);
+    into->addLayout(row);
+  };
+
+  // Fourier transform.
+  QWidget* ft = Panel(form1d::kPanelFourierTransform);
+  auto* fl = new QVBoxLayout(ft);
+  optionRow(ft, fl, {"FTReal", "FTComplex"});
+  auto* numbers = new QFormLayout;
+  numbers->addRow(tr("Graph:"), BindText(ft, "FTGraph"));
+  numbers->addRow(tr("Real part:"), BindText(ft, "RealPart"));
+  numbers->addRow(tr("Imag. part:"), BindText(ft, "ImagPart"));
+  fl->addLayout(numbers);
+  optionRow(ft, fl, {"TrOp1", "TrOp2", "TrOp3"});
+  auto* intervals = new QGridLayout;
+  const char* kIntervals[4] = {"FTIntOp1", "FTIntOp2", "FTIntOp3", "FTIntOp4"};
+  for (int k = 0; k < 4; ++k) intervals->addWidget(BindOption(ft, kIntervals[k]), k / 2, k % 2);
+  fl->addLayout(intervals);
+  auto* exponent = new QHBoxLayout;
+  exponent->addWidget(new QLabel(tr("Exponent sign:"), ft));
+  exponent->addWidget(BindOption(ft, "PosExponent"));
+  exponent->addWidget(BindOption(ft, "NegExponent"));
+  exponent->addStretch(1);
+  fl->addLayout(exponent);
+  auto* window = new QFormLayout;
+  window->addRow(tr("Filter:"), BindList(ft, "TrFilter(0)"));
+  fl->addLayout(window);
+  fl->addWidget(BindCheck(ft, "chkFPerEA(1)"));
+  fl->addWidget(BindButton(ft, "GoButton(2)"));
+
+  // Sine and cosine transforms.
+  QWidget* trig = Panel(form1d::kPanelTrigTransform);
+  auto* tl = new QFormLayout(trig);
+  QLabel* trigTitle = BindLabel(trig, "LabFTrigTran");
+  trigTitle->setStyleSheet("font-weight: bold");
+  tl->addRow(trigTitle);
+  tl->addRow(tr("Graph:"), BindText(trig, "GraphFTrigTran"));
+  tl->addRow(tr("Filter:"), BindList(trig, "TrFilter(1)"));
+  tl->addRow(BindButton(trig, "GoButton(3)"));
+
+  // Series.
+  QWidget* series = Panel(form1d::kPanelSeries);
+  auto* sl = new QFormLayout(series);
+  QLabel* seriesTitle = BindLabel(series, "LblPlotSeries");
+  seriesTitle->setStyleSheet("font-weight: bold");
+  sl->addRow(seriesTitle);
+  sl->addRow(tr("Graph:"), BindText(series, "LblSeriesGraph"));
+  sl->addRow(tr("Harmonics:"), BindText(series, "TxtHarmonics"));
+  sl->addRow(BindOption(series, "OptionUnfiltered"));
+  sl->addRow(BindOption(series, "OptionFiltered"), BindList(series, "FreqFilter"));
+  hideable(sl, BindCaption(series, "LabFiltParam1"), BindText(series, "FiltParam1"), "FiltParam1");
+  hideable(sl, BindCaption(series, "LabFiltParam2"), BindText(series, "FiltParam2"), "FiltParam2");
+  hideable(sl, nullptr, BindText(series, "FilterFormula"), "FilterFormula");
+  sl->addRow(BindCheck(series, "chkFPerEA(0)"));
+  sl->addRow(BindButton(series, "GoButton(1)"));
+
+  // Convolution and correlation.
+  QWidget* conv = Panel(form1d::kPanelConvolve);
+  auto* cl = new QFormLayout(conv);
+  QLabel* convTitle = BindLabel(conv, "LabConvolve");
+  convTitle->setStyleSheet("font-weight: bold");
+  cl->addRow(convTitle);
+  cl->addRow(tr("Graph1:"), BindText(conv, "ConvGr1"));
+  auto* secondLabel = new QLabel(tr("Graph2:"), conv);
+  hideable(cl, secondLabel, BindText(conv, "ConvGr2"), "ConvGr2");
+  cl->addRow(BindCheck(conv, "ConvChk(0)"));
+  cl->addRow(BindCheck(conv, "ConvChk(1)"));
+  cl->addRow(BindButton(conv, "GoButton(4)"));
+
+  // Filtering.
+  QWidget* filtering = Panel(form1d::kPanelFiltering);
+  auto* gl = new QVBoxLayout(filtering);
+  for (const char* side : {"Data", "Filter"}) {
+    const bool data = std::string(side) == "Data";
+    auto* group = new QGroupBox(data ? tr("Data") : tr("Filter"), filtering);
+    auto* gv = new QFormLayout(group);
+    const std::string option = data ? "OpFData" : "OpFilt", field = data ? "FDataNum" : "FiltNum";
+    gv->addRow(BindOption(group, IndexedName(option, 0)), BindText(group, IndexedName(field, 0)));
+    gv->addRow(BindOption(group, IndexedName(option, 1)));
+    gv->addRow(tr("Real:"), BindText(group, IndexedName(field, 1)));
+    gv->addRow(tr("Imag:"), BindText(group, IndexedName(field, 2)));
+    gl->addWidget(group);
+  }
+  gl->addWidget(BindButton(filtering, "GoButton(9)"));
 }
 
 bool FormView::eventFilter(QObject* watched, QEvent* event) {

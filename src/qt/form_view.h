@@ -48,6 +48,10 @@ class FormView final : public QWidget {
   QWidget* BindOption(QWidget* parent, const std::string& name);
   QWidget* BindCheck(QWidget* parent, const std::string& name);
   QWidget* BindButton(QWidget* parent, const std::string& name);
+  QWidget* BindList(QWidget* parent, const std::string& name);
+  // A label that follows a label control, shown and hidden with it.
+  QLabel* BindCaption(QWidget* parent, const std::string& name);
+  void BuildFourierPanels();
   // Presses a named button of the form if it is enabled.
   void Press(const std::string& name);
   void PressGo();
