@@ -1,6 +1,8 @@
 #include "fourier/fft.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <utility>
 
 namespace keldo::fourier {
@@ -48,22 +50,158 @@ void BuildTrigTables(int n, int m, double* s, double* t, double& c) {
 }
 
 void BitReversePair(double* x, double* y, int n, int m) {
-  // j runs through the bit-reversed counter of i; each pair swaps once.
-  int j = 0;
-  for (int i = 0; i < n - 1; ++i) {
-    if (i < j) {
-      std::swap(x[i], x[j]);
-      std::swap(y[i], y[j]);
+  const auto exchange = [&](int i, int j) {
+    std::swap(x[i], x[j]);
+    std::swap(y[i], y[j]);
+  };
+  constexpr int kBits = 3;  // tiles of 8 by 8 elements
+  if (m < 2 * kBits) {
+    int j = 0;
+    for (int i = 0; i < n - 1; ++i) {
+      if (i < j) exchange(i, j);
+      int bit = n >> 1;
+      while (j & bit) {
+        j ^= bit;
+        bit >>= 1;
+      }
+      j |= bit;
     }
-    int bit = n >> 1;
-    while (j & bit) {
-      j ^= bit;
+    return;
+  }
+  // An index is (high, middle, low) with three-bit high and low parts; its
+  // reversal is (rev low, rev middle, rev high). The tile of one middle value
+  // maps onto the tile of the reversed middle value. A tile is read row by
+  // row into a small buffer, exchanged against its partner row by row, and
+  // written back, so that each row of eight elements is met as a whole.
+  static constexpr int kReversed[8] = {0, 4, 2, 6, 1, 5, 3, 7};
+  const int middleCount = 1 << (m - 2 * kBits);
+  const int highShift = m - kBits;
+  double bufferX[8][8], bufferY[8][8];
+  const auto row = [&](int high, int middle) { return (high << highShift) | (middle << kBits); };
+  int reversedMiddle = 0;
+  for (int middle = 0; middle < middleCount; ++middle) {
+    if (middle <= reversedMiddle) {
+      for (int high = 0; high < 8; ++high) {
+        const int at = row(high, middle);
+        for (int low = 0; low < 8; ++low) {
+          bufferX[high][low] = x[at + low];
+          bufferY[high][low] = y[at + low];
+        }
+      }
+      if (middle < reversedMiddle) {
+        // Element (h, l) of the partner tile pairs with (rev l, rev h) here.
+        for (int high = 0; high < 8; ++high) {
+          const int at = row(high, reversedMiddle);
+          const int low0 = kReversed[high];
+          for (int low = 0; low < 8; ++low) {
+            const int h0 = kReversed[low];
+            std::swap(x[at + low], bufferX[h0][low0]);
+            std::swap(y[at + low], bufferY[h0][low0]);
+          }
+        }
+      }
+      // Back into this tile: exchanged values, or the tile reversed in itself.
+      for (int high = 0; high < 8; ++high) {
+        const int at = row(high, middle);
+        for (int low = 0; low < 8; ++low) {
+          const bool self = middle == reversedMiddle;
+          x[at + low] = self ? bufferX[kReversed[low]][kReversed[high]] : bufferX[high][low];
+          y[at + low] = self ? bufferY[kReversed[low]][kReversed[high]] : bufferY[high][low];
+        }
+      }
+    }
+    int bit = middleCount >> 1;
+    while (reversedMiddle & bit) {
+      reversedMiddle ^= bit;
       bit >>= 1;
     }
-    j |= bit;
+    reversedMiddle |= bit;
   }
-  (void)m;
 }
+
+namespace {
+
+// Two doubles in the lanes of one vector register.
+typedef double Pair __attribute__((vector_size(16)));
+
+inline Pair Load(const double* p) {
+  Pair v;
+  std::memcpy(&v, p, sizeof v);
+  return v;
+}
+
+inline void Store(double* p, Pair v) { std::memcpy(p, &v, sizeof v); }
+
+// Elements that one pass of the early stages keeps in the first-level cache.
+constexpr int kChunk = 2048;
+
+// One stage of butterflies of span d over the blocks that start in
+// [begin, end). The twiddle of index k is entry k * tstep of the tables.
+void ButterflyStage(double* x, double* y, const double* s, const double* t, int d, int tstep, int begin, int end) {
+  const int q = d / 2;
+  const int blockStep = 2 * d;
+  // Every butterfly of a stage touches its own elements, so the order in
+  // which they run does not change a single bit of the result. Blocks run
+  // outermost and the twiddle index inside, so that the four elements of
+  // each step advance through memory together.
+  for (int j = begin; j < end; j += blockStep) {
+    // The trivial twiddles: 1 and +i.
+    const double a0 = x[j + d], b0 = y[j + d];
+    Butterfly(x, y, j, j + d, a0, b0);
+    const int p0 = j + q, r0 = j + d + q;
+    const double a = x[r0], b = y[r0];
+    x[r0] = x[p0] + b;
+    y[r0] = y[p0] - a;
+    x[p0] -= b;
+    y[p0] += a;
+    int k = 1;
+    // Two twiddle indices at a time in the lanes of a vector: each lane
+    // does the operations of the scalar loop below, in the same order.
+    for (; q >= 4 && k + 1 < q; k += 2) {
+      const Pair sk = {s[k * tstep], s[(k + 1) * tstep]}, tk = {t[k * tstep], t[(k + 1) * tstep]};
+      const int lo = j + k, r = lo + d;
+      Pair xr = Load(x + r), yr = Load(y + r);
+      Pair u = yr + tk * xr;
+      Pair v = xr - sk * u;
+      Pair w = u + tk * v;
+      Pair xl = Load(x + lo), yl = Load(y + lo);
+      Store(x + r, xl - v);
+      Store(y + r, yl - w);
+      Store(x + lo, xl + v);
+      Store(y + lo, yl + w);
+      const int p = lo + q, r2 = p + d;
+      xr = Load(x + r2);
+      yr = Load(y + r2);
+      u = xr - tk * yr;
+      v = -yr - sk * u;
+      w = u + tk * v;
+      xl = Load(x + p);
+      yl = Load(y + p);
+      Store(x + r2, xl - v);
+      Store(y + r2, yl - w);
+      Store(x + p, xl + v);
+      Store(y + p, yl + w);
+    }
+    for (; k < q; ++k) {
+      const double sk = s[k * tstep], tk = t[k * tstep];
+      // Rotation by theta = pi k / d in three shears.
+      int r = j + k + d;
+      double u = y[r] + tk * x[r];
+      double v = x[r] - sk * u;
+      double w = u + tk * v;
+      Butterfly(x, y, j + k, r, v, w);
+      // The mirror pair, at theta + pi / 2.
+      const int p = j + k + q;
+      r = p + d;
+      u = x[r] - tk * y[r];
+      v = -y[r] - sk * u;
+      w = u + tk * v;
+      Butterfly(x, y, p, r, v, w);
+    }
+  }
+}
+
+}  // namespace
 
 void ComplexFFTCore(double* x, double* y, const double* s, const double* t, int n, int stride) {
   for (int j = 0; j < n; j += 2) {
@@ -73,45 +211,13 @@ void ComplexFFTCore(double* x, double* y, const double* s, const double* t, int 
     y[j] = y0 + y1;
     y[j + 1] = y0 - y1;
   }
-  int d = 2;
-  int groups = n / 2;
-  int tstep = stride * (n / 2);
-  while (d < n) {
-    groups /= 2;
-    tstep /= 2;
-    const int q = d / 2;
-    const int blockStep = 2 * d;
-    // The trivial twiddles: 1 and +i.
-    for (int j = 0; j < groups * blockStep; j += blockStep) {
-      const double a0 = x[j + d], b0 = y[j + d];
-      Butterfly(x, y, j, j + d, a0, b0);
-      const int p = j + q, r = j + d + q;
-      const double a = x[r], b = y[r];
-      x[r] = x[p] + b;
-      y[r] = y[p] - a;
-      x[p] -= b;
-      y[p] += a;
-    }
-    for (int k = 1; k < q; ++k) {
-      const double sk = s[k * tstep], tk = t[k * tstep];
-      for (int j = 0; j < groups * blockStep; j += blockStep) {
-        // Rotation by theta = pi k / d in three shears.
-        int r = j + k + d;
-        double u = y[r] + tk * x[r];
-        double v = x[r] - sk * u;
-        double w = u + tk * v;
-        Butterfly(x, y, j + k, r, v, w);
-        // The mirror pair, at theta + pi / 2.
-        const int p = j + k + q;
-        r = p + d;
-        u = x[r] - tk * y[r];
-        v = -y[r] - sk * u;
-        w = u + tk * v;
-        Butterfly(x, y, p, r, v, w);
-      }
-    }
-    d *= 2;
-  }
+  // The stages whose blocks fit in a chunk run chunk by chunk, the others
+  // over the whole array; the span d runs 2, 4, ... n/2 either way.
+  const int chunk = std::min(n, kChunk);
+  const auto tstepOf = [&](int d) { return stride * (n / (2 * d)); };
+  for (int c = 0; c < n; c += chunk)
+    for (int d = 2; 2 * d <= chunk; d *= 2) ButterflyStage(x, y, s, t, d, tstepOf(d), c, c + chunk);
+  for (int d = chunk; d < n; d *= 2) ButterflyStage(x, y, s, t, d, tstepOf(d), 0, n);
 }
 
 void RealFFT(int n, double* x, double* y, const double* s, const double* t, int mHalf) {
