@@ -3,8 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
+#include <fstream>
 #include <random>
+#include <sstream>
 #include <vector>
 
 #include "fourier/fft.h"
@@ -289,6 +292,54 @@ TEST(Kernels, ComplexCoreIsBitForBitTheStepOrder) {
     EXPECT_EQ(x, rx);
     EXPECT_EQ(y, ry);
   }
+}
+
+// The four kernels at N = 65536 against numpy and scipy
+// (tests/data/make_fft_golden.py).
+TEST(Kernels, LargestSizeMatchesNumpy) {
+  const int n = 65536;
+  std::ifstream in(KELDO_TEST_DATA "/fft_golden_65536.tsv");
+  ASSERT_TRUE(in) << "missing golden file";
+  std::vector<std::array<double, 7>> rows;
+  std::string line;
+  while (std::getline(in, line)) {
+    if (line.empty() || line[0] == '#') continue;
+    std::istringstream fields(line);
+    std::array<double, 7> r{};
+    for (double& v : r) fields >> v;
+    rows.push_back(r);
+  }
+  ASSERT_GT(rows.size(), 1000u);
+  std::vector<double> x(n + 5), y(n + 5);
+  for (int j = 0; j < n; ++j) {
+    x[static_cast<std::size_t>(j)] = std::sin(0.37 * j) + 0.25 * std::cos(0.011 * static_cast<double>(j) * j);
+    y[static_cast<std::size_t>(j)] = std::cos(0.29 * j) - 0.5 * std::sin(0.013 * j);
+  }
+  TrigTables t(n);
+  // Errors relative to the largest value of each spectrum.
+  const auto check = [&](const std::vector<double>& ours, int column, const char* what) {
+    double scale = 0;
+    for (const auto& r : rows) scale = std::max(scale, std::fabs(r[static_cast<std::size_t>(column)]));
+    for (const auto& r : rows) {
+      const std::size_t k = static_cast<std::size_t>(r[0]);
+      ASSERT_NEAR(ours[k], r[static_cast<std::size_t>(column)], 1e-12 * scale) << what << " k " << k;
+    }
+  };
+  auto rx = x, ry = y;
+  RealFFT(n, rx.data(), ry.data(), t.sine.data(), t.tan.data(), t.m - 1);
+  check(rx, 1, "real, real part");
+  check(ry, 2, "real, imaginary part");
+  auto cx = x, cy = y;
+  BitReversePair(cx.data(), cy.data(), n, t.m);
+  ComplexFFTCore(cx.data(), cy.data(), t.sine.data(), t.tan.data(), n, 1);
+  check(cx, 3, "complex, real part");
+  check(cy, 4, "complex, imaginary part");
+  auto sx = x, scratch = y;
+  SineTransformCore(n, sx.data(), scratch.data(), t.sine.data(), t.tan.data(), t.m - 6, t.cosConstant);
+  check(sx, 5, "sine");
+  auto ox = x;
+  CosineTransformCore(n, ox.data(), scratch.data(), t.sine.data(), t.tan.data(), t.m - 6, t.cosConstant);
+  check(ox, 6, "cosine");
 }
 
 TEST(Kernels, SwapHalvesExchangesTheHalves) {
