@@ -12,11 +12,10 @@ namespace keldo {
 namespace {
 
 using form1d::Graph1Form;
+using testing::Last;
 using testing::NewForm;
 using testing::Plot;
 using testing::TestFrame;
-
-Graph1Form& Last(TestFrame& t) { return static_cast<Graph1Form&>(*t.frame.OpenForms().back()); }
 
 TEST(FourierTransformCommand, ResultFormHoldsRealAndImaginaryParts) {
   TestFrame t;
@@ -116,17 +115,6 @@ TEST(TrigTransformCommand, SineAndCosineBoxesShareTheirPanel) {
   EXPECT_EQ(s.Graphs()[0].values[0], 0.0);
   EXPECT_EQ(s.Graphs()[0].values[64], 0.0);
 }
-
-}  // namespace
-}  // namespace keldo
-
-namespace keldo {
-namespace {
-
-using form1d::Graph1Form;
-using testing::NewForm;
-using testing::Plot;
-using testing::TestFrame;
 
 TEST(SeriesCommand, FilesThePartialSumAsANewGraph) {
   TestFrame t;

@@ -26,4 +26,7 @@ inline void Plot(form1d::Graph1Form& f, const std::string& formula, const std::s
   ASSERT_TRUE(f.Go());
 }
 
+// The newest open form, as a one-dimensional form.
+inline form1d::Graph1Form& Last(TestFrame& t) { return static_cast<form1d::Graph1Form&>(*t.frame.OpenForms().back()); }
+
 }  // namespace keldo::testing

@@ -14,6 +14,7 @@ namespace keldo {
 namespace {
 
 using form1d::Graph1Form;
+using testing::Last;
 using testing::NewForm;
 using testing::Plot;
 using testing::TestFrame;
@@ -25,8 +26,6 @@ std::string FileText(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
-
-Graph1Form& Last(TestFrame& t) { return static_cast<Graph1Form&>(*t.frame.OpenForms().back()); }
 
 TEST(Trace, NearestGraphAndPositionFromAClick) {
   TestFrame t;
