@@ -2,6 +2,7 @@
 # Runs every benchmark program under build/bench and prints one table:
 # benchmark, our time, the yardstick's time, and ours / yardstick.
 # Usage: bench/compare.sh [BUILD_DIR] [extra Google Benchmark flags...]
+# With --benchmark_repetitions=R the median of the R runs is shown.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 build=${1:-$root/build}
@@ -24,10 +25,16 @@ import json, os, sys
 rows = {}
 for name in sorted(os.listdir(sys.argv[1])):
     with open(os.path.join(sys.argv[1], name)) as f:
-        for b in json.load(f)["benchmarks"]:
-            if b.get("run_type") == "aggregate":
+        try:
+            found = json.load(f)["benchmarks"]
+        except ValueError:
+            continue  # a filter that matched nothing in this program
+        for b in found:
+            # With repetitions, the median stands for the run.
+            median = b.get("run_type") == "aggregate" and b.get("aggregate_name") == "median"
+            if b.get("run_type") == "aggregate" and not median:
                 continue
-            full = b["name"]
+            full = b.get("run_name", b["name"]) if median else b["name"]
             if "/ours" in full:
                 key, side = full.replace("/ours", "", 1), "ours"
             elif "/yardstick" in full:
@@ -35,7 +42,11 @@ for name in sorted(os.listdir(sys.argv[1])):
             else:
                 key, side = full, "ours"
             scale = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}[b.get("time_unit", "ns")]
-            rows.setdefault(key, {})[side] = b["real_time"] * scale
+            entry = rows.setdefault(key, {})
+            if median or (side + "_median") not in entry:
+                entry[side] = b["real_time"] * scale
+            if median:
+                entry[side + "_median"] = True
 def fmt(t):
     if t is None: return "-"
     for unit, s in (("s", 1), ("ms", 1e-3), ("us", 1e-6)):

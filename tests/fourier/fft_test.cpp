@@ -342,6 +342,56 @@ TEST(Kernels, LargestSizeMatchesNumpy) {
   check(ox, 6, "cosine");
 }
 
+// RealFFT as its steps list it, with the step-order core.
+void StepOrderRealFFT(int n, double* x, double* y, const double* s, const double* t, int mHalf) {
+  const int h = n / 2, q = n / 4;
+  for (int k = 0; k < h; ++k) {
+    y[k] = x[2 * k + 1];
+    x[k] = x[2 * k];
+  }
+  BitReversePair(x, y, h, mHalf);
+  StepOrderCore(x, y, s, t, h, 2);
+  for (int k = 1; k < q; ++k) {
+    const double sk = s[k], tk = t[k];
+    double d = x[k] - x[h - k], a = y[h - k] + y[k];
+    double u = d * tk + a, v = d - u * sk;
+    x[n - k] = (x[h - k] + x[k] + (v * tk + u)) / 2;
+    y[n - k] = (y[h - k] - y[k] + v) / 2;
+    const int e = q + k;
+    d = x[e] - x[h - e];
+    a = y[h - e] + y[e];
+    u = d - a * tk;
+    v = -a - u * sk;
+    x[n - e] = (x[h - e] + x[e] + (v * tk + u)) / 2;
+    y[n - e] = (y[h - e] - y[e] + v) / 2;
+  }
+  x[n - q] = x[q];
+  y[n - q] = -y[q];
+  for (int k = 1; k < h; ++k) {
+    x[k] = x[n - k];
+    y[k] = -y[n - k];
+  }
+  x[h] = x[0] - y[0];
+  x[0] = x[0] + y[0];
+  y[0] = 0.0;
+  y[h] = 0.0;
+}
+
+TEST(Kernels, RealTransformIsBitForBitTheStepOrder) {
+  for (int m = 3; m <= 16; ++m) {
+    const int n = 1 << m;
+    TrigTables t(n);
+    auto x = RandomSignal(n, 21), y = RandomSignal(n, 22);
+    auto rx = x, ry = y;
+    RealFFT(n, x.data(), y.data(), t.sine.data(), t.tan.data(), m - 1);
+    StepOrderRealFFT(n, rx.data(), ry.data(), t.sine.data(), t.tan.data(), m - 1);
+    for (int i = 0; i < n; ++i) {
+      ASSERT_EQ(x[static_cast<std::size_t>(i)], rx[static_cast<std::size_t>(i)]) << "n " << n << " i " << i;
+      ASSERT_EQ(y[static_cast<std::size_t>(i)], ry[static_cast<std::size_t>(i)]) << "n " << n << " i " << i;
+    }
+  }
+}
+
 TEST(Kernels, SwapHalvesExchangesTheHalves) {
   std::vector<double> a = {0, 1, 2, 3, 4, 5, 6, 7};
   SwapHalves(8, a.data());
