@@ -71,7 +71,6 @@ TEST_P(SeriesSums, PartialSumsAreTheirFormulas) {
   const int n = 64;
   const SeriesKind kind = static_cast<SeriesKind>(std::get<0>(GetParam()));
   const int h = std::get<1>(GetParam());
-  if (h > MaxHarmonic(kind, n) || (kind == SeriesKind::Fourier && h == n / 2)) GTEST_SKIP();
   const auto y = Signal(n);
   const SeriesResult r = FourierSeriesOf(n, y.data(), kind, h, false, SeriesFilter{});
   ASSERT_TRUE(r.ok);
@@ -79,8 +78,13 @@ TEST_P(SeriesSums, PartialSumsAreTheirFormulas) {
   for (int j = 0; j <= n; ++j) EXPECT_NEAR(r.values[static_cast<std::size_t>(j)], static_cast<double>(e[static_cast<std::size_t>(j)]), 1e-12) << j;
 }
 
+// Harmonics up to the maximum of each kind: N/2 - 1 for Fourier, N - 1 else.
 INSTANTIATE_TEST_SUITE_P(KindsAndHarmonics, SeriesSums,
-                         ::testing::Combine(::testing::Values(1, 2, 3), ::testing::Values(0, 1, 5, 17, 31, 63)));
+                         ::testing::Values(std::make_tuple(1, 0), std::make_tuple(1, 1), std::make_tuple(1, 5),
+                                           std::make_tuple(1, 17), std::make_tuple(1, 31), std::make_tuple(2, 0),
+                                           std::make_tuple(2, 1), std::make_tuple(2, 5), std::make_tuple(2, 31),
+                                           std::make_tuple(2, 63), std::make_tuple(3, 0), std::make_tuple(3, 1),
+                                           std::make_tuple(3, 17), std::make_tuple(3, 31), std::make_tuple(3, 63)));
 
 TEST(Series, EdgeCasesOfTheHarmonicCount) {
   const int n = 64;
