@@ -66,8 +66,9 @@ void Graph1Form::BuildSeriesControls() {
   controls_.Add("FiltParam1", ControlKind::Text, "1");
   controls_.Add("FiltParam2", ControlKind::Text, "1");
   controls_.Add("FilterFormula", ControlKind::Text, "1-x").tip = "Enter formula.";
-  controls_.Add("LabAnimationData", ControlKind::Label, "Start, End, Frames:");
-  controls_.Add("AnimationData", ControlKind::Text, "0,1,32");
+  // The animated filters are not in the list: their fields stay hidden.
+  controls_.Add("LabAnimationData", ControlKind::Label, "Start, End, Frames:").visible = false;
+  controls_.Add("AnimationData", ControlKind::Text, "0,1,32").visible = false;
   Control& go1 = controls_.Add("GoButton(1)", ControlKind::Button, "&Compute");
   go1.tip = "Computes the partial sum as a new graph.";
   // Convolution and correlation.

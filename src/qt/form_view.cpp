@@ -213,6 +213,15 @@ QWidget* FormView::Panel(int number) {
   return panel;
 }
 
+QFormLayout* FormView::TitledPanel(int number, const std::string& titleControl, QWidget*& panel) {
+  panel = Panel(number);
+  auto* layout = new QFormLayout(panel);
+  QLabel* title = BindLabel(panel, titleControl);
+  title->setStyleSheet("font-weight: bold");
+  layout->addRow(title);
+  return layout;
+}
+
 void FormView::BuildSideBox(QWidget* parent, QVBoxLayout* column) {
   side_ = new QGroupBox(parent);
   side_->setMinimumWidth(220);
@@ -231,11 +240,8 @@ void FormView::BuildSideBox(QWidget* parent, QVBoxLayout* column) {
   gl->addRow(BindButton(graph, "GoButton(0)"));
 
   // The one-graph commands.
-  QWidget* analysis = Panel(form1d::kPanelAnalysis);
-  auto* al = new QFormLayout(analysis);
-  QLabel* title = BindLabel(analysis, "AnalysisLabel");
-  title->setStyleSheet("font-weight: bold");
-  al->addRow(title);
+  QWidget* analysis = nullptr;
+  QFormLayout* al = TitledPanel(form1d::kPanelAnalysis, "AnalysisLabel", analysis);
   al->addRow(tr("Graph:"), BindText(analysis, "TxtAnGr1"));
   al->addRow(BindButton(analysis, "GoButton(5)"));
 
@@ -456,21 +462,15 @@ void FormView::BuildFourierPanels() {
   fl->addWidget(BindButton(ft, "GoButton(2)"));
 
   // Sine and cosine transforms.
-  QWidget* trig = Panel(form1d::kPanelTrigTransform);
-  auto* tl = new QFormLayout(trig);
-  QLabel* trigTitle = BindLabel(trig, "LabFTrigTran");
-  trigTitle->setStyleSheet("font-weight: bold");
-  tl->addRow(trigTitle);
+  QWidget* trig = nullptr;
+  QFormLayout* tl = TitledPanel(form1d::kPanelTrigTransform, "LabFTrigTran", trig);
   tl->addRow(tr("Graph:"), BindText(trig, "GraphFTrigTran"));
   tl->addRow(tr("Filter:"), BindList(trig, "TrFilter(1)"));
   tl->addRow(BindButton(trig, "GoButton(3)"));
 
   // Series.
-  QWidget* series = Panel(form1d::kPanelSeries);
-  auto* sl = new QFormLayout(series);
-  QLabel* seriesTitle = BindLabel(series, "LblPlotSeries");
-  seriesTitle->setStyleSheet("font-weight: bold");
-  sl->addRow(seriesTitle);
+  QWidget* series = nullptr;
+  QFormLayout* sl = TitledPanel(form1d::kPanelSeries, "LblPlotSeries", series);
   sl->addRow(tr("Graph:"), BindText(series, "LblSeriesGraph"));
   sl->addRow(tr("Harmonics:"), BindText(series, "TxtHarmonics"));
   sl->addRow(BindOption(series, "OptionUnfiltered"));
@@ -482,11 +482,8 @@ void FormView::BuildFourierPanels() {
   sl->addRow(BindButton(series, "GoButton(1)"));
 
   // Convolution and correlation.
-  QWidget* conv = Panel(form1d::kPanelConvolve);
-  auto* cl = new QFormLayout(conv);
-  QLabel* convTitle = BindLabel(conv, "LabConvolve");
-  convTitle->setStyleSheet("font-weight: bold");
-  cl->addRow(convTitle);
+  QWidget* conv = nullptr;
+  QFormLayout* cl = TitledPanel(form1d::kPanelConvolve, "LabConvolve", conv);
   cl->addRow(tr("Graph1:"), BindText(conv, "ConvGr1"));
   auto* secondLabel = new QLabel(tr("Graph2:"), conv);
   hideable(cl, secondLabel, BindText(conv, "ConvGr2"), "ConvGr2");

@@ -10,6 +10,7 @@
 
 #include "app/form.h"
 
+class QFormLayout;
 class QGroupBox;
 class QLabel;
 class QLineEdit;
@@ -41,6 +42,8 @@ class FormView final : public QWidget {
   void BuildFormulaRow(QVBoxLayout* left);
   void BuildSideBox(QWidget* parent, QVBoxLayout* column);
   QWidget* Panel(int number);
+  // A panel whose first row is the bold caption of a label control.
+  QFormLayout* TitledPanel(int number, const std::string& titleControl, QWidget*& panel);
   // Widgets bound to controls by name: typing or clicking updates the model.
   QLineEdit* BindText(QWidget* parent, const std::string& name);
   QWidget* BindMultiLine(QWidget* parent, const std::string& name, bool readOnly);
