@@ -184,7 +184,10 @@ TEST(SeriesCommand, LabelsFollowTheFilterAndSelectionsReport) {
   f.controls().SetText("FiltParam1", "1");
   f.Go();
   EXPECT_EQ(f.GraphCount(), 2);
-  EXPECT_NE(f.controls().Text("FilterFormula").find(" coefficients used."), std::string::npos);
+  // All 33 coefficients of the half spectrum kept, the constant among them:
+  // 2 * 33 - 1 capped at N, and 32 harmonics written back.
+  EXPECT_EQ(f.controls().Text("FilterFormula"), "64 coefficients used.");
+  EXPECT_EQ(f.controls().Text("TxtHarmonics"), "32");
   // A weighting filter with H = 0 divides by zero: the command ends.
   f.controls().SetFromUser("FreqFilter", "Cesaro");
   f.controls().SetText("TxtHarmonics", "0");
