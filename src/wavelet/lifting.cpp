@@ -1,0 +1,197 @@
+// The biorthogonal wavelets by lifting on a symmetrically extended copy:
+// CDF 9/7 ("Daub 9/7"), the Deslauriers-Dubuc family and integer variants.
+
+#include <cmath>
+
+#include "wavelet/transforms.h"
+
+namespace keldo::wavelet {
+namespace {
+
+constexpr double kA = -1.586134342, kB = -0.05298011854, kC = 0.8829110762, kD = 0.4435068522, kK = 1.149604398;
+
+// Rounds to the nearest integer, ties to even.
+double R(double v) { return std::nearbyint(v); }
+
+// Copies x[0..n-1] into e with the whole-sample symmetric extension of
+// reach ext. An index the reflection sends outside 0..n-1 (n below ext + 1)
+// is reflected again, so that every value comes from the array.
+void Extend(int n, int ext, double* e, const double* x) {
+  const auto inside = [n](int i) {
+    const int period = 2 * (n - 1);
+    if (period <= 0) return 0;
+    i = ((i % period) + period) % period;
+    return i < n ? i : period - i;
+  };
+  for (int i = 0; i < n; ++i) e[i] = x[i];
+  for (int i = 1; i <= ext; ++i) {
+    e[-i] = x[inside(i)];
+    e[n - 1 + i] = x[inside(n - 1 - i)];
+  }
+}
+
+// One pass over the even positions -10, -8, .. n + 8, finished before the
+// next pass starts.
+template <typename Step>
+void Sweep(int n, Step step) {
+  for (int e = -10; e <= n + 8; e += 2) step(e, e + 1);
+}
+
+void Forward(int n, double* E, int code) {
+  const auto predict = [&](double f) { Sweep(n, [&](int e, int o) { E[o] += f * (E[e] + E[e + 2]); }); };
+  const auto update = [&](double f) { Sweep(n, [&](int e, int o) { (void)o; E[e] += f * (E[e - 1] + E[e + 1]); }); };
+  const auto dd53 = [&] {
+    Sweep(n, [&](int e, int o) { E[o] -= (E[e] + E[e + 2]) * 0.5; });
+    Sweep(n, [&](int e, int) { E[e] += (E[e - 1] + E[e + 1]) * 0.25; });
+  };
+  const auto predict117 = [&] {
+    Sweep(n, [&](int e, int o) { E[o] = E[o] - (E[e] + E[e + 2]) * 9 / 16 + (E[e - 2] + E[e + 4]) * 1 / 16; });
+  };
+  const auto integer53 = [&] {
+    Sweep(n, [&](int e, int o) { E[o] -= R((E[e] + E[e + 2]) * 0.5); });
+    Sweep(n, [&](int e, int) { E[e] += R((E[e - 1] + E[e + 1]) * 0.25); });
+  };
+  switch (code) {
+    case 101:
+      predict(kA);
+      update(kB);
+      predict(kC);
+      update(kD);
+      Sweep(n, [&](int e, int o) {
+        E[e] = E[e] * kK;
+        E[o] = E[o] / kK;
+      });
+      break;
+    case 102: dd53(); break;
+    case 103:
+      predict117();
+      Sweep(n, [&](int e, int) { E[e] += (E[e - 1] + E[e + 1]) * 0.25; });
+      break;
+    case 104:
+      Sweep(n, [&](int e, int o) {
+        E[o] = E[o] - (E[e] + E[e + 2]) * 150 / 256 + (E[e - 2] + E[e + 4]) * 25 / 256 - (E[e - 4] + E[e + 6]) * 3 / 256;
+      });
+      Sweep(n, [&](int e, int) { E[e] += (E[e - 1] + E[e + 1]) * 0.25; });
+      break;
+    case 105:
+      predict117();
+      Sweep(n, [&](int e, int) { E[e] = E[e] + (E[e - 1] + E[e + 1]) * 9 / 32 - (E[e - 3] + E[e + 3]) * 1 / 32; });
+      break;
+    case 106:
+      dd53();
+      Sweep(n, [&](int e, int o) {
+        E[o] = E[o] - (2 * E[e] - E[e - 2] - E[e + 2]) / 16 - (2 * E[e + 2] - E[e] - E[e + 4]) / 16;
+      });
+      break;
+    case 107: integer53(); break;
+    case 108:
+      integer53();
+      Sweep(n, [&](int e, int o) {
+        E[o] -= R((2 * E[e + 2] - E[e] - E[e + 4]) / 16 + (2 * E[e] - E[e - 2] - E[e + 2]) / 16);
+      });
+      break;
+    case 109:
+      Sweep(n, [&](int e, int o) { E[o] -= R((E[e] + E[e + 2]) * 9 / 16 - (E[e - 2] + E[e + 4]) * 1 / 16); });
+      Sweep(n, [&](int e, int) { E[e] += R((E[e - 1] + E[e + 1]) * 0.25); });
+      break;
+    case 110:
+      Sweep(n, [&](int e, int o) { E[o] += R(kA * (E[e] + E[e + 2])); });
+      Sweep(n, [&](int e, int) { E[e] += R(kB * (E[e - 1] + E[e + 1])); });
+      Sweep(n, [&](int e, int o) { E[o] += R(kC * (E[e] + E[e + 2])); });
+      Sweep(n, [&](int e, int) { E[e] += R(kD * (E[e - 1] + E[e + 1])); });
+      break;
+    default: break;
+  }
+}
+
+// The passes of Forward undone from last to first, each with the opposite
+// sign over the same sweep.
+void Backward(int n, double* E, int code) {
+  const auto predict = [&](double f) { Sweep(n, [&](int e, int o) { E[o] -= f * (E[e] + E[e + 2]); }); };
+  const auto update = [&](double f) { Sweep(n, [&](int e, int) { E[e] -= f * (E[e - 1] + E[e + 1]); }); };
+  const auto dd53 = [&] {
+    Sweep(n, [&](int e, int) { E[e] -= (E[e - 1] + E[e + 1]) * 0.25; });
+    Sweep(n, [&](int e, int o) { E[o] += (E[e] + E[e + 2]) * 0.5; });
+  };
+  const auto predict117 = [&] {
+    Sweep(n, [&](int e, int o) { E[o] = E[o] + (E[e] + E[e + 2]) * 9 / 16 - (E[e - 2] + E[e + 4]) * 1 / 16; });
+  };
+  const auto integer53 = [&] {
+    Sweep(n, [&](int e, int) { E[e] -= R((E[e - 1] + E[e + 1]) * 0.25); });
+    Sweep(n, [&](int e, int o) { E[o] += R((E[e] + E[e + 2]) * 0.5); });
+  };
+  switch (code) {
+    case 101:
+      Sweep(n, [&](int e, int o) {
+        E[e] = E[e] / kK;
+        E[o] = E[o] * kK;
+      });
+      update(kD);
+      predict(kC);
+      update(kB);
+      predict(kA);
+      break;
+    case 102: dd53(); break;
+    case 103:
+      Sweep(n, [&](int e, int) { E[e] -= (E[e - 1] + E[e + 1]) * 0.25; });
+      predict117();
+      break;
+    case 104:
+      Sweep(n, [&](int e, int) { E[e] -= (E[e - 1] + E[e + 1]) * 0.25; });
+      Sweep(n, [&](int e, int o) {
+        E[o] = E[o] + (E[e] + E[e + 2]) * 150 / 256 - (E[e - 2] + E[e + 4]) * 25 / 256 + (E[e - 4] + E[e + 6]) * 3 / 256;
+      });
+      break;
+    case 105:
+      Sweep(n, [&](int e, int) { E[e] = E[e] - (E[e - 1] + E[e + 1]) * 9 / 32 + (E[e - 3] + E[e + 3]) * 1 / 32; });
+      predict117();
+      break;
+    case 106:
+      Sweep(n, [&](int e, int o) {
+        E[o] = E[o] + (2 * E[e] - E[e - 2] - E[e + 2]) / 16 + (2 * E[e + 2] - E[e] - E[e + 4]) / 16;
+      });
+      dd53();
+      break;
+    case 107: integer53(); break;
+    case 108:
+      Sweep(n, [&](int e, int o) {
+        E[o] += R((2 * E[e + 2] - E[e] - E[e + 4]) / 16 + (2 * E[e] - E[e - 2] - E[e + 2]) / 16);
+      });
+      integer53();
+      break;
+    case 109:
+      Sweep(n, [&](int e, int) { E[e] -= R((E[e - 1] + E[e + 1]) * 0.25); });
+      Sweep(n, [&](int e, int o) { E[o] += R((E[e] + E[e + 2]) * 9 / 16 - (E[e - 2] + E[e + 4]) * 1 / 16); });
+      break;
+    case 110:
+      Sweep(n, [&](int e, int) { E[e] -= R(kD * (E[e - 1] + E[e + 1])); });
+      Sweep(n, [&](int e, int o) { E[o] -= R(kC * (E[e] + E[e + 2])); });
+      Sweep(n, [&](int e, int) { E[e] -= R(kB * (E[e - 1] + E[e + 1])); });
+      Sweep(n, [&](int e, int o) { E[o] -= R(kA * (E[e] + E[e + 2])); });
+      break;
+    default: break;
+  }
+}
+
+}  // namespace
+
+const std::vector<std::string>& OtherWaveletNames() {
+  static const std::vector<std::string> kNames = {
+      "Daub 9/7",          "DD 5/3 (2,2)",      "DD 11/7 (4,2)",   "DD 13/11 (6,2)",  "DD 13/7 (4,4)",
+      "DD 5/9 (2+2,2)",    "DD 5/3 Integer",    "DD (2+2,2) Integer", "DD 11/7 Integer", "Daub 9/7 Integer"};
+  return kNames;
+}
+
+void SymmWavTr(int n, int ext, double* e, double* x, int code) {
+  Extend(n, ext, e, x);
+  Forward(n, e, code);
+  for (int i = 0; i < n; ++i) x[i] = e[i];
+}
+
+void InvSymmWavTr(int n, int ext, double* e, double* x, int code) {
+  Extend(n, ext, e, x);
+  Backward(n, e, code);
+  for (int i = 0; i < n; ++i) x[i] = e[i];
+}
+
+}  // namespace keldo::wavelet
