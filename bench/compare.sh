@@ -16,6 +16,10 @@ for exe in "$build"/bench/bench_*; do
   "$exe" --benchmark_format=json --benchmark_out="$tmp/$(basename "$exe").json" \
          --benchmark_out_format=json "$@" > /dev/null
 done
+# PyWavelets on the wavelet cases, when the program and python3-pywt are there.
+if [[ -x "$build/bench/bench_wavelet" ]] && /usr/bin/python3 -c "import pywt" 2> /dev/null; then
+  /usr/bin/python3 "$root/bench/pywt_yardstick.py" "$tmp/pywt_yardstick.json"
+fi
 if [[ $found -eq 0 ]]; then
   echo "no benchmark programs under $build/bench: build with the default preset first" >&2
   exit 1

@@ -24,6 +24,10 @@ void Extend(int n, int ext, double* e, const double* x) {
     return i < n ? i : period - i;
   };
   for (int i = 0; i < n; ++i) e[i] = x[i];
+  // The margin beyond the extension takes part in the sweeps but never
+  // reaches the interior; it starts from zero.
+  for (int i = ext + 1; i <= 21; ++i) e[-i] = 0.0;
+  for (int i = n + ext; i <= n + 20; ++i) e[i] = 0.0;
   for (int i = 1; i <= ext; ++i) {
     e[-i] = x[inside(i)];
     e[n - 1 + i] = x[inside(n - 1 - i)];
@@ -37,9 +41,26 @@ void Sweep(int n, Step step) {
   for (int e = -10; e <= n + 8; e += 2) step(e, e + 1);
 }
 
+// The five passes of the 9/7 scheme in one sweep. Each pass still updates
+// every position it would alone, and each update sees exactly the values it
+// would see were the passes run one after another: the later passes trail
+// the earlier ones by the two positions they read ahead.
+void Forward97(int n, double* E) {
+  const int first = -10, last = n + 8;  // the even positions of every pass
+  const auto evenIn = [&](int e) { return e >= first && e <= last; };
+  for (int p = first; p <= last + 8; p += 2) {
+    if (evenIn(p)) E[p + 1] += kA * (E[p] + E[p + 2]);
+    if (evenIn(p)) E[p] += kB * (E[p - 1] + E[p + 1]);
+    if (evenIn(p - 2)) E[p - 1] += kC * (E[p - 2] + E[p]);
+    if (evenIn(p - 2)) E[p - 2] += kD * (E[p - 3] + E[p - 1]);
+    if (evenIn(p - 4)) {
+      E[p - 4] = E[p - 4] * kK;
+      E[p - 3] = E[p - 3] / kK;
+    }
+  }
+}
+
 void Forward(int n, double* E, int code) {
-  const auto predict = [&](double f) { Sweep(n, [&](int e, int o) { E[o] += f * (E[e] + E[e + 2]); }); };
-  const auto update = [&](double f) { Sweep(n, [&](int e, int o) { (void)o; E[e] += f * (E[e - 1] + E[e + 1]); }); };
   const auto dd53 = [&] {
     Sweep(n, [&](int e, int o) { E[o] -= (E[e] + E[e + 2]) * 0.5; });
     Sweep(n, [&](int e, int) { E[e] += (E[e - 1] + E[e + 1]) * 0.25; });
@@ -52,16 +73,7 @@ void Forward(int n, double* E, int code) {
     Sweep(n, [&](int e, int) { E[e] += R((E[e - 1] + E[e + 1]) * 0.25); });
   };
   switch (code) {
-    case 101:
-      predict(kA);
-      update(kB);
-      predict(kC);
-      update(kD);
-      Sweep(n, [&](int e, int o) {
-        E[e] = E[e] * kK;
-        E[o] = E[o] / kK;
-      });
-      break;
+    case 101: Forward97(n, E); break;
     case 102: dd53(); break;
     case 103:
       predict117();

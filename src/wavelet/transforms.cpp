@@ -1,6 +1,9 @@
 #include "wavelet/transforms.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <memory>
 
 #include "wavelet/filter_tables.h"
 
@@ -17,34 +20,52 @@ FilterBank FromLowPass(std::vector<double> h) {
   return bank;
 }
 
-// Scratch that lives for one transform.
+// Scratch for one transform: buffers kept by the thread and grown when a
+// larger transform needs them, so that a transform touches no fresh memory.
+// Every value is written before it is read. The lifting copy has room from
+// -21 to n + 21.
 struct Scratch {
-  explicit Scratch(int n) : w(static_cast<std::size_t>(n) + 5, 0.0), e(static_cast<std::size_t>(n) + 43, 0.0) {}
-  std::vector<double> w, e;
-  double* E() { return e.data() + 21; }
+  Scratch(int n, bool lifting) {
+    thread_local std::vector<double> w, e;
+    const std::size_t size = static_cast<std::size_t>(n) + 43;
+    if (w.size() < size) w.resize(size);
+    if (lifting && e.size() < size) e.resize(size);
+    w_ = w.data();
+    e_ = lifting ? e.data() + 21 : nullptr;
+  }
+  double* W() { return w_; }
+  double* E() { return e_; }
+
+ private:
+  double* w_;
+  double* e_;
 };
 
 bool IsLifting(int code) { return code >= 100; }
+
+void LevelToHalves(int n, int lh, double* x, double* w, const double* h, const double* g);
+void LevelFromHalves(int n, int lh, double* x, double* w, const double* a, const double* b);
 
 // The level of a lifting scheme, or the rotated filter bank of a coiflet.
 void CoifletLevel(int code, const FilterBank& bank, int n, double* x, Scratch& s) {
   if (IsLifting(code)) {
     SymmWavTr(n, 6, s.E(), x, code);
   } else {
-    COIFPerm(n, x, s.w.data(), 2 * code);
-    WavTr(n, bank.lh, x, s.w.data(), bank.h.data(), bank.g.data());
+    COIFPerm(n, x, s.W(), 2 * code);
+    LevelToHalves(n, bank.lh, x, s.W(), bank.h.data(), bank.g.data());
+    return;
   }
-  Perm(n, x, s.w.data());
+  Perm(n, x, s.W());
 }
 
 void InverseCoifletLevel(int code, const FilterBank& bank, const std::vector<double>& a, const std::vector<double>& b,
                          int n, double* x, Scratch& s) {
-  INVPERM(n, x, s.w.data());
   if (IsLifting(code)) {
+    INVPERM(n, x, s.W());
     InvSymmWavTr(n, 6, s.E(), x, code);
   } else {
-    InvWavTr(n, bank.lh, x, s.w.data(), a.data(), b.data());
-    InvCOIFPerm(n, x, s.w.data(), 2 * code);
+    LevelFromHalves(n, bank.lh, x, s.W(), a.data(), b.data());
+    InvCOIFPerm(n, x, s.W(), 2 * code);
   }
 }
 
@@ -92,8 +113,100 @@ void GetInvWCoeff(const FilterBank& bank, std::vector<double>& a, std::vector<do
 
 void GetInvCOIFCoeff(const FilterBank& bank, std::vector<double>& a, std::vector<double>& b) { GetInvWCoeff(bank, a, b); }
 
+namespace {
+
+typedef double Pair __attribute__((vector_size(16)));
+
+// Outputs that run without wrap-around are formed tap by tap over a run of
+// positions: for each position the products are still added in the order of
+// j, so every sum is the same to the last bit. out[2k] and out[2k + 1] take
+// the low- and high-pass sums over in[2k + j], k = 0 .. count-1.
+constexpr int kRun = 512;
+
+void TapByTap(int count, int lh, const double* in, double* out, const double* lo, const double* hi) {
+  for (int start = 0; start < count; start += kRun) {
+    const int end = std::min(count, start + kRun);
+    for (int k = start; k < end; ++k) out[2 * k] = out[2 * k + 1] = 0.0;
+    for (int j = 0; j <= lh; ++j) {
+      const Pair taps = {lo[j], hi[j]};
+      for (int k = start; k < end; ++k) {
+        Pair sum;
+        std::memcpy(&sum, out + 2 * k, sizeof sum);
+        const double v = in[2 * k + j];
+        sum += taps * Pair{v, v};
+        std::memcpy(out + 2 * k, &sum, sizeof sum);
+      }
+    }
+  }
+}
+
+// WavTr followed by Perm, with the values put straight into their halves:
+// the same numbers in the same places, with two passes over the data
+// instead of five.
+void LevelToHalves(int n, int lh, double* x, double* w, const double* h, const double* g) {
+  const int half = n / 2;
+  const int clean = n - lh > 0 ? (n - lh + 1) / 2 : 0;
+  double acc[2 * kRun];
+  for (int start = 0; start < clean; start += kRun) {
+    const int count = std::min(clean - start, kRun);
+    TapByTap(count, lh, x + 2 * start, acc, h, g);
+    for (int k = 0; k < count; ++k) {
+      w[start + k] = acc[2 * k];
+      w[half + start + k] = acc[2 * k + 1];
+    }
+  }
+  for (int i = 2 * clean; i < n; i += 2) {
+    double a = 0.0, d = 0.0;
+    int p = i;
+    for (int j = 0; j <= lh; ++j) {
+      a += h[j] * x[p];
+      d += g[j] * x[p];
+      if (++p == n) p = 0;
+    }
+    w[i / 2] = a;
+    w[half + i / 2] = d;
+  }
+  std::memcpy(x, w, sizeof(double) * static_cast<std::size_t>(n));
+}
+
+// INVPERM followed by InvWavTr: the halves interleaved into w, then the
+// inverse filters from w straight into x.
+void LevelFromHalves(int n, int lh, double* x, double* w, const double* a, const double* b) {
+  const int half = n / 2;
+  for (int i = 0; i < half; ++i) {
+    w[2 * i] = x[i];
+    w[2 * i + 1] = x[half + i];
+  }
+  const bool shortFilter = lh < n;
+  const int clean = shortFilter ? (n - 1 - lh) / 2 + 1 : 0;
+  if (clean > 0) TapByTap(clean, lh, w, x + lh - 1, a, b);
+  int p = std::abs(n - 1 - (lh % n));
+  int t = n - 1;
+  for (int round = 0; round < n / 2; ++round) {
+    if (!(shortFilter && p + lh <= n - 1)) {
+      double s1 = 0.0, s2 = 0.0;
+      int q = p;
+      for (int j = 0; j <= lh; ++j) {
+        s1 += a[j] * w[q];
+        s2 += b[j] * w[q];
+        if (++q == n) q = 0;
+      }
+      x[t - 1] = s1;
+      x[t] = s2;
+    }
+    t -= 2;
+    if (p == 0) p = n;
+    p -= 2;
+  }
+}
+
+}  // namespace
+
 void WavTr(int n, int lh, double* x, double* w, const double* h, const double* g) {
-  for (int i = 0; i < n; i += 2) {
+  // Positions i with i + lh <= n - 1 never wrap.
+  const int clean = n - lh > 0 ? (n - lh + 1) / 2 : 0;
+  TapByTap(clean, lh, x, w, h, g);
+  for (int i = 2 * clean; i < n; i += 2) {
     double a = 0.0, d = 0.0;
     int p = i;
     for (int j = 0; j <= lh; ++j) {
@@ -108,18 +221,25 @@ void WavTr(int n, int lh, double* x, double* w, const double* h, const double* g
 }
 
 void InvWavTr(int n, int lh, double* x, double* w, const double* a, const double* b) {
+  // The rounds whose start p has p + lh <= n - 1 read without wrap-around;
+  // they write W[p + lh - 1] and W[p + lh] for even p from 0 up.
+  const bool shortFilter = lh < n;
+  const int clean = shortFilter ? (n - 1 - lh) / 2 + 1 : 0;
+  if (clean > 0) TapByTap(clean, lh, x, w + lh - 1, a, b);
   int p = std::abs(n - 1 - (lh % n));
   int t = n - 1;
   for (int round = 0; round < n / 2; ++round) {
-    double s1 = 0.0, s2 = 0.0;
-    int q = p;
-    for (int j = 0; j <= lh; ++j) {
-      s1 += a[j] * x[q];
-      s2 += b[j] * x[q];
-      if (++q == n) q = 0;
+    if (!(shortFilter && p + lh <= n - 1)) {
+      double s1 = 0.0, s2 = 0.0;
+      int q = p;
+      for (int j = 0; j <= lh; ++j) {
+        s1 += a[j] * x[q];
+        s2 += b[j] * x[q];
+        if (++q == n) q = 0;
+      }
+      w[t - 1] = s1;
+      w[t] = s2;
     }
-    w[t - 1] = s1;
-    w[t] = s2;
     t -= 2;
     if (p == 0) p = n;
     p -= 2;
@@ -157,27 +277,23 @@ void InvCOIFPerm(int n, double* x, double* w, int shift) {
 
 void DAUBGEN(int code, bool symmetric, int n, double* x, int levels) {
   const FilterBank bank = DaubechiesFilters(code, symmetric);
-  Scratch s(n);
-  for (int level = 0, size = n; level < levels; ++level, size /= 2) {
-    WavTr(size, bank.lh, x, s.w.data(), bank.h.data(), bank.g.data());
-    Perm(size, x, s.w.data());
-  }
+  Scratch s(n, false);
+  for (int level = 0, size = n; level < levels; ++level, size /= 2)
+    LevelToHalves(size, bank.lh, x, s.W(), bank.h.data(), bank.g.data());
 }
 
 void INVDAUBGEN(int code, bool symmetric, int n, double* x, int m, int levels) {
   const FilterBank bank = DaubechiesFilters(code, symmetric);
   std::vector<double> a, b;
   GetInvWCoeff(bank, a, b);
-  Scratch s(n);
-  for (int level = 0, size = 1 << (m - levels + 1); level < levels; ++level, size *= 2) {
-    INVPERM(size, x, s.w.data());
-    InvWavTr(size, bank.lh, x, s.w.data(), a.data(), b.data());
-  }
+  Scratch s(n, false);
+  for (int level = 0, size = 1 << (m - levels + 1); level < levels; ++level, size *= 2)
+    LevelFromHalves(size, bank.lh, x, s.W(), a.data(), b.data());
 }
 
 void CoifletTR(int code, int n, double* x, int levels) {
   const FilterBank bank = IsLifting(code) ? FilterBank{} : CoifletFilters(code);
-  Scratch s(n);
+  Scratch s(n, IsLifting(code));
   for (int level = 0, size = n; level < levels; ++level, size /= 2) CoifletLevel(code, bank, size, x, s);
 }
 
@@ -185,37 +301,33 @@ void INVCoifletTR(int code, int n, double* x, int m, int levels) {
   const FilterBank bank = IsLifting(code) ? FilterBank{} : CoifletFilters(code);
   std::vector<double> a, b;
   if (!IsLifting(code)) GetInvCOIFCoeff(bank, a, b);
-  Scratch s(n);
+  Scratch s(n, IsLifting(code));
   for (int level = 0, size = 1 << (m - levels + 1); level < levels; ++level, size *= 2)
     InverseCoifletLevel(code, bank, a, b, size, x, s);
 }
 
 void DAUBGENWP(int code, bool symmetric, int n, double* x, int levels) {
   const FilterBank bank = DaubechiesFilters(code, symmetric);
-  Scratch s(n);
+  Scratch s(n, false);
   // Every block of a level on its own: a block never sees its neighbours.
   for (int level = 0, size = n; level < levels; ++level, size /= 2)
-    for (int offset = 0; offset < n; offset += size) {
-      WavTr(size, bank.lh, x + offset, s.w.data(), bank.h.data(), bank.g.data());
-      Perm(size, x + offset, s.w.data());
-    }
+    for (int offset = 0; offset < n; offset += size)
+      LevelToHalves(size, bank.lh, x + offset, s.W(), bank.h.data(), bank.g.data());
 }
 
 void INVDAUBGENWP(int code, bool symmetric, int n, double* x, int m, int levels) {
   const FilterBank bank = DaubechiesFilters(code, symmetric);
   std::vector<double> a, b;
   GetInvWCoeff(bank, a, b);
-  Scratch s(n);
+  Scratch s(n, false);
   for (int level = 0, size = 1 << (m - levels + 1); level < levels; ++level, size *= 2)
-    for (int offset = 0; offset < n; offset += size) {
-      INVPERM(size, x + offset, s.w.data());
-      InvWavTr(size, bank.lh, x + offset, s.w.data(), a.data(), b.data());
-    }
+    for (int offset = 0; offset < n; offset += size)
+      LevelFromHalves(size, bank.lh, x + offset, s.W(), a.data(), b.data());
 }
 
 void CoifletTrWP(int code, int n, double* x, int levels) {
   const FilterBank bank = IsLifting(code) ? FilterBank{} : CoifletFilters(code);
-  Scratch s(n);
+  Scratch s(n, IsLifting(code));
   for (int level = 0, size = n; level < levels; ++level, size /= 2)
     for (int offset = 0; offset < n; offset += size) CoifletLevel(code, bank, size, x + offset, s);
 }
@@ -224,7 +336,7 @@ void InvCoifletTrWP(int code, int n, double* x, int m, int levels) {
   const FilterBank bank = IsLifting(code) ? FilterBank{} : CoifletFilters(code);
   std::vector<double> a, b;
   if (!IsLifting(code)) GetInvCOIFCoeff(bank, a, b);
-  Scratch s(n);
+  Scratch s(n, IsLifting(code));
   for (int level = 0, size = 1 << (m - levels + 1); level < levels; ++level, size *= 2)
     for (int offset = 0; offset < n; offset += size) InverseCoifletLevel(code, bank, a, b, size, x + offset, s);
 }

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <random>
 #include <vector>
@@ -76,6 +77,62 @@ TEST(Tables, PrintedValuesAndOrthogonality) {
     }
     for (int k = 0; k <= b.lh; ++k)
       EXPECT_EQ(b.g[static_cast<std::size_t>(k)], ((k & 1) ? -1 : 1) * b.h[static_cast<std::size_t>(b.lh - k)]);
+  }
+}
+
+// One level as its steps list it, one output at a time with the wrapped
+// index; ours must agree to the last bit.
+void StepWavTr(int n, int lh, double* x, const double* h, const double* g) {
+  std::vector<double> w(static_cast<std::size_t>(n));
+  for (int i = 0; i < n; i += 2) {
+    double a = 0, d = 0;
+    int p = i;
+    for (int j = 0; j <= lh; ++j) {
+      a += h[j] * x[p];
+      d += g[j] * x[p];
+      if (++p == n) p = 0;
+    }
+    w[static_cast<std::size_t>(i)] = a;
+    w[static_cast<std::size_t>(i) + 1] = d;
+  }
+  std::copy(w.begin(), w.end(), x);
+}
+
+void StepInvWavTr(int n, int lh, double* x, const double* a, const double* b) {
+  std::vector<double> w(static_cast<std::size_t>(n));
+  int p = std::abs(n - 1 - (lh % n)), t = n - 1;
+  for (int round = 0; round < n / 2; ++round) {
+    double s1 = 0, s2 = 0;
+    int q = p;
+    for (int j = 0; j <= lh; ++j) {
+      s1 += a[j] * x[q];
+      s2 += b[j] * x[q];
+      if (++q == n) q = 0;
+    }
+    w[static_cast<std::size_t>(t - 1)] = s1;
+    w[static_cast<std::size_t>(t)] = s2;
+    t -= 2;
+    if (p == 0) p = n;
+    p -= 2;
+  }
+  std::copy(w.begin(), w.end(), x);
+}
+
+TEST(OneLevel, BitForBitTheStepOrder) {
+  for (const Family& f : OrthogonalFamilies()) {
+    const FilterBank bank = BankOf(f);
+    std::vector<double> a, b;
+    GetInvWCoeff(bank, a, b);
+    for (int n : {2, 4, 8, 16, 64, 1024, 4096}) {
+      auto x = Signal(n, 13), ref = x;
+      std::vector<double> w(static_cast<std::size_t>(n) + 5);
+      WavTr(n, bank.lh, x.data(), w.data(), bank.h.data(), bank.g.data());
+      StepWavTr(n, bank.lh, ref.data(), bank.h.data(), bank.g.data());
+      for (int i = 0; i < n; ++i) ASSERT_EQ(x[static_cast<std::size_t>(i)], ref[static_cast<std::size_t>(i)]) << f.name << f.code << " n " << n;
+      InvWavTr(n, bank.lh, x.data(), w.data(), a.data(), b.data());
+      StepInvWavTr(n, bank.lh, ref.data(), a.data(), b.data());
+      for (int i = 0; i < n; ++i) ASSERT_EQ(x[static_cast<std::size_t>(i)], ref[static_cast<std::size_t>(i)]) << f.name << f.code << " n " << n;
+    }
   }
 }
 
@@ -160,6 +217,31 @@ TEST(Lifting, IntegerCodesGiveIntegersAndRecoverExactly) {
     for (int i = 0; i < n; ++i) EXPECT_EQ(x[static_cast<std::size_t>(i)], std::round(x[static_cast<std::size_t>(i)])) << code;
     INVCoifletTR(code, n, x.data(), 7, 5);
     for (int i = 0; i < n; ++i) EXPECT_EQ(x[static_cast<std::size_t>(i)], original[static_cast<std::size_t>(i)]) << code;
+  }
+}
+
+TEST(Lifting, NineSevenIsBitForBitItsPassesOneAfterAnother) {
+  for (int n : {8, 16, 64, 1024}) {
+    auto x = Signal(n, 17);
+    std::vector<double> buffer(static_cast<std::size_t>(n) + 43, 0.0);
+    double* E = buffer.data() + 21;
+    for (int i = 0; i < n; ++i) E[i] = x[static_cast<std::size_t>(i)];
+    for (int i = 1; i <= 6; ++i) {
+      E[-i] = x[static_cast<std::size_t>(i)];
+      E[n - 1 + i] = x[static_cast<std::size_t>(n - 1 - i)];
+    }
+    const double a = -1.586134342, b = -0.05298011854, c = 0.8829110762, d = 0.4435068522, k = 1.149604398;
+    for (int e = -10; e <= n + 8; e += 2) E[e + 1] += a * (E[e] + E[e + 2]);
+    for (int e = -10; e <= n + 8; e += 2) E[e] += b * (E[e - 1] + E[e + 1]);
+    for (int e = -10; e <= n + 8; e += 2) E[e + 1] += c * (E[e] + E[e + 2]);
+    for (int e = -10; e <= n + 8; e += 2) E[e] += d * (E[e - 1] + E[e + 1]);
+    for (int e = -10; e <= n + 8; e += 2) {
+      E[e] = E[e] * k;
+      E[e + 1] = E[e + 1] / k;
+    }
+    std::vector<double> scratch(static_cast<std::size_t>(n) + 43);
+    SymmWavTr(n, 6, scratch.data() + 21, x.data(), 101);
+    for (int i = 0; i < n; ++i) ASSERT_EQ(x[static_cast<std::size_t>(i)], E[i]) << "n " << n << " i " << i;
   }
 }
 
