@@ -123,6 +123,7 @@ void Graph1Form::BindCommands() {
   BuildFourierControls();
   BuildSeriesControls();
   BuildFilteringControls();
+  BuildWaveletControls();
   OnMenu("mnuPlotGraph", [this](int) { OpenSideBox("Graph", "Graphing", 0, kPanelGraph); });
   OnMenu("mnuRemoveGraph", [this](int) { SetAnalysisForm("Remove graph"); });
   OnMenu("mnuPopUpRemoveGraph", [this](int) { SetAnalysisForm("Remove graph"); });
@@ -235,6 +236,9 @@ void Graph1Form::PerformAnalysis() {
   else if (title == "Copy graph to clipboard") CopyTheGraphToClipboard();
   else if (title == "Clip graph") ClipTheGraph();
   else if (title == "Save graph") SaveTheGraph();
+  else if (title == "Down sample") DownsampleCommand();
+  else if (title == "Median denoise") MedianCommand(false);
+  else if (title == "Adaptive median denoise") MedianCommand(true);
 }
 
 void Graph1Form::CalculatorBox() { OpenSideBox("Calc", "Calculator", 6, kPanelCalculator); }
@@ -288,6 +292,10 @@ bool Graph1Form::Go() {
     PlotTheGraph();
     return true;
   }
+  if (denoising_) {
+    denoising_ = false;  // Stop during an averaged denoise
+    return true;
+  }
   switch (goIndex_) {
     case 0: PlotTheGraph(); return true;
     case 1: {
@@ -304,8 +312,16 @@ bool Graph1Form::Go() {
     }
     case 5: PerformAnalysis(); return true;
     case 6: Calculate(); return true;
+    case 7: {
+      const std::string& title = controls_.Text("labWavelet");
+      if (title == "Wavelet series" || title == "Wavelet packet series") WaveletSeries(title != "Wavelet series");
+      else if (title == "Denoise (Wavelet)") DenoiseSignal();
+      else WaveletTransform(title != "Wavelet transform");
+      return true;
+    }
     case 8: ResetDisplay(); return true;
     case 9: Filtering(); return true;
+    case 11: InterpolateCommand(controls_.Text("AnalysisLabel") == "D-D 4,2 Interpolate"); return true;
     default: return false;
   }
 }
@@ -318,7 +334,7 @@ bool Graph1Form::Click(const std::string& name) {
   int index = -1;
   SplitIndexedName(name, base, index);
   if (base == "GoButton") {
-    if (index == goIndex_ || (index == 0 && plotting_ != 'N')) Go();
+    if (index == goIndex_ || (index == 0 && plotting_ != 'N') || (index == 7 && denoising_)) Go();
   } else if (base == "cmdFormula") {
     switch (index) {
       case 0: PreviousFormula(); break;

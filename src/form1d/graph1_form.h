@@ -21,6 +21,12 @@ struct SeriesFilter;
 enum class SeriesKind;
 }  // namespace keldo::fourier
 
+namespace keldo::wavelet {
+struct WaveletChoice;
+struct ThresholdSetup;
+struct ThresholdResult;
+}  // namespace keldo::wavelet
+
 namespace keldo::form1d {
 
 constexpr int kMinPoints = 64;
@@ -36,6 +42,8 @@ enum SideBoxPanel : int {
   kPanelSeries = 1,
   kPanelConvolve = 4,
   kPanelFiltering = 8,
+  kPanelWavelet = 11,
+  kPanelInterpolate = 12,
   kPanelAnalysis = 5,
   kPanelCalculator = 6,
   kPanelDisplayStyle = 7,
@@ -170,6 +178,14 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   void Convolve(int kind);
   void Filtering();
 
+  // Wavelets.
+  void WaveletTransform(bool packet);
+  void WaveletSeries(bool packet);
+  void DenoiseSignal();
+  void MedianCommand(bool adaptive);
+  void DownsampleCommand();
+  void InterpolateCommand(bool ddScheme);
+
   formula::FormulaState& FormulaFields() { return formula_; }
   formula::Compiler& compiler() { return compiler_; }
   double VALU(std::string& text) { return compiler_.VALU(text); }
@@ -222,6 +238,14 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   void BuildFourierControls();
   void BuildSeriesControls();
   void BuildFilteringControls();
+  void BuildWaveletControls();
+  void WaveletBox(const std::string& key, const std::string& title);
+  // The checks every wavelet command makes, in order; false after a message.
+  bool WaveletChecks(bool series, int& graph, wavelet::WaveletChoice& choice, int& levels);
+  bool ReadThresholds(int levels, wavelet::ThresholdSetup& setup);
+  std::string ThresholdReport(const wavelet::ThresholdResult& r, const wavelet::ThresholdSetup& s) const;
+  // A new form of the given points with the graph z over graph g's interval.
+  void ResizedResult(const std::vector<double>& z, int points, int g);
   void SeriesBox(int kind);
   int ResetFilterForm(int message);
   bool UserFilter(int h, std::vector<double>& w);
@@ -279,6 +303,7 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   double clickX_ = 0.0, clickY_ = 0.0;
   double transformLeft_ = 0.0, transformRight_ = 0.0;
   double timeConstant_ = 0.0;
+  bool denoising_ = false;
   std::string cursorText_;
   std::string fileName_;
   std::vector<std::string> history_;

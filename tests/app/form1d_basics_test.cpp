@@ -50,10 +50,10 @@ TEST(Graph1Form, FileMenuCaptionsAndUnbuiltItemsDisabled) {
   EXPECT_EQ(c.Text("mnuPasteFromClipboard"), "&Paste from Cilpboard");
   EXPECT_TRUE(c.Find("mnuNew(3)")->enabled);
   EXPECT_TRUE(c.Find("mnuClose")->enabled);
-  EXPECT_FALSE(c.Find("mnuWaveletTransform")->enabled);
+  EXPECT_FALSE(c.Find("mnuSpectrogram")->enabled);
   EXPECT_FALSE(c.Find("mnuHelpSideBox")->visible);
   // A disabled item does nothing when run.
-  EXPECT_TRUE(f.RunMenu("mnuWaveletTransform"));
+  EXPECT_TRUE(f.RunMenu("mnuSpectrogram"));
   EXPECT_TRUE(t.lines.empty());
 }
 

@@ -323,7 +323,7 @@ TEST(ResetMenu, FollowsTheCountForBuiltCommands) {
       {"mnuOpenSave(5)", {false, true, true, true}},
       // Not built yet: disabled whatever the count.
       {"mnuStatistics", {false, false, false, false}}, {"mnuTransforms", {false, true, true, true}},
-      {"mnuOpenSave(6)", {false, false, false, false}}, {"mnuDownSample", {false, false, false, false}},
+      {"mnuOpenSave(6)", {false, false, false, false}}, {"mnuDownSample", {false, true, true, true}},
       {"mnuScalarProduct", {false, false, false, false}},
       // Two graphs needed.
       {"mnuConvolution", {false, false, true, true}},   {"mnuPaircorrelation", {false, false, true, true}},
