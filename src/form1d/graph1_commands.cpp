@@ -321,6 +321,7 @@ bool Graph1Form::Go() {
     }
     case 8: ResetDisplay(); return true;
     case 9: Filtering(); return true;
+    case 10: SetQuantizationParameters(); return true;
     case 11: InterpolateCommand(controls_.Text("AnalysisLabel") == "D-D 4,2 Interpolate"); return true;
     default: return false;
   }
@@ -333,7 +334,12 @@ bool Graph1Form::Click(const std::string& name) {
   std::string base;
   int index = -1;
   SplitIndexedName(name, base, index);
-  if (base == "GoButton") {
+  if (name == "GoButton(10)") {
+    SetQuantizationParameters();
+  } else if (name == "cmdApply" || name == "cmdCancel") {
+    if (name == "cmdApply") TransferInfo();
+    ShowPanel(kPanelWavelet);
+  } else if (base == "GoButton") {
     if (index == goIndex_ || (index == 0 && plotting_ != 'N') || (index == 7 && denoising_)) Go();
   } else if (base == "cmdFormula") {
     switch (index) {
@@ -368,6 +374,9 @@ bool Graph1Form::QueryClose() {
 
 void Graph1Form::ControlChanged(const std::string& name) {
   if (name == "FreqFilter") SetFilterParameters();
+  if (name == "chkSymDaub")
+    controls_["DaubOrder"].tip =
+        controls_["chkSymDaub"].value ? "Even integer between 8 and 20." : "Even integer between 4 and 20.";
 }
 
 void Graph1Form::Activated() {

@@ -134,7 +134,8 @@ void Graph1Form::UpdateLimitTips() {
     c.tip = "Integer between 1 and" + StrInt(levels) + ".";
     c.text = std::to_string(levels);
   }
-  for (const char* name : {"HighestMag", "WSerNumTerms"}) controls_[name].tip = "Integer from 0 to" + StrInt(n_) + ".";
+  controls_["HighestMag"].tip = "Integer between 0 and" + StrInt(n_) + ".";
+  controls_["WSerNumTerms"].tip = "Integer from 0 to" + StrInt(n_) + ".";
 }
 
 void Graph1Form::ChangePointsMenu(int n) {

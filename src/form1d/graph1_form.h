@@ -43,13 +43,14 @@ enum SideBoxPanel : int {
   kPanelConvolve = 4,
   kPanelFiltering = 8,
   kPanelWavelet = 11,
-  kPanelInterpolate = 12,
+  kPanelInterpolate = 13,
+  kPanelQuantization = 14,
   kPanelAnalysis = 5,
   kPanelCalculator = 6,
   kPanelDisplayStyle = 7,
   kPanelRemarks = 9,
   kPanelTrace = 10,
-  kPanelCount = 13,
+  kPanelCount = 15,
 };
 
 // The graph handed between forms by Copy graph and Paste graph; it outlives
@@ -185,6 +186,9 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   void MedianCommand(bool adaptive);
   void DownsampleCommand();
   void InterpolateCommand(bool ddScheme);
+  // The quantization settings: fields from the strings, and back.
+  void SetQuantizationParameters();
+  void TransferInfo();
 
   formula::FormulaState& FormulaFields() { return formula_; }
   formula::Compiler& compiler() { return compiler_; }
@@ -239,6 +243,7 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   void BuildSeriesControls();
   void BuildFilteringControls();
   void BuildWaveletControls();
+  void BuildQuantizationControls();
   void WaveletBox(const std::string& key, const std::string& title);
   // The checks every wavelet command makes, in order; false after a message.
   bool WaveletChecks(bool series, int& graph, wavelet::WaveletChoice& choice, int& levels);

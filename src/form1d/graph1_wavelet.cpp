@@ -59,7 +59,7 @@ void Graph1Form::BuildWaveletControls() {
   go7.tip = "Computes the transform or the series.";
   Control& go10 = controls_.Add("GoButton(10)", ControlKind::Button, "Edit settings");
   go10.tip = "Click on this button to view/change threshold settings.";
-  go10.enabled = false;  // the quantization dialog comes with the image commands
+  BuildQuantizationControls();
   // Median denoising, down-sampling and interpolation.
   controls_.Add("TxtGraphStat", ControlKind::Text, "1").tip = "The number of the graph.";
   Control& go11 = controls_.Add("GoButton(11)", ControlKind::Button, "Select");
@@ -87,6 +87,77 @@ void Graph1Form::BuildWaveletControls() {
   });
 }
 
+// The quantization parameters, shown in the side box in place of a dialog:
+// set 0 for the uniform threshold, set 1 for the multiple thresholds.
+void Graph1Form::BuildQuantizationControls() {
+  const char* methods[2] = {"Uniform Threshold.   Value:", "Multiple Thresholds.  Values:"};
+  const char* methodTips[2] = {
+      "Sets  wavelet coefficients that are less in mag. than the threshold value equal to 0.",
+      "Sets trend and fluc. values that are less in mag. than the thresholds equal to 0."};
+  const char* thresholdTips[2] = {
+      "Enter an expression like 1/2^6, which quantizes to 6 bits.",
+      "An expression like 1/2^7:1/2^6, quantizes trend values to 6 bits and fluctuation values to 5 bits."};
+  const char* quantizeTips[2] = {"If checked, non-zero values are quantized. ",
+                                 "If checked, non-zero trend and fluc. values are quantized. "};
+  for (int k = 0; k < 2; ++k) {
+    Control& method = controls_.Add(IndexedName("OpMethod", k), ControlKind::Option, methods[k]);
+    method.tip = methodTips[k];
+    method.group = "OpMethod";
+    controls_.Add(IndexedName("TxtThreshold", k), ControlKind::Text).tip = thresholdTips[k];
+    controls_.Add(IndexedName("chkQuantize", k), ControlKind::Check, "Quantize").tip = quantizeTips[k];
+    controls_.Add(IndexedName("chkDifferences", k), ControlKind::Check,
+                  k == 0 ? "Encode by  differences" : "Encode by differences");
+    controls_.Add(IndexedName("chkSignBit", k), ControlKind::Check, "Sign bit").tip =
+        "If checked, a sign bit is used when quantizing.";
+  }
+  controls_.Add("chkSigMap", ControlKind::Check, "Create").tip = "If checked, a graph is drawn of the significance map.";
+  controls_.Add("cmdApply", ControlKind::Button, "Apply").tip = "Keeps these settings for the threshold series.";
+  controls_.Add("cmdCancel", ControlKind::Button, "Cancel").tip = "Leaves the settings as they were.";
+}
+
+void Graph1Form::SetQuantizationParameters() {
+  // Fill the fields from the two memory strings and the one in use.
+  const auto fields = [](const std::string& text) {
+    std::vector<std::string> out;
+    std::size_t start = 0;
+    for (std::size_t bar = text.find('|'); bar != std::string::npos; bar = text.find('|', start)) {
+      out.push_back(text.substr(start, bar - start));
+      start = bar + 1;
+    }
+    out.resize(6);
+    return out;
+  };
+  for (int k = 0; k < 2; ++k) {
+    const auto f = fields(quantParams_[static_cast<std::size_t>(k + 1)]);
+    controls_[IndexedName("OpMethod", k)].value = f[0] == "Y";
+    controls_.SetText(IndexedName("TxtThreshold", k), f[1]);
+    controls_[IndexedName("chkQuantize", k)].value = f[2] == "Y";
+    controls_[IndexedName("chkDifferences", k)].value = f[3] == "Y";
+    controls_[IndexedName("chkSignBit", k)].value = f[4] == "Y";
+  }
+  controls_["chkSigMap"].value = fields(quantParams_[0])[5] == "S";
+  ShowPanel(kPanelQuantization);
+  Touch();
+}
+
+void Graph1Form::TransferInfo() {
+  const int method = controls_["OpMethod(1)"].value ? 1 : 0;
+  const auto flag = [&](const char* name, int k, const char* on, const char* off) {
+    return std::string(controls_[IndexedName(name, k)].value ? on : off) + "|";
+  };
+  const std::string map = controls_["chkSigMap"].value ? "S|" : "N|";
+  std::array<std::string, 3> strings;
+  strings[0] = std::to_string(method) + "|" + controls_.Text(IndexedName("TxtThreshold", method)) + "|" +
+               flag("chkQuantize", method, "Q", "N") + flag("chkDifferences", method, "D", "N") +
+               flag("chkSignBit", method, "B", "N") + map;
+  for (int k = 0; k < 2; ++k)
+    strings[static_cast<std::size_t>(k + 1)] = std::string(method == k ? "Y|" : "N|") +
+                                               controls_.Text(IndexedName("TxtThreshold", k)) + "|" +
+                                               flag("chkQuantize", k, "Y", "N") + flag("chkDifferences", k, "Y", "N") +
+                                               flag("chkSignBit", k, "Y", "N") + map;
+  SetQuantParams(strings);
+}
+
 void Graph1Form::WaveletBox(const std::string& key, const std::string& title) {
   controls_.SetText("labWavelet", title);
   OpenSideBox(key, title, 7, kPanelWavelet);
@@ -99,6 +170,7 @@ void Graph1Form::WaveletBox(const std::string& key, const std::string& title) {
                            "HighestMag", "EnerPerc", "GoButton(10)", "WavSerLev"})
     controls_.SetVisible(name, series);
   controls_.SetVisible("wavlevels", !series);
+  controls_.SetText("Remarks(1)", "");
   Touch();
 }
 

@@ -225,7 +225,7 @@ QFormLayout* FormView::TitledPanel(int number, const std::string& titleControl, 
 void FormView::BuildSideBox(QWidget* parent, QVBoxLayout* column) {
   side_ = new QGroupBox(parent);
   side_->setMinimumWidth(220);
-  side_->setMaximumWidth(300);
+  side_->setMaximumWidth(330);
   auto* box = new QVBoxLayout(side_);
   column->addWidget(side_);
   column->addStretch(1);
@@ -305,6 +305,7 @@ void FormView::BuildSideBox(QWidget* parent, QVBoxLayout* column) {
   tl->addLayout(moves);
 
   BuildFourierPanels();
+  BuildWaveletPanels();
   for (auto& [number, panel] : panels_) box->addWidget(panel);
   box->addStretch(1);
 }
@@ -508,7 +509,101 @@ void FormView::BuildFourierPanels() {
   gl->addWidget(BindButton(filtering, "GoButton(9)"));
 }
 
+void FormView::BuildWaveletPanels() {
+  if (!form_.controls().Has("labWavelet")) return;
+  QWidget* wave = nullptr;
+  QFormLayout* wl = TitledPanel(form1d::kPanelWavelet, "labWavelet", wave);
+  wl->addRow(tr("Graph"), BindText(wave, "WavGraph"));
+  // Levels: the transform's box or the series' box, whichever is shown.
+  for (const char* name : {"wavlevels", "WavSerLev"}) {
+    auto* label = new QLabel(tr("Levels:"), wave);
+    QLineEdit* edit = BindText(wave, name);
+    wl->addRow(label, edit);
+    bindings_.push_back({name, edit, [label, edit](const Control& c) {
+                           edit->setVisible(c.visible);
+                           label->setVisible(c.visible);
+                         }});
+  }
+  wl->addRow(BindOption(wave, "WavTypeDaub"), BindText(wave, "DaubOrder"));
+  wl->addRow(QString(), BindCheck(wave, "chkSymDaub"));
+  wl->addRow(BindOption(wave, "WavTypeCoif"), BindText(wave, "CoifOrder"));
+  auto* haar = BindOption(wave, "WavTypeHaar");
+  bindings_.push_back({"WavTypeHaar", haar, [haar](const Control& c) {
+                         static_cast<QRadioButton*>(haar)->setText(Q(c.text));
+                       }});
+  wl->addRow(haar);
+  wl->addRow(BindOption(wave, "WavTypeOther"), BindList(wave, "WaveletFilter"));
+  auto* inverse = BindCheck(wave, "chkWavInvTr");
+  bindings_.push_back({"chkWavInvTr", inverse, [inverse](const Control& c) {
+                         static_cast<QCheckBox*>(inverse)->setText(Q(c.text));
+                       }});
+  wl->addRow(inverse);
+  const std::pair<const char*, const char*> series[] = {{"SerTypeAscend", "WSerNumTerms"},
+                                                        {"SerTypeMagnitude", "HighestMag"},
+                                                        {"SerTypeEnergy", "EnerPerc"}};
+  for (const auto& [option, field] : series) {
+    QWidget* o = BindOption(wave, option);
+    QLineEdit* f = BindText(wave, field);
+    wl->addRow(o, f);
+    bindings_.push_back({field, f, [o, f](const Control& c) {
+                           o->setVisible(c.visible);
+                           f->setVisible(c.visible);
+                         }});
+  }
+  QWidget* threshold = BindOption(wave, "SerTypeThreshold");
+  QWidget* edit = BindButton(wave, "GoButton(10)");
+  wl->addRow(threshold, edit);
+  bindings_.push_back({"GoButton(10)", edit, [threshold, edit](const Control& c) {
+                         threshold->setVisible(c.visible);
+                         edit->setVisible(c.visible);
+                       }});
+  wl->addRow(BindButton(wave, "GoButton(7)"));
+  auto* report = BindLabel(wave, "Remarks(1)");
+  wl->addRow(report);
+  // The limited fields offer their quick help on F1 and on a mouse press.
+  for (const char* name : {"wavlevels", "WavSerLev", "HighestMag", "WSerNumTerms", "EnerPerc"})
+    if (QWidget* w = wave->findChild<QWidget*>(name)) w->installEventFilter(this);
+
+  // The quantization settings of the threshold series.
+  QWidget* quant = Panel(form1d::kPanelQuantization);
+  auto* ql = new QVBoxLayout(quant);
+  auto* heading = new QLabel(tr("Quantization parameters"), quant);
+  heading->setStyleSheet("font-weight: bold");
+  ql->addWidget(heading);
+  for (int k = 0; k < 2; ++k) {
+    auto* group = new QGroupBox(quant);
+    auto* gv = new QFormLayout(group);
+    gv->addRow(BindOption(group, IndexedName("OpMethod", k)));
+    gv->addRow(BindText(group, IndexedName("TxtThreshold", k)));
+    gv->addRow(BindCheck(group, IndexedName("chkQuantize", k)));
+    gv->addRow(BindCheck(group, IndexedName("chkDifferences", k)));
+    gv->addRow(BindCheck(group, IndexedName("chkSignBit", k)));
+    ql->addWidget(group);
+  }
+  auto* mapRow = new QFormLayout;
+  mapRow->addRow(tr("Significance map:"), BindCheck(quant, "chkSigMap"));
+  ql->addLayout(mapRow);
+  auto* buttons = new QHBoxLayout;
+  buttons->addWidget(BindButton(quant, "cmdApply"));
+  buttons->addWidget(BindButton(quant, "cmdCancel"));
+  ql->addLayout(buttons);
+
+  // Interpolation.
+  QWidget* up = nullptr;
+  QFormLayout* ul = TitledPanel(form1d::kPanelInterpolate, "AnalysisLabel", up);
+  ul->addRow(tr("Graph:"), BindText(up, "TxtGraphStat"));
+  ul->addRow(BindButton(up, "GoButton(11)"));
+}
+
 bool FormView::eventFilter(QObject* watched, QEvent* event) {
+  if (auto* field = qobject_cast<QLineEdit*>(watched); field && field != formula_) {
+    const bool f1 = event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_F1;
+    const bool press = event->type() == QEvent::MouseButtonPress;
+    if (f1 || press) {
+      if (auto* graphs = AsGraph1(form_)) graphs->FieldQuickHelp(field->objectName().toStdString());
+      if (f1) return true;
+    }
+  }
   if (watched == formula_ && event->type() == QEvent::KeyPress &&
       static_cast<QKeyEvent*>(event)->key() == Qt::Key_F1) {
     if (auto* graphs = AsGraph1(form_)) graphs->FormulaHelp(formula_->selectedText().toStdString());

@@ -55,6 +55,7 @@ class FormView final : public QWidget {
   // A label that follows a label control, shown and hidden with it.
   QLabel* BindCaption(QWidget* parent, const std::string& name);
   void BuildFourierPanels();
+  void BuildWaveletPanels();
   // Presses a named button of the form if it is enabled.
   void Press(const std::string& name);
   void PressGo();

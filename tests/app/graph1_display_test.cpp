@@ -302,7 +302,7 @@ TEST(SideBox, HelpForTheTopicAndQuickHelpOfLimitedFields) {
   f.FieldQuickHelp("HighestMag");
   ASSERT_EQ(t.platform.dialogs.Shown().size(), 1u);
   EXPECT_EQ(t.platform.dialogs.Shown()[0].title, "The number of coefficients");
-  EXPECT_EQ(t.platform.dialogs.Shown()[0].text, "Integer from 0 to 64.");
+  EXPECT_EQ(t.platform.dialogs.Shown()[0].text, "Integer between 0 and 64.");
 }
 
 // The table of menu states for 0, 1, 2 and 3 graphs: a command is enabled

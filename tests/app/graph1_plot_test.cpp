@@ -277,7 +277,8 @@ TEST(GraphStore, SetPointsWithTheSameNKeepsGraphsAndAnotherDropsThem) {
   f.RunMenu("mnu128");
   EXPECT_EQ(f.GraphCount(), 0);
   EXPECT_EQ(f.controls()["wavlevels"].tip, "Integer between 1 and 7.");
-  EXPECT_EQ(f.controls()["HighestMag"].tip, "Integer from 0 to 128.");
+  EXPECT_EQ(f.controls()["HighestMag"].tip, "Integer between 0 and 128.");
+  EXPECT_EQ(f.controls()["WSerNumTerms"].tip, "Integer from 0 to 128.");
   EXPECT_EQ(f.controls().Text("wavlevels"), "7");
 }
 

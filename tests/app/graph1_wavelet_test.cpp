@@ -130,6 +130,37 @@ TEST(WaveletCommands, SeriesTypesAndTheirChecks) {
   EXPECT_EQ(t.lines[t.lines.size() - 2], "message 35: Threshold of 0 not allowed when quantizing.");
 }
 
+TEST(WaveletCommands, QuantizationSettingsGoThroughTheirFields) {
+  TestFrame t;
+  auto& f = NewForm(t, 64);
+  Plot(f, "x*x*x", "1");
+  f.RunMenu("mnuWaveletSeries");
+  f.controls().SetFromUser("SerTypeThreshold", "1");
+  f.Click("GoButton(10)");
+  EXPECT_EQ(f.VisiblePanel(), form1d::kPanelQuantization);
+  EXPECT_EQ(f.controls().Text("TxtThreshold(0)"), "1/2^16");
+  EXPECT_EQ(f.controls().Text("TxtThreshold(1)"), "1/2^16:1/2^8");
+  EXPECT_EQ(f.controls()["OpMethod(0)"].value, 1);
+  f.controls().SetFromUser("OpMethod(1)", "1");
+  f.controls().SetText("TxtThreshold(1)", "1/2^4,1/2^3");  // a comma works as a colon
+  f.controls().SetFromUser("chkSigMap", "1");
+  f.Click("cmdApply");
+  EXPECT_EQ(f.VisiblePanel(), form1d::kPanelWavelet);
+  EXPECT_EQ(f.QuantParams()[0], "1|1/2^4,1/2^3|Q|N|B|S|");
+  EXPECT_EQ(f.QuantParams()[1], "N|1/2^16|Y|N|Y|S|");
+  EXPECT_EQ(f.QuantParams()[2], "Y|1/2^4,1/2^3|Y|N|Y|S|");
+  f.Go();
+  // The series and its significance map.
+  ASSERT_EQ(f.GraphCount(), 3);
+  const std::string report = f.controls().Text("Remarks(1)");
+  EXPECT_NE(report.find("Thresholds: 0.0625, 0.125"), std::string::npos) << report;
+  EXPECT_NE(report.find("Bits per point: "), std::string::npos);
+  for (int i = 0; i < 64; ++i) {
+    const double v = f.GraphValues(2)[i];
+    EXPECT_TRUE(v == 0.0 || v == 1.0 || v == -1.0);
+  }
+}
+
 TEST(WaveletCommands, DenoiseOnceAveragedAndStopped) {
   TestFrame t;
   auto& f = NewForm(t, 256);

@@ -273,6 +273,40 @@ TEST(Lifting, FiveThreeIsItsFilterBank) {
   }
 }
 
+// Each Deslauriers-Dubuc scheme as its predict and update filters, away
+// from the ends: d from the even neighbours, s from the new d values.
+TEST(Lifting, DeslauriersDubucCodesAreTheirFilterBanks) {
+  const int n = 64;
+  const auto in = Signal(n, 6);
+  const auto x = [&](int i) { return in[static_cast<std::size_t>(i)]; };
+  const auto predict = [&](int code, int i) {  // the fluctuation at 2i + 1
+    const double e0 = x(2 * i), e1 = x(2 * i + 2), o = x(2 * i + 1);
+    const double m1 = x(2 * i - 2), p2 = x(2 * i + 4);
+    if (code == 103 || code == 105) return o - (e0 + e1) * 9 / 16 + (m1 + p2) / 16;
+    if (code == 104) return o - (e0 + e1) * 150 / 256 + (m1 + p2) * 25 / 256 - (x(2 * i - 4) + x(2 * i + 6)) * 3 / 256;
+    return o - (e0 + e1) / 2;
+  };
+  for (int code : {102, 103, 104, 105, 106}) {
+    auto y = in;
+    std::vector<double> e(n + 43);
+    SymmWavTr(n, 6, e.data() + 21, y.data(), code);
+    for (int i = 6; i < n / 2 - 6; ++i) {
+      double d = predict(code, i);
+      if (code == 106) {
+        // The extra pass on the 5/3 result uses the updated evens.
+        const auto s53 = [&](int k) { return x(2 * k) + (predict(102, k - 1) + predict(102, k)) / 4; };
+        d = d - (2 * s53(i) - s53(i - 1) - s53(i + 1)) / 16 - (2 * s53(i + 1) - s53(i) - s53(i + 2)) / 16;
+      }
+      EXPECT_NEAR(y[static_cast<std::size_t>(2 * i + 1)], d, 1e-13) << code << " i " << i;
+      double s = x(2 * i) + (predict(code, i - 1) + predict(code, i)) / 4;
+      if (code == 105)
+        s = x(2 * i) + (predict(code, i - 1) + predict(code, i)) * 9 / 32 - (predict(code, i - 2) + predict(code, i + 1)) / 32;
+      if (code == 106) s = x(2 * i) + (predict(102, i - 1) + predict(102, i)) / 4;
+      EXPECT_NEAR(y[static_cast<std::size_t>(2 * i)], s, 1e-13) << code << " i " << i;
+    }
+  }
+}
+
 TEST(Lifting, NineSevenIsProportionalToTheCdfFilters) {
   // CDF 9/7 analysis filters as published (PyWavelets bior4.4, sum sqrt(2)).
   const double lo[9] = {0.037828455507, -0.02384946502, -0.110624404418, 0.377402855613, 0.852698679009,
