@@ -140,32 +140,67 @@ void TapByTap(int count, int lh, const double* in, double* out, const double* lo
   }
 }
 
-// WavTr followed by Perm, with the values put straight into their halves:
-// the same numbers in the same places, with two passes over the data
-// instead of five.
-void LevelToHalves(int n, int lh, double* x, double* w, const double* h, const double* g) {
-  const int half = n / 2;
+// The low- and high-pass sums of one level over in[0..n-1], handed to
+// store(k, a, d) for the output pair k = 0 .. n/2 - 1. Positions that never
+// wrap go tap by tap; the last ones wrap round as often as the filter needs.
+template <typename Store>
+void ForwardSums(int n, int lh, const double* in, const double* h, const double* g, Store store) {
   const int clean = n - lh > 0 ? (n - lh + 1) / 2 : 0;
   double acc[2 * kRun];
   for (int start = 0; start < clean; start += kRun) {
     const int count = std::min(clean - start, kRun);
-    TapByTap(count, lh, x + 2 * start, acc, h, g);
-    for (int k = 0; k < count; ++k) {
-      w[start + k] = acc[2 * k];
-      w[half + start + k] = acc[2 * k + 1];
-    }
+    TapByTap(count, lh, in + 2 * start, acc, h, g);
+    for (int k = 0; k < count; ++k) store(start + k, acc[2 * k], acc[2 * k + 1]);
   }
   for (int i = 2 * clean; i < n; i += 2) {
     double a = 0.0, d = 0.0;
     int p = i;
     for (int j = 0; j <= lh; ++j) {
-      a += h[j] * x[p];
-      d += g[j] * x[p];
+      a += h[j] * in[p];
+      d += g[j] * in[p];
       if (++p == n) p = 0;
     }
-    w[i / 2] = a;
-    w[half + i / 2] = d;
+    store(i / 2, a, d);
   }
+}
+
+// The inverse filters over interleaved in[0..n-1] into out[0..n-1]. Round
+// r starts at p (wrapping below 0 to n - 2) and writes out[t - 1], out[t]
+// with t = n - 1 - 2r; the rounds with p + lh <= n - 1 read without wrap and
+// go tap by tap.
+void InverseSums(int n, int lh, const double* in, double* out, const double* a, const double* b) {
+  const bool shortFilter = lh < n;
+  const int clean = shortFilter ? (n - 1 - lh) / 2 + 1 : 0;
+  if (clean > 0) TapByTap(clean, lh, in, out + lh - 1, a, b);
+  int p = std::abs(n - 1 - (lh % n));
+  int t = n - 1;
+  for (int round = 0; round < n / 2; ++round) {
+    if (!(shortFilter && p + lh <= n - 1)) {
+      double s1 = 0.0, s2 = 0.0;
+      int q = p;
+      for (int j = 0; j <= lh; ++j) {
+        s1 += a[j] * in[q];
+        s2 += b[j] * in[q];
+        if (++q == n) q = 0;
+      }
+      out[t - 1] = s1;
+      out[t] = s2;
+    }
+    t -= 2;
+    if (p == 0) p = n;
+    p -= 2;
+  }
+}
+
+// WavTr followed by Perm, with the values put straight into their halves:
+// the same numbers in the same places, with two passes over the data
+// instead of five.
+void LevelToHalves(int n, int lh, double* x, double* w, const double* h, const double* g) {
+  const int half = n / 2;
+  ForwardSums(n, lh, x, h, g, [&](int k, double a, double d) {
+    w[k] = a;
+    w[half + k] = d;
+  });
   std::memcpy(x, w, sizeof(double) * static_cast<std::size_t>(n));
 }
 
@@ -177,73 +212,21 @@ void LevelFromHalves(int n, int lh, double* x, double* w, const double* a, const
     w[2 * i] = x[i];
     w[2 * i + 1] = x[half + i];
   }
-  const bool shortFilter = lh < n;
-  const int clean = shortFilter ? (n - 1 - lh) / 2 + 1 : 0;
-  if (clean > 0) TapByTap(clean, lh, w, x + lh - 1, a, b);
-  int p = std::abs(n - 1 - (lh % n));
-  int t = n - 1;
-  for (int round = 0; round < n / 2; ++round) {
-    if (!(shortFilter && p + lh <= n - 1)) {
-      double s1 = 0.0, s2 = 0.0;
-      int q = p;
-      for (int j = 0; j <= lh; ++j) {
-        s1 += a[j] * w[q];
-        s2 += b[j] * w[q];
-        if (++q == n) q = 0;
-      }
-      x[t - 1] = s1;
-      x[t] = s2;
-    }
-    t -= 2;
-    if (p == 0) p = n;
-    p -= 2;
-  }
+  InverseSums(n, lh, w, x, a, b);
 }
 
 }  // namespace
 
 void WavTr(int n, int lh, double* x, double* w, const double* h, const double* g) {
-  // Positions i with i + lh <= n - 1 never wrap.
-  const int clean = n - lh > 0 ? (n - lh + 1) / 2 : 0;
-  TapByTap(clean, lh, x, w, h, g);
-  for (int i = 2 * clean; i < n; i += 2) {
-    double a = 0.0, d = 0.0;
-    int p = i;
-    for (int j = 0; j <= lh; ++j) {
-      a += h[j] * x[p];
-      d += g[j] * x[p];
-      if (++p == n) p = 0;
-    }
-    w[i] = a;
-    w[i + 1] = d;
-  }
+  ForwardSums(n, lh, x, h, g, [&](int k, double a, double d) {
+    w[2 * k] = a;
+    w[2 * k + 1] = d;
+  });
   for (int i = 0; i < n; ++i) x[i] = w[i];
 }
 
 void InvWavTr(int n, int lh, double* x, double* w, const double* a, const double* b) {
-  // The rounds whose start p has p + lh <= n - 1 read without wrap-around;
-  // they write W[p + lh - 1] and W[p + lh] for even p from 0 up.
-  const bool shortFilter = lh < n;
-  const int clean = shortFilter ? (n - 1 - lh) / 2 + 1 : 0;
-  if (clean > 0) TapByTap(clean, lh, x, w + lh - 1, a, b);
-  int p = std::abs(n - 1 - (lh % n));
-  int t = n - 1;
-  for (int round = 0; round < n / 2; ++round) {
-    if (!(shortFilter && p + lh <= n - 1)) {
-      double s1 = 0.0, s2 = 0.0;
-      int q = p;
-      for (int j = 0; j <= lh; ++j) {
-        s1 += a[j] * x[q];
-        s2 += b[j] * x[q];
-        if (++q == n) q = 0;
-      }
-      w[t - 1] = s1;
-      w[t] = s2;
-    }
-    t -= 2;
-    if (p == 0) p = n;
-    p -= 2;
-  }
+  InverseSums(n, lh, x, w, a, b);
   for (int i = 0; i < n; ++i) x[i] = w[i];
 }
 
