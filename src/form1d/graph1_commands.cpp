@@ -124,6 +124,7 @@ void Graph1Form::BindCommands() {
   BuildSeriesControls();
   BuildFilteringControls();
   BuildWaveletControls();
+  BuildAnalysisControls();
   OnMenu("mnuPlotGraph", [this](int) { OpenSideBox("Graph", "Graphing", 0, kPanelGraph); });
   OnMenu("mnuRemoveGraph", [this](int) { SetAnalysisForm("Remove graph"); });
   OnMenu("mnuPopUpRemoveGraph", [this](int) { SetAnalysisForm("Remove graph"); });
@@ -231,6 +232,7 @@ void Graph1Form::SetAnalysisForm(const std::string& title) {
 
 void Graph1Form::PerformAnalysis() {
   const std::string& title = controls_.Text("AnalysisLabel");
+  if (PerformMeasurement(title)) return;
   if (title == "Remove graph") RemoveTheGraph();
   else if (title == "Copy graph") CopyTheGraph();
   else if (title == "Copy graph to clipboard") CopyTheGraphToClipboard();
@@ -322,7 +324,12 @@ bool Graph1Form::Go() {
     case 8: ResetDisplay(); return true;
     case 9: Filtering(); return true;
     case 10: SetQuantizationParameters(); return true;
-    case 11: InterpolateCommand(controls_.Text("AnalysisLabel") == "D-D 4,2 Interpolate"); return true;
+    case 11: {
+      const std::string& title = controls_.Text("AnalysisLabel");
+      if (title == "Statistics") StatisticsCommand();
+      else InterpolateCommand(title == "D-D 4,2 Interpolate");
+      return true;
+    }
     default: return false;
   }
 }

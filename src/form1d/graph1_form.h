@@ -186,6 +186,9 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   void MedianCommand(bool adaptive);
   void DownsampleCommand();
   void InterpolateCommand(bool ddScheme);
+  // Measurements.
+  void StatisticsCommand();
+
   // The quantization settings: fields from the strings, and back.
   void SetQuantizationParameters();
   void TransferInfo();
@@ -244,6 +247,10 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   void BuildFilteringControls();
   void BuildWaveletControls();
   void BuildQuantizationControls();
+  void BuildAnalysisControls();
+  // The measuring titles of the analysis box; false for another title.
+  bool PerformMeasurement(const std::string& title);
+  void Measure(const std::string& title);
   void WaveletBox(const std::string& key, const std::string& title);
   // The checks every wavelet command makes, in order; false after a message.
   bool WaveletChecks(bool series, int& graph, wavelet::WaveletChoice& choice, int& levels);

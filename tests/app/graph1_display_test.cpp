@@ -322,9 +322,10 @@ TEST(ResetMenu, FollowsTheCountForBuiltCommands) {
       {"mnuOpenSave(3)", {false, true, true, true}},   {"mnuOpenSave(4)", {false, true, true, true}},
       {"mnuOpenSave(5)", {false, true, true, true}},
       // Not built yet: disabled whatever the count.
-      {"mnuStatistics", {false, false, false, false}}, {"mnuTransforms", {false, true, true, true}},
+      {"mnuSpectrogram", {false, false, false, false}}, {"mnuTransforms", {false, true, true, true}},
+      {"mnuStatistics", {false, true, true, true}},
       {"mnuOpenSave(6)", {false, false, false, false}}, {"mnuDownSample", {false, true, true, true}},
-      {"mnuScalarProduct", {false, false, false, false}},
+      {"mnuScalarProduct", {false, false, true, true}}, {"mnuNormDifference", {false, false, true, true}},
       // Two graphs needed.
       {"mnuConvolution", {false, false, true, true}},   {"mnuPaircorrelation", {false, false, true, true}},
       // One graph: the Fourier commands.
