@@ -5,6 +5,7 @@
 #include "form1d/graph1_form.h"
 #include "form2d/graph2_menu.h"
 #include "imageproc/image_processor_menu.h"
+#include "sound/sound_editor_form.h"
 #include "sound/sound_editor_menu.h"
 #include "timefreq/timefreq_menus.h"
 
@@ -14,9 +15,7 @@ void InstallFormKinds(Frame& frame) {
   frame.RegisterKind(FormKind::Graph1, form1d::MakeGraph1Form);
   frame.RegisterKind(FormKind::Graph2,
                      [](Frame& f) { return MakeBasicForm(f, FormKind::Graph2, form2d::Graph2MenuBar()); });
-  frame.RegisterKind(FormKind::SoundEditor, [](Frame& f) {
-    return MakeBasicForm(f, FormKind::SoundEditor, sound::SoundEditorMenuBar());
-  });
+  frame.RegisterKind(FormKind::SoundEditor, [](Frame& f) { return sound::MakeSoundEditorForm(f); });
   frame.RegisterKind(FormKind::Spectrogram, [](Frame& f) {
     return MakeBasicForm(f, FormKind::Spectrogram, timefreq::SpectrogramMenuBar());
   });

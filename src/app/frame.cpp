@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <new>
 
@@ -67,10 +69,34 @@ Frame::~Frame() {
 
 std::string Frame::Folder(const std::string& name) const { return programFolder_ + "/" + name; }
 
+std::string Frame::SoundBufferFolder() {
+  namespace fs = std::filesystem;
+  const auto writable = [](const fs::path& folder) {
+    std::error_code error;
+    fs::create_directories(folder, error);
+    if (error || !fs::is_directory(folder)) return false;
+    const fs::path probe = folder / ".keldo-probe";
+    FILE* f = std::fopen(probe.string().c_str(), "wb");
+    if (!f) return false;
+    std::fclose(f);
+    fs::remove(probe, error);
+    return true;
+  };
+  if (!settings_.soundBufferFolder.empty() && writable(settings_.soundBufferFolder)) return settings_.soundBufferFolder;
+  const fs::path own = fs::path(programFolder_) / "SndBuff";
+  if (writable(own)) return own.string();
+  const char* data = std::getenv("XDG_DATA_HOME");
+  const char* home = std::getenv("HOME");
+  const fs::path user = data && *data ? fs::path(data) / "KELDO" / "SndBuff"
+                                      : fs::path(home ? home : "/tmp") / ".local" / "share" / "KELDO" / "SndBuff";
+  writable(user);
+  return user.string();
+}
+
 void Frame::BuildMenu() {
   menuBar_ = keldo::BuildMenu(kFrameMenu, controls_);
   // Form, data, sound and image files open through readers still to come.
-  for (const char* later : {"mnuOpenSoundFile", "mnuOpenImageFile", "mnuOpen2DDataFile"})
+  for (const char* later : {"mnuOpenImageFile", "mnuOpen2DDataFile"})
     controls_.SetEnabled(later, false);
 }
 
@@ -289,6 +315,9 @@ bool Frame::RunMenu(const std::string& name) {
     newForm(FormKind::ImageProcessor);
   } else if (name == "mnuOpenForm") {
     OpenTheForm();
+  } else if (name == "mnuOpenSoundFile") {
+    if (Form* form = NewForm(FormKind::Graph1, code)) form->RunMenu("mnuOpenSave", 1);
+    else ReportFactoryFailure(code);
   } else if (name == "mnuOpen1DDataFile") {
     if (Form* form = NewForm(FormKind::Graph1, code)) form->RunMenu("mnuOpenSave", 2);
     else ReportFactoryFailure(code);

@@ -40,6 +40,8 @@ class Frame {
   const std::string& programFolder() const { return programFolder_; }
   // A folder under the program's folder: Folder("Data") is PROGRAM/Data.
   std::string Folder(const std::string& name) const;
+  // The folder of the sound buffer files, created when missing.
+  std::string SoundBufferFolder();
 
   // --- registry and factories ---------------------------------------------
   void RegisterKind(FormKind kind, FormMaker maker);

@@ -26,6 +26,9 @@ struct FrameSettings {
   // rows 0..4 by columns 1..5 (column 0 unused)
   std::array<std::array<std::string, 6>, 5> scalogramParams{};
   std::string formCaption;
+  // Where the sound buffer files go; empty for the program's own folder, or
+  // a per-user folder when that cannot be written.
+  std::string soundBufferFolder;
   std::array<float, 11> wavCompCodes{};
   // Hidden caption fields read and written by name: the last choices that
   // new forms take over ("WaveletType2D", "LabLineStyle", "labHelp" ...).
@@ -37,6 +40,7 @@ constexpr int kFolderForms = 1;
 constexpr int kFolderData = 2;
 constexpr int kFolderSound = 3;
 constexpr int kFolderFormulas = 6;
+constexpr int kFolderSoundSave = 11;
 
 // The defaults of every field.
 void DeclareVariables(FrameSettings& s);

@@ -125,6 +125,7 @@ void Graph1Form::BindCommands() {
   BuildFilteringControls();
   BuildWaveletControls();
   BuildAnalysisControls();
+  BuildSoundControls();
   OnMenu("mnuPlotGraph", [this](int) { OpenSideBox("Graph", "Graphing", 0, kPanelGraph); });
   OnMenu("mnuRemoveGraph", [this](int) { SetAnalysisForm("Remove graph"); });
   OnMenu("mnuPopUpRemoveGraph", [this](int) { SetAnalysisForm("Remove graph"); });
@@ -238,6 +239,7 @@ void Graph1Form::PerformAnalysis() {
   else if (title == "Copy graph to clipboard") CopyTheGraphToClipboard();
   else if (title == "Clip graph") ClipTheGraph();
   else if (title == "Save graph") SaveTheGraph();
+  else if (title == "Save sound file") SaveTheSoundFile();
   else if (title == "Down sample") DownsampleCommand();
   else if (title == "Median denoise") MedianCommand(false);
   else if (title == "Adaptive median denoise") MedianCommand(true);
@@ -343,6 +345,10 @@ bool Graph1Form::Click(const std::string& name) {
   SplitIndexedName(name, base, index);
   if (name == "GoButton(10)") {
     SetQuantizationParameters();
+  } else if (name == "cmdSound(0)") {
+    PlayGraph();
+  } else if (name == "cmdSound(1)") {
+    StopSound();
   } else if (name == "cmdApply" || name == "cmdCancel") {
     if (name == "cmdApply") TransferInfo();
     ShowPanel(kPanelWavelet);

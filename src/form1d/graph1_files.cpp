@@ -220,10 +220,13 @@ void Graph1Form::LoadTheGraph(int kind) {
 }
 
 bool Graph1Form::LoadDataFile(const std::string& path, const std::string& title) {
+  const std::string tail = ToUpper(path.size() >= 3 ? path.substr(path.size() - 3) : path);
+  if (tail == "WAV") return LoadFunction(path, title, 2, 0);
   return LoadFunction(path, title, 1, static_cast<int>(DataFileTypeOf(path)));
 }
 
 bool Graph1Form::LoadFunction(const std::string& path, const std::string& title, int kind, int fileType) {
+  if (kind == 2) return LoadSoundFunction(path, title);
   if (kind != 1) return false;
   std::vector<std::uint8_t> bytes;
   std::optional<DataFileRecord> record;

@@ -114,6 +114,7 @@ void Graph1Form::Extend(int slots) {
 
 void Graph1Form::SetPoints(int n) {
   if (n == n_) return;
+  soundReady8_ = soundReady16_ = false;
   graphCount_ = 0;
   ResetMenu();
   n_ = n;

@@ -43,6 +43,7 @@ enum SideBoxPanel : int {
   kPanelConvolve = 4,
   kPanelFiltering = 8,
   kPanelWavelet = 11,
+  kPanelAudio = 12,
   kPanelInterpolate = 13,
   kPanelQuantization = 14,
   kPanelAnalysis = 5,
@@ -66,6 +67,7 @@ ExchangeArea& GraphExchange();
 class Graph1Form final : public Form, private formula::FormulaHost {
  public:
   explicit Graph1Form(Frame& frame);
+  ~Graph1Form() override;
 
   // The graph store.
   void SetPoints(int n);
@@ -189,6 +191,16 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   // Measurements.
   void StatisticsCommand();
 
+  // Sound.
+  void InitializeSound(int bits);
+  void PlayGraph();
+  bool PlayGraphNum(int g, bool wait);
+  void StopSound();
+  void SaveTheSoundFile();
+  bool SaveSoundFile(const std::string& path, int g);
+  bool LoadSoundFunction(const std::string& path, const std::string& title);
+  bool SoundReady(int bits) const { return bits == 8 ? soundReady8_ : soundReady16_; }
+
   // The quantization settings: fields from the strings, and back.
   void SetQuantizationParameters();
   void TransferInfo();
@@ -248,6 +260,10 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   void BuildWaveletControls();
   void BuildQuantizationControls();
   void BuildAnalysisControls();
+  void BuildSoundControls();
+  std::string BufferPath(int bits);
+  // Volume and rate from the audio box, after messages 50 and 38.
+  bool SoundSettings(double& volume, int& rate);
   // The measuring titles of the analysis box; false for another title.
   bool PerformMeasurement(const std::string& title);
   void Measure(const std::string& title);
@@ -316,6 +332,13 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   double transformLeft_ = 0.0, transformRight_ = 0.0;
   double timeConstant_ = 0.0;
   bool denoising_ = false;
+  // The three wave controls: 8-bit buffer, 16-bit buffer, loading.
+  struct SoundControls;
+  struct SoundControlsDeleter {
+    void operator()(SoundControls* p) const;
+  };
+  std::unique_ptr<SoundControls, SoundControlsDeleter> sound_;
+  bool soundReady8_ = false, soundReady16_ = false;
   std::string cursorText_;
   std::string fileName_;
   std::vector<std::string> history_;

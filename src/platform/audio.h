@@ -16,6 +16,8 @@ class Audio {
   virtual bool IsPlaying() const = 0;
   // Samples played so far of the current sound.
   virtual long long Position() const = 0;
+  // Returns when the current sound has ended, letting events run meanwhile.
+  virtual void WaitUntilDone() = 0;
 };
 
 }  // namespace keldo::platform

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QAudioFormat>
+#include <QCoreApplication>
 #include <QAudioSink>
 #include <QBuffer>
 #include <QClipboard>
@@ -158,6 +159,12 @@ void QtAudio::Stop() {
   if (sink_) sink_->stop();
   sink_.reset();
   buffer_.reset();
+}
+
+void QtAudio::WaitUntilDone() {
+  // The sink reads the buffer on its own; events run until it has drained.
+  while (sink_ && buffer_ && buffer_->pos() < buffer_->size() && sink_->state() != QAudio::StoppedState)
+    QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
 }
 
 bool QtAudio::IsPlaying() const { return sink_ && sink_->state() == QAudio::ActiveState; }

@@ -72,6 +72,7 @@ class QtAudio final : public platform::Audio {
   void Stop() override;
   bool IsPlaying() const override;
   long long Position() const override;
+  void WaitUntilDone() override;
 
  private:
   std::unique_ptr<QAudioSink> sink_;

@@ -232,11 +232,11 @@ bool Runner::RunOpen(const std::vector<std::string>& words, std::string& reason)
       return true;
     }
   }
-  if (ext == ".kb1" || ext == ".kdt") {
+  if (ext == ".kb1" || ext == ".kdt" || ext == ".wav") {
     frame_.OpenDataFile(FormKind::Graph1, path);
     return true;
   }
-  static const char* kDataFiles[] = {".wav", ".kb2", ".pgm", ".bmp", ".png",
+  static const char* kDataFiles[] = {".kb2", ".pgm", ".bmp", ".png",
                                      ".jpg", ".jpeg", ".tif", ".tiff", ".wc2"};
   for (const char* e : kDataFiles) {
     if (ext == e) {

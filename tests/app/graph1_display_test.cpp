@@ -324,7 +324,7 @@ TEST(ResetMenu, FollowsTheCountForBuiltCommands) {
       // Not built yet: disabled whatever the count.
       {"mnuSpectrogram", {false, false, false, false}}, {"mnuTransforms", {false, true, true, true}},
       {"mnuStatistics", {false, true, true, true}},
-      {"mnuOpenSave(6)", {false, false, false, false}}, {"mnuDownSample", {false, true, true, true}},
+      {"mnuOpenSave(6)", {false, true, true, true}}, {"mnuDownSample", {false, true, true, true}},
       {"mnuScalarProduct", {false, false, true, true}}, {"mnuNormDifference", {false, false, true, true}},
       // Two graphs needed.
       {"mnuConvolution", {false, false, true, true}},   {"mnuPaircorrelation", {false, false, true, true}},

@@ -1,6 +1,9 @@
 #pragma once
 // A frame on headless services, for tests.
 
+#include <unistd.h>
+
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -16,7 +19,12 @@ struct TestFrame {
   platform::HeadlessPlatform platform{[this](const std::string& l) { lines.push_back(l); },
                                       KELDO_SOURCE_DIR "/docs"};
   Frame frame{platform.services(), KELDO_SOURCE_DIR};
-  TestFrame() { InstallFormKinds(frame); }
+  TestFrame() {
+    InstallFormKinds(frame);
+    // Sound buffers go to a folder of the test run, not to the sources.
+    frame.settings().soundBufferFolder =
+        (std::filesystem::temp_directory_path() / ("keldo-test-sound-" + std::to_string(::getpid()))).string();
+  }
 };
 
 }  // namespace keldo::testing

@@ -137,9 +137,42 @@ bool HeadlessImaging::Save(const std::string& path, const RgbImage& image, const
   return static_cast<bool>(out);
 }
 
+namespace {
+
+// A 16-bit mono PCM wave file, written by hand: a tool for tests only.
+void WriteWave(const std::string& path, const std::vector<std::int16_t>& samples, int rate) {
+  std::ofstream out(path, std::ios::binary);
+  const auto u32 = [&](std::uint32_t v) {
+    for (int k = 0; k < 4; ++k) out.put(static_cast<char>(v >> (8 * k)));
+  };
+  const auto u16 = [&](std::uint16_t v) {
+    out.put(static_cast<char>(v & 255));
+    out.put(static_cast<char>(v >> 8));
+  };
+  const std::uint32_t data = static_cast<std::uint32_t>(samples.size() * 2);
+  out.write("RIFF", 4);
+  u32(36 + data);
+  out.write("WAVEfmt ", 8);
+  u32(16);
+  u16(1);
+  u16(1);
+  u32(static_cast<std::uint32_t>(rate));
+  u32(static_cast<std::uint32_t>(rate) * 2);
+  u16(2);
+  u16(16);
+  out.write("data", 4);
+  u32(data);
+  for (std::int16_t s : samples) u16(static_cast<std::uint16_t>(s));
+}
+
+}  // namespace
+
 bool HeadlessAudio::Play(const std::vector<std::int16_t>& samples, int sampleRate) {
   if (!available_ || sampleRate <= 0) return false;
   ++plays_;
+  last_ = samples;
+  lastRate_ = sampleRate;
+  if (!outputFile_.empty()) WriteWave(outputFile_, samples, sampleRate);
   playing_ = !samples.empty();
   position_ = 0;
   length_ = static_cast<long long>(samples.size());

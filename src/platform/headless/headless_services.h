@@ -4,6 +4,7 @@
 // dialogs take queued answers, the clipboard is a string, surfaces are
 // RasterSurfaces, audio plays instantly into a record.
 
+#include <cstdlib>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -103,12 +104,21 @@ class HeadlessAudio final : public Audio {
   long long Position() const override { return position_; }
   // Runs the current sound to its end.
   void Finish();
+  void WaitUntilDone() override { Finish(); }
+  // What was played last, and the file it is also written to (a 16-bit mono
+  // wave file; none when the path is empty). KELDO_AUDIO_OUT gives the path.
+  const std::vector<std::int16_t>& LastSamples() const { return last_; }
+  int LastRate() const { return lastRate_; }
+  void SetOutputFile(std::string path) { outputFile_ = std::move(path); }
   void SetDeviceAvailable(bool available) { available_ = available; }
   int PlayCount() const { return plays_; }
 
  private:
   bool available_ = true;
   bool playing_ = false;
+  std::vector<std::int16_t> last_;
+  int lastRate_ = 0;
+  std::string outputFile_ = std::getenv("KELDO_AUDIO_OUT") ? std::getenv("KELDO_AUDIO_OUT") : "";
   long long position_ = 0;
   long long length_ = 0;
   int plays_ = 0;
