@@ -229,6 +229,21 @@ void Graph1Form::SetAnalysisForm(const std::string& title) {
   controls_.SetText("AnalysisLabel", title);
   OpenSideBox("", title, 5, kPanelAnalysis);
   PresetGraphNumber();
+  // The fields each command reads.
+  const bool norm = title == "Norm", difference = title == "Norm difference";
+  const bool measured = norm || difference || title == "Integral" || title == "Scalar product";
+  controls_.SetVisible("TxtAnGr2", difference || title == "Scalar product");
+  for (const char* name : {"OptSupNorm", "OpVarNorm", "OptPowerNorm", "NormPower"})
+    controls_.SetVisible(name, norm || difference);
+  controls_.SetVisible("ChkNormalized", norm);
+  controls_.SetVisible("AbsNorm", difference);
+  controls_.SetVisible("RelNorm", difference);
+  controls_.SetVisible("AnalysisText", measured);
+  const bool histogram = title == "Histogram";
+  controls_.SetVisible("ComboQuantLevel", histogram);
+  controls_.SetVisible("chkHistGram(0)", histogram);
+  controls_.SetVisible("chkHistGram(1)", histogram);
+  controls_.SetVisible("chkEPerc", title == "Energy graph");
 }
 
 void Graph1Form::PerformAnalysis() {

@@ -76,9 +76,6 @@ void Graph1Form::BuildControls() {
   Control& go = controls_.Add("GoButton(0)", ControlKind::Button, "&Plot");
   go.tip = "Draws a graph of the formula.";
   go.enabled = false;
-  Control& go5 = controls_.Add("GoButton(5)", ControlKind::Button, "&Apply");
-  go5.enabled = false;
-  go5.visible = false;
   controls_.Add("chkAutoFit", ControlKind::Check, "Auto fit").value = 1;
   controls_.Add("GraphCaption", ControlKind::Label, "");
   controls_.Add("AnalysisLabel", ControlKind::Label, "");

@@ -243,7 +243,41 @@ void FormView::BuildSideBox(QWidget* parent, QVBoxLayout* column) {
   QWidget* analysis = nullptr;
   QFormLayout* al = TitledPanel(form1d::kPanelAnalysis, "AnalysisLabel", analysis);
   al->addRow(tr("Graph:"), BindText(analysis, "TxtAnGr1"));
+  // Fields that only some commands read; the model says which are shown.
+  const auto shown = [this](QWidget* w, QWidget* label, const std::string& name) {
+    bindings_.push_back({name, w, [w, label](const Control& c) {
+                           w->setVisible(c.visible);
+                           if (label) label->setVisible(c.visible);
+                         }});
+  };
+  auto* second = new QLabel(tr("Graph 2:"), analysis);
+  QWidget* secondField = BindText(analysis, "TxtAnGr2");
+  al->addRow(second, secondField);
+  shown(secondField, second, "TxtAnGr2");
+  for (const char* name : {"OptSupNorm", "OpVarNorm"}) {
+    QWidget* o = BindOption(analysis, name);
+    al->addRow(o);
+    shown(o, nullptr, name);
+  }
+  QWidget* power = BindOption(analysis, "OptPowerNorm");
+  QWidget* powerField = BindText(analysis, "NormPower");
+  al->addRow(power, powerField);
+  shown(power, nullptr, "OptPowerNorm");
+  shown(powerField, nullptr, "NormPower");
+  for (const char* name : {"ChkNormalized", "AbsNorm", "RelNorm", "chkHistGram(0)", "chkHistGram(1)", "chkEPerc"}) {
+    const std::string n = name;
+    QWidget* w = n.rfind("chk", 0) == 0 || n.rfind("Chk", 0) == 0 ? BindCheck(analysis, n) : BindOption(analysis, n);
+    al->addRow(w);
+    shown(w, nullptr, n);
+  }
+  auto* levels = new QLabel(tr("Quantization:"), analysis);
+  QWidget* levelList = BindList(analysis, "ComboQuantLevel");
+  al->addRow(levels, levelList);
+  shown(levelList, levels, "ComboQuantLevel");
   al->addRow(BindButton(analysis, "GoButton(5)"));
+  QLabel* result = BindLabel(analysis, "AnalysisText");
+  al->addRow(result);
+  shown(result, nullptr, "AnalysisText");
 
   // Calculator.
   QWidget* calc = Panel(form1d::kPanelCalculator);
@@ -593,6 +627,16 @@ void FormView::BuildWaveletPanels() {
   QFormLayout* ul = TitledPanel(form1d::kPanelInterpolate, "AnalysisLabel", up);
   ul->addRow(tr("Graph:"), BindText(up, "TxtGraphStat"));
   ul->addRow(BindButton(up, "GoButton(11)"));
+  ul->addRow(BindLabel(up, "Remarks(1)"));
+
+  // Playing graphs as sound.
+  QWidget* audio = Panel(form1d::kPanelAudio);
+  auto* pl = new QFormLayout(audio);
+  pl->addRow(tr("Graphs:"), BindText(audio, "TxtSound(0)"));
+  pl->addRow(tr("Rate (Hz):"), BindText(audio, "TxtSound(1)"));
+  pl->addRow(tr("Volume:"), BindText(audio, "TxtSound(2)"));
+  pl->addRow(BindOption(audio, "OpBitRate(0)"), BindOption(audio, "OpBitRate(1)"));
+  pl->addRow(BindButton(audio, "cmdSound(0)"), BindButton(audio, "cmdSound(1)"));
 }
 
 bool FormView::eventFilter(QObject* watched, QEvent* event) {

@@ -290,6 +290,25 @@ TEST(SideBox, OnePanelAtATimeAndClearHidesIt) {
   EXPECT_FALSE(f.controls()["mnuHelpSideBox"].visible);
 }
 
+// Every box's Go button can be pressed, as a click in the window does.
+TEST(SideBox, EveryGoButtonIsEnabledInItsBox) {
+  TestFrame t;
+  auto& f = NewForm(t, 128);
+  Plot(f, "x");
+  Plot(f, "x*x");
+  const std::pair<const char*, const char*> boxes[] = {
+      {"mnuPlotGraph", "GoButton(0)"},      {"mnuFourierSeries", "GoButton(1)"}, {"mnuFourierTransform", "GoButton(2)"},
+      {"mnuSineTransform", "GoButton(3)"},  {"mnuConvolution", "GoButton(4)"},   {"mnuNorm", "GoButton(5)"},
+      {"mnuRemoveGraph", "GoButton(5)"},    {"mnuCalculator", "GoButton(6)"},    {"mnuWaveletTransform", "GoButton(7)"},
+      {"mnuDisplayStyle", "GoButton(8)"},   {"mnuFiltering", "GoButton(9)"},     {"mnuStatistics", "GoButton(11)"},
+      {"mnuAudioPlay", "cmdSound(0)"}};
+  for (const auto& [menu, button] : boxes) {
+    ASSERT_TRUE(f.RunMenu(menu)) << menu;
+    EXPECT_TRUE(f.controls()[button].enabled) << menu;
+    EXPECT_TRUE(f.controls()[button].visible) << menu;
+  }
+}
+
 TEST(SideBox, HelpForTheTopicAndQuickHelpOfLimitedFields) {
   TestFrame t;
   auto& f = NewForm(t);
