@@ -69,6 +69,11 @@ void Graph1Form::InitializeSound(int bits) {
     control.SetRate(44100);
     control.SetLength(n_);
     control.SaveAs(buffer);
+    if (control.LastError() != 0) {
+      // The sound works from memory, but its buffer file could not be kept.
+      frame_.ShowIdle();
+      frame_.ShowError(37);
+    }
   }
   (bits == 8 ? soundReady8_ : soundReady16_) = true;
   frame_.ShowIdle();

@@ -153,6 +153,23 @@ TEST(Playing, TheWindowPartAtTheRateAndVolume) {
                                                "message 39: Error playing sound."}));
 }
 
+TEST(Playing, ABufferThatCannotBeWrittenReports37AndStillPlays) {
+  TestFrame t;
+  // Folders where the buffer files should be: no file can be written there.
+  const std::string folder = t.frame.settings().soundBufferFolder + "-37";
+  std::filesystem::create_directories(folder + "/S64.wav");
+  std::filesystem::create_directories(folder + "/T64.wav");
+  t.frame.settings().soundBufferFolder = folder;
+  auto& f = NewForm(t, 64);
+  Plot(f, "x", "1");
+  f.RunMenu("mnuAudioPlay");
+  EXPECT_EQ(t.lines, (std::vector<std::string>{"message 37: Error initializing sound, file or device not ready.",
+                                               "message 37: Error initializing sound, file or device not ready."}));
+  f.Click("cmdSound(0)");
+  EXPECT_EQ(t.platform.audio.PlayCount(), 1);
+  std::filesystem::remove_all(folder);
+}
+
 TEST(SavingSound, EightAndSixteenBitFilesReadBack) {
   TestFrame t;
   auto& f = NewForm(t, 64);
