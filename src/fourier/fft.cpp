@@ -148,6 +148,63 @@ constexpr int kChunk = 2048;
 // advance through memory together; L twiddle indices at a time go into the
 // lanes of a vector V, each lane doing the operations of the scalar loop at
 // the end, in the same order.
+// L twiddle indices k .. k+L-1 of one block in the lanes of a vector V,
+// each lane doing the operations of the scalar step in StageBody.
+template <typename V, int L>
+inline __attribute__((always_inline)) void VectorStep(double* x, double* y, const double* s, const double* t, int j,
+                                                      int k, int d, int q, int tstep) {
+  V sk, tk;
+  if (tstep == 1) {
+    Load(sk, s + k);
+    Load(tk, t + k);
+  } else {
+    for (int l = 0; l < L; ++l) {
+      sk[l] = s[(k + l) * tstep];
+      tk[l] = t[(k + l) * tstep];
+    }
+  }
+  const int lo = j + k, r = lo + d;
+  V xr, yr, xl, yl;
+  Load(xr, x + r);
+  Load(yr, y + r);
+  V u = yr + tk * xr;
+  V v = xr - sk * u;
+  V w = u + tk * v;
+  Load(xl, x + lo);
+  Load(yl, y + lo);
+  V out = xl - v;
+  Store(x + r, out);
+  out = yl - w;
+  Store(y + r, out);
+  out = xl + v;
+  Store(x + lo, out);
+  out = yl + w;
+  Store(y + lo, out);
+  const int p = lo + q, r2 = p + d;
+  Load(xr, x + r2);
+  Load(yr, y + r2);
+  u = xr - tk * yr;
+  v = -yr - sk * u;
+  w = u + tk * v;
+  Load(xl, x + p);
+  Load(yl, y + p);
+  out = xl - v;
+  Store(x + r2, out);
+  out = yl - w;
+  Store(y + r2, out);
+  out = xl + v;
+  Store(x + p, out);
+  out = yl + w;
+  Store(y + p, out);
+}
+
+// One stage of butterflies of span d over the blocks that start in
+// [begin, end). The twiddle of index k is entry k * tstep of the tables.
+// Every butterfly of a stage touches its own elements, so the order in which
+// they run does not change a single bit of the result. Blocks run outermost
+// and the twiddle index inside, so that the four elements of each step
+// advance through memory together; L twiddle indices at a time go into the
+// lanes of a vector V (then pairs, then one at a time for what is left).
 template <typename V, int L>
 inline __attribute__((always_inline)) void StageBody(double* x, double* y, const double* s, const double* t, int d,
                                                      int tstep, int begin, int end) {
@@ -164,51 +221,9 @@ inline __attribute__((always_inline)) void StageBody(double* x, double* y, const
     x[p0] -= b;
     y[p0] += a;
     int k = 1;
-    for (; q >= 2 * L && k + L - 1 < q; k += L) {
-      V sk, tk;
-      if (tstep == 1) {
-        Load(sk, s + k);
-        Load(tk, t + k);
-      } else {
-        for (int l = 0; l < L; ++l) {
-          sk[l] = s[(k + l) * tstep];
-          tk[l] = t[(k + l) * tstep];
-        }
-      }
-      const int lo = j + k, r = lo + d;
-      V xr, yr, xl, yl;
-      Load(xr, x + r);
-      Load(yr, y + r);
-      V u = yr + tk * xr;
-      V v = xr - sk * u;
-      V w = u + tk * v;
-      Load(xl, x + lo);
-      Load(yl, y + lo);
-      V out = xl - v;
-      Store(x + r, out);
-      out = yl - w;
-      Store(y + r, out);
-      out = xl + v;
-      Store(x + lo, out);
-      out = yl + w;
-      Store(y + lo, out);
-      const int p = lo + q, r2 = p + d;
-      Load(xr, x + r2);
-      Load(yr, y + r2);
-      u = xr - tk * yr;
-      v = -yr - sk * u;
-      w = u + tk * v;
-      Load(xl, x + p);
-      Load(yl, y + p);
-      out = xl - v;
-      Store(x + r2, out);
-      out = yl - w;
-      Store(y + r2, out);
-      out = xl + v;
-      Store(x + p, out);
-      out = yl + w;
-      Store(y + p, out);
-    }
+    for (; q >= 2 * L && k + L - 1 < q; k += L) VectorStep<V, L>(x, y, s, t, j, k, d, q, tstep);
+    if constexpr (L > 2)
+      for (; k + 1 < q; k += 2) VectorStep<Pair, 2>(x, y, s, t, j, k, d, q, tstep);
     for (; k < q; ++k) {
       const double sk = s[k * tstep], tk = t[k * tstep];
       // Rotation by theta = pi k / d in three shears.
@@ -340,12 +355,19 @@ void ComplexFFTCore(double* x, double* y, const double* s, const double* t, int 
 
 void RealFFT(int n, double* x, double* y, const double* s, const double* t, int mHalf) {
   const int h = n / 2, q = n / 4;
-  {
-    // x and y are apart; the odd samples go to y, the even ones move down.
-    double* __restrict odd = y;
-    const double* __restrict from = x;
-    for (int k = 0; k < h; ++k) odd[k] = from[2 * k + 1];
-    for (int k = 0; k < h; ++k) x[k] = x[2 * k];
+  // The odd samples go to y, the even ones move down. Two at a time: the
+  // four values are read before the two writes, which land below them.
+  for (int k = 0; k + 1 < h; k += 2) {
+    Pair first, second;
+    Load(first, x + 2 * k);
+    Load(second, x + 2 * k + 2);
+    const Pair evens = {first[0], second[0]}, odds = {first[1], second[1]};
+    Store(y + k, odds);
+    Store(x + k, evens);
+  }
+  for (int k = h & ~1; k < h; ++k) {
+    y[k] = x[2 * k + 1];
+    x[k] = x[2 * k];
   }
   BitReversePair(x, y, h, mHalf);
   ComplexFFTCore(x, y, s, t, h, 2);
