@@ -52,7 +52,12 @@ MainWindow::MainWindow(Frame& frame, QWidget* parent) : QMainWindow(parent), fra
   RebuildMenus();
 }
 
-MainWindow::~MainWindow() { frame_.SetListener(nullptr); }
+MainWindow::~MainWindow() {
+  // The area closes its windows while it is destroyed and would report the
+  // activations to this half-destroyed window.
+  disconnect(area_, nullptr, this, nullptr);
+  frame_.SetListener(nullptr);
+}
 
 FormView* MainWindow::ViewOf(Form& form) const {
   const auto it = windows_.find(&form);
