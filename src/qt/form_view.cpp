@@ -657,6 +657,11 @@ bool FormView::eventFilter(QObject* watched, QEvent* event) {
   return QWidget::eventFilter(watched, event);
 }
 
+void FormView::FocusFormulaIfPlotting() {
+  const Control* go = form_.controls().Find("GoButton(0)");
+  if (formula_ && go && go->enabled) formula_->setFocus();
+}
+
 void FormView::Press(const std::string& name) {
   const Control* c = form_.controls().Find(name);
   if (!c || !c->enabled) return;

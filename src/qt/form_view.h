@@ -27,6 +27,8 @@ class FormView final : public QWidget {
   Form& form() { return form_; }
   // Re-reads the form's state when its revision moved.
   void Sync();
+  // On activation: the formula box takes the focus while plotting is open.
+  void FocusFormulaIfPlotting();
   QSize sizeHint() const override { return {860, 560}; }
 
  protected:

@@ -113,6 +113,7 @@ void MainWindow::SubWindowActivated(QMdiSubWindow* window) {
     if (sub == window) {
       frame_.SetCurrent(form);
       form->Activated();
+      if (FormView* view = ViewOf(*form)) view->FocusFormulaIfPlotting();
       break;
     }
   }
