@@ -393,10 +393,12 @@ bool Graph1Form::Click(const std::string& name) {
 }
 
 bool Graph1Form::QueryClose() {
-  if (plotting_ != 'N') {
+  if (plotting_ != 'N' || denoising_) {
     frame_.Beep();
     return false;
   }
+  // Closing shuts the 8-bit sound control.
+  if (frame_.services().audio->IsPlaying()) StopSound();
   return true;
 }
 
