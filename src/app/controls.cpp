@@ -15,6 +15,14 @@ Control& ControlModel::Add(const std::string& name, ControlKind kind, const std:
   return c;
 }
 
+Control& ControlModel::AddOption(const std::string& name, const std::string& caption, const std::string& group,
+                                 bool chosen) {
+  Control& c = Add(name, ControlKind::Option, caption);
+  c.group = group;
+  c.value = chosen ? 1 : 0;
+  return c;
+}
+
 Control* ControlModel::Find(const std::string& name) {
   const auto it = controls_.find(name);
   return it == controls_.end() ? nullptr : &it->second;

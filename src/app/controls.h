@@ -37,6 +37,9 @@ std::string IndexedName(const std::string& name, int index);
 class ControlModel {
  public:
   Control& Add(const std::string& name, ControlKind kind, const std::string& text = "");
+  // An option button of a group, chosen or not.
+  Control& AddOption(const std::string& name, const std::string& caption, const std::string& group,
+                     bool chosen = false);
   Control* Find(const std::string& name);
   const Control* Find(const std::string& name) const;
   bool Has(const std::string& name) const { return Find(name) != nullptr; }

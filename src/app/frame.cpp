@@ -69,6 +69,15 @@ Frame::~Frame() {
 
 std::string Frame::Folder(const std::string& name) const { return programFolder_ + "/" + name; }
 
+std::string Frame::DialogFolder(int index, const std::string& fallback) const {
+  const std::string& folder = settings_.dialogFolders[static_cast<std::size_t>(index)];
+  return folder.empty() ? Folder(fallback) : folder;
+}
+
+void Frame::RememberDialogFolder(int index, const std::string& chosenPath) {
+  settings_.dialogFolders[static_cast<std::size_t>(index)] = std::filesystem::path(chosenPath).parent_path().string();
+}
+
 std::string Frame::SoundBufferFolder() {
   namespace fs = std::filesystem;
   const auto writable = [](const fs::path& folder) {
@@ -82,15 +91,23 @@ std::string Frame::SoundBufferFolder() {
     fs::remove(probe, error);
     return true;
   };
-  if (!settings_.soundBufferFolder.empty() && writable(settings_.soundBufferFolder)) return settings_.soundBufferFolder;
+  // The folder is found once for each setting, not at every buffer file.
+  if (!soundFolder_.empty() && soundFolderSetting_ == settings_.soundBufferFolder) return soundFolder_;
+  soundFolderSetting_ = settings_.soundBufferFolder;
   const fs::path own = fs::path(programFolder_) / "SndBuff";
-  if (writable(own)) return own.string();
-  const char* data = std::getenv("XDG_DATA_HOME");
-  const char* home = std::getenv("HOME");
-  const fs::path user = data && *data ? fs::path(data) / "KELDO" / "SndBuff"
-                                      : fs::path(home ? home : "/tmp") / ".local" / "share" / "KELDO" / "SndBuff";
-  writable(user);
-  return user.string();
+  if (!settings_.soundBufferFolder.empty() && writable(settings_.soundBufferFolder)) {
+    soundFolder_ = settings_.soundBufferFolder;
+  } else if (writable(own)) {
+    soundFolder_ = own.string();
+  } else {
+    const char* data = std::getenv("XDG_DATA_HOME");
+    const char* home = std::getenv("HOME");
+    const fs::path user = data && *data ? fs::path(data) / "KELDO" / "SndBuff"
+                                        : fs::path(home ? home : "/tmp") / ".local" / "share" / "KELDO" / "SndBuff";
+    writable(user);
+    soundFolder_ = user.string();
+  }
+  return soundFolder_;
 }
 
 void Frame::BuildMenu() {
@@ -236,19 +253,12 @@ Form* Frame::OpenDataFile(FormKind kind, const std::string& path) {
 }
 
 void Frame::OpenTheForm() {
-  platform::FileDialogRequest request;
-  request.mode = platform::FileDialogMode::Open;
-  request.title = "Open form";
-  request.filter = kOpenFormFilter;
-  request.filterIndex = 1;
-  request.flags = platform::kFlagFileMustExist;
-  const std::string& folder = settings_.dialogFolders[kFolderForms];
-  request.initialFolder = folder.empty() ? Folder("figures") : folder;
-  const auto chosen = services_.fileDialog->Run(request);
+  const auto chosen = services_.fileDialog->Run({platform::FileDialogMode::Open, "Open form", kOpenFormFilter, 1,
+                                                  platform::kFlagFileMustExist, "", DialogFolder(kFolderForms, "figures")});
   if (!chosen) return;  // cancel ends the command silently
   const int index = std::clamp(chosen->filterIndex, 1, 4);
   OpenFormFile(kOpenFormKinds[index - 1], chosen->path, chosen->title);
-  settings_.dialogFolders[kFolderForms] = std::filesystem::path(chosen->path).parent_path().string();
+  RememberDialogFolder(kFolderForms, chosen->path);
 }
 
 void Frame::ShowError(int number) {

@@ -40,6 +40,10 @@ class Frame {
   const std::string& programFolder() const { return programFolder_; }
   // A folder under the program's folder: Folder("Data") is PROGRAM/Data.
   std::string Folder(const std::string& name) const;
+  // Where a file dialog opens: the folder it last left, or the fallback
+  // under the program's folder; and the folder to keep after it.
+  std::string DialogFolder(int index, const std::string& fallback) const;
+  void RememberDialogFolder(int index, const std::string& chosenPath);
   // The folder of the sound buffer files, created when missing.
   std::string SoundBufferFolder();
 
@@ -131,6 +135,7 @@ class Frame {
   ControlModel controls_;
   std::vector<MenuNode> menuBar_;
   bool exitRequested_ = false;
+  std::string soundFolder_, soundFolderSetting_;
 };
 
 // The last backslash- or slash-separated part of a path.

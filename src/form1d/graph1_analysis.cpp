@@ -26,14 +26,12 @@ void Graph1Form::BuildAnalysisControls() {
   controls_.Add("TxtAnGr2", ControlKind::Text, "2").tip = "The number of the second graph.";
   const std::pair<const char*, const char*> norms[] = {
       {"OptSupNorm", "Sup norm"}, {"OpVarNorm", "Var-Norm"}, {"OptPowerNorm", "Power norm.  Power:"}};
-  for (const auto& [name, caption] : norms) controls_.Add(name, ControlKind::Option, caption).group = "NormKind";
-  controls_["OptPowerNorm"].value = 1;
+  for (const auto& [name, caption] : norms)
+    controls_.AddOption(name, caption, "NormKind", std::string(name) == "OptPowerNorm");
   controls_.Add("NormPower", ControlKind::Text, "2").tip = "The power p of the norm, 1 or more.";
   controls_.Add("ChkNormalized", ControlKind::Check, "Normalized");
-  Control& absolute = controls_.Add("AbsNorm", ControlKind::Option, "Absolute");
-  absolute.group = "NormDifference";
-  absolute.value = 1;
-  controls_.Add("RelNorm", ControlKind::Option, "Relative").group = "NormDifference";
+  controls_.AddOption("AbsNorm", "Absolute", "NormDifference", true);
+  controls_.AddOption("RelNorm", "Relative", "NormDifference");
   controls_.Add("AnalysisText", ControlKind::Text, "");
   Control& levels = controls_.Add("ComboQuantLevel", ControlKind::List, "8-bit (256 levels)");
   levels.items = QuantLevels();

@@ -89,13 +89,10 @@ void Graph1Form::BuildSideBoxControls() {
   // Display style.
   controls_.Add("txtXinterval", ControlKind::Text).tip = "Left and right ends of the window, comma-separated.";
   controls_.Add("txtYinterval", ControlKind::Text).tip = "Bottom and top of the window, comma-separated.";
-  for (int k = 0; k < 7; ++k) {
-    Control& o = controls_.Add(IndexedName("OpDispStyle", k), ControlKind::Option, kDisplayOptions[k]);
-    o.group = k < 3 ? "OpDispGrid" : k < 5 ? "OpDispLine" : "OpDispBack";
-  }
-  controls_["OpDispStyle(0)"].value = 1;
-  controls_["OpDispStyle(4)"].value = 1;
-  controls_["OpDispStyle(6)"].value = 1;
+  // Graph paper, dots and black to begin with.
+  for (int k = 0; k < 7; ++k)
+    controls_.AddOption(IndexedName("OpDispStyle", k), kDisplayOptions[k],
+                        k < 3 ? "OpDispGrid" : k < 5 ? "OpDispLine" : "OpDispBack", k == 0 || k == 4 || k == 6);
   AddButton(controls_, "GoButton(8)", "Apply", "Redraws the graphs in the style and window chosen.");
   AddButton(controls_, "GoButton(5)", "&Apply", "Applies the command to the graph.");
   // Calculator and remarks.
@@ -112,10 +109,8 @@ void Graph1Form::BuildSideBoxControls() {
   controls_.Add("PrinterSpecs", ControlKind::Text, "(A), Medium, top, left");
   const char* printLabels[3] = {"Caption", "Lower Labels", "Right labels"};
   for (int k = 0; k < 3; ++k) controls_.Add(IndexedName("chkPrLab", k), ControlKind::Check, printLabels[k]).value = 1;
-  Control& colour = controls_.Add("MonoOrColor(0)", ControlKind::Option, "Color");
-  colour.group = "MonoOrColor";
-  colour.value = 1;
-  controls_.Add("MonoOrColor(1)", ControlKind::Option, "Monochrome ").group = "MonoOrColor";
+  controls_.AddOption("MonoOrColor(0)", "Color", "MonoOrColor", true);
+  controls_.AddOption("MonoOrColor(1)", "Monochrome ", "MonoOrColor");
 }
 
 void Graph1Form::BindCommands() {

@@ -25,7 +25,6 @@ std::string WithoutSpaces(const std::string& text) {
   return out;
 }
 
-std::string FolderOf(const std::string& path) { return std::filesystem::path(path).parent_path().string(); }
 
 // Text in a file is one byte per character; the controls hold UTF-8.
 std::string ToFile(const std::string& text) { return formula::ToFormulaText(text); }
@@ -38,14 +37,8 @@ std::string FromFile(const std::string& text) { return formula::FromAnsiText(tex
 void Graph1Form::SaveTheForm(int choice) {
   std::string path = fileName_;
   if (choice == 0 || path.empty()) {
-    platform::FileDialogRequest request;
-    request.mode = platform::FileDialogMode::Save;
-    request.title = "Save form";
-    request.filter = kFormFilter;
-    request.defaultExtension = ".kd1";
-    request.flags = platform::kFlagFileMustExist + platform::kFlagOverwritePrompt;
-    request.initialFolder = frame_.Folder("figures");
-    const auto chosen = frame_.services().fileDialog->Run(request);
+    const auto chosen = frame_.services().fileDialog->Run({platform::FileDialogMode::Save, "Save form", kFormFilter, 1,
+                                                           platform::kFlagsSaveDialog, ".kd1", frame_.Folder("figures")});
     if (!chosen) return;
     path = chosen->path;
   }
@@ -180,20 +173,13 @@ Graph1Form* Graph1Form::NewSiblingForm() {
 // -------------------------------------------------------------- data files
 
 void Graph1Form::SaveTheGraph() {
-  platform::FileDialogRequest request;
-  request.mode = platform::FileDialogMode::Save;
-  request.title = "Save graph";
-  request.filter = kSaveGraphFilter;
-  request.defaultExtension = ".kb1";
-  request.flags = platform::kFlagFileMustExist + platform::kFlagOverwritePrompt;
-  const std::string& folder = frame_.settings().dialogFolders[kFolderData];
-  request.initialFolder = folder.empty() ? frame_.Folder("Data") : folder;
-  const auto chosen = frame_.services().fileDialog->Run(request);
+  const auto chosen = frame_.services().fileDialog->Run({platform::FileDialogMode::Save, "Save graph", kSaveGraphFilter,
+                                                         1, platform::kFlagsSaveDialog, ".kb1", frame_.DialogFolder(kFolderData, "Data")});
   if (!chosen) return;
   const int g = ChosenGraph();
   if (g < 0) return;
   if (!SaveFunctionFile(chosen->path, g, chosen->filterIndex)) frame_.ShowError(36);
-  frame_.settings().dialogFolders[kFolderData] = FolderOf(chosen->path);
+  frame_.RememberDialogFolder(kFolderData, chosen->path);
 }
 
 bool Graph1Form::SaveFunctionFile(const std::string& path, int g, int filterIndex) {
@@ -204,19 +190,16 @@ bool Graph1Form::SaveFunctionFile(const std::string& path, int g, int filterInde
 }
 
 void Graph1Form::LoadTheGraph(int kind) {
-  platform::FileDialogRequest request;
-  request.mode = platform::FileDialogMode::Open;
-  request.title = kind == 2 ? "Open sound file" : "Open data file";
-  request.flags = platform::kFlagFileMustExist;
-  const int folderIndex = kind == 2 ? kFolderSound : kFolderData;
-  const std::string& folder = frame_.settings().dialogFolders[static_cast<std::size_t>(folderIndex)];
-  request.initialFolder = folder.empty() ? frame_.Folder(kind == 2 ? "Audio" : "Data") : folder;
-  request.filter = kind == 2 ? "Audio file (*.wav)|*.wav" : kLoadGraphFilter;
-  const auto chosen = frame_.services().fileDialog->Run(request);
+  const bool sound = kind == 2;
+  const int folder = sound ? kFolderSound : kFolderData;
+  const auto chosen = frame_.services().fileDialog->Run(
+      {platform::FileDialogMode::Open, sound ? "Open sound file" : "Open data file",
+       sound ? "Audio file (*.wav)|*.wav" : kLoadGraphFilter, 1, platform::kFlagFileMustExist, "",
+       frame_.DialogFolder(folder, sound ? "Audio" : "Data")});
   if (!chosen) return;
   const int type = static_cast<int>(DataFileTypeOf(chosen->title.empty() ? chosen->path : chosen->title));
   LoadFunction(chosen->path, chosen->title, kind, type);
-  frame_.settings().dialogFolders[static_cast<std::size_t>(folderIndex)] = FolderOf(chosen->path);
+  frame_.RememberDialogFolder(folder, chosen->path);
 }
 
 bool Graph1Form::LoadDataFile(const std::string& path, const std::string& title) {
@@ -297,16 +280,10 @@ namespace {
 
 // The dialog of the formula file buttons, at folder 6 or "Formulas".
 std::optional<platform::FileDialogResult> FormulaFileDialog(Frame& frame, platform::FileDialogMode mode) {
-  platform::FileDialogRequest request;
-  request.mode = mode;
   const bool open = mode == platform::FileDialogMode::Open;
-  request.title = open ? "Load formula" : "Save formula";
-  request.filter = kFormulaFilter;
-  request.flags = open ? platform::kFlagFileMustExist : platform::kFlagOverwritePrompt;
-  if (!open) request.defaultExtension = ".uf1";
-  const std::string& folder = frame.settings().dialogFolders[kFolderFormulas];
-  request.initialFolder = folder.empty() ? frame.Folder("Formulas") : folder;
-  return frame.services().fileDialog->Run(request);
+  return frame.services().fileDialog->Run({mode, open ? "Load formula" : "Save formula", kFormulaFilter, 1,
+                                           open ? platform::kFlagFileMustExist : platform::kFlagOverwritePrompt,
+                                           open ? "" : ".uf1", frame.DialogFolder(kFolderFormulas, "Formulas")});
 }
 
 }  // namespace
@@ -320,7 +297,7 @@ void Graph1Form::LoadFormulaFile() {
     return;
   }
   controls_.SetText("Formula", FromFile(std::string(bytes.begin(), bytes.end())));
-  frame_.settings().dialogFolders[kFolderFormulas] = FolderOf(chosen->path);
+  frame_.RememberDialogFolder(kFolderFormulas, chosen->path);
   Touch();
 }
 
@@ -332,7 +309,7 @@ void Graph1Form::SaveFormulaFile() {
     frame_.ShowError(36);
     return;
   }
-  frame_.settings().dialogFolders[kFolderFormulas] = FolderOf(chosen->path);
+  frame_.RememberDialogFolder(kFolderFormulas, chosen->path);
 }
 
 }  // namespace keldo::form1d

@@ -69,10 +69,8 @@ void Graph1Form::BuildControls() {
   controls_.Add("NumPoints", ControlKind::Label, std::to_string(n_));
   controls_.Add("Formula", ControlKind::Text, "");
   controls_.Add("EndRValue", ControlKind::Text, ".5");
-  Control& t1 = controls_.Add("IntervalType1", ControlKind::Option, "[-L,L]");
-  t1.group = "IntervalType";
-  t1.value = 1;
-  controls_.Add("IntervalType2", ControlKind::Option, "[0,L]").group = "IntervalType";
+  controls_.AddOption("IntervalType1", "[-L,L]", "IntervalType", true);
+  controls_.AddOption("IntervalType2", "[0,L]", "IntervalType");
   Control& go = controls_.Add("GoButton(0)", ControlKind::Button, "&Plot");
   go.tip = "Draws a graph of the formula.";
   go.enabled = false;

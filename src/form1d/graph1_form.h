@@ -329,8 +329,6 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   std::string sideBoxKey_;
   int goIndex_ = -1;
   double clickX_ = 0.0, clickY_ = 0.0;
-  double transformLeft_ = 0.0, transformRight_ = 0.0;
-  double timeConstant_ = 0.0;
   bool denoising_ = false;
   // The three wave controls: 8-bit buffer, 16-bit buffer, loading.
   struct SoundControls;

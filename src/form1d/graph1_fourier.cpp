@@ -41,9 +41,7 @@ constexpr OptionRow kTransformOptions[] = {
 
 void Graph1Form::BuildFourierControls() {
   for (const OptionRow& row : kTransformOptions) {
-    Control& c = controls_.Add(row.name, ControlKind::Option, row.caption);
-    c.tip = row.tip;
-    c.group = row.group;
+    controls_.AddOption(row.name, row.caption, row.group).tip = row.tip;
   }
   for (const char* chosen : {"FTReal", "TrOp1", "FTIntOp1", "NegExponent"}) controls_[chosen].value = 1;
   controls_.Add("FTGraph", ControlKind::Text, "1").tip = "The number of the graph.";
@@ -133,8 +131,6 @@ void Graph1Form::FourierTransform() {
   const fourier::TransformResult r = fourier::FourierTransformOf(
       n_, GraphValues(re), complex ? GraphValues(im) : nullptr, GraphLeft(re), GraphRight(re), setup);
   frame_.ShowIdle();
-  transformLeft_ = r.left;
-  transformRight_ = r.right;
   ShowResultForm(r);
 }
 
@@ -145,8 +141,6 @@ void Graph1Form::FourierTrigTransform(int kind) {
   const fourier::TransformResult r =
       fourier::FourierTrigTransformOf(n_, GraphValues(g), GraphLeft(g), GraphRight(g), kind, controls_.Text("TrFilter(1)"));
   frame_.ShowIdle();
-  transformLeft_ = 0.0;
-  transformRight_ = r.right;
   ShowResultForm(r);
 }
 

@@ -49,13 +49,10 @@ void Graph1Form::BuildSeriesControls() {
   controls_.Add("LblPlotSeries", ControlKind::Label, "Fourier series");
   controls_.Add("LblSeriesGraph", ControlKind::Text, "1").tip = "The number of the graph.";
   controls_.Add("TxtHarmonics", ControlKind::Text, "8").tip = "Integer between 0 and 128.";
-  Control& unfiltered = controls_.Add("OptionUnfiltered", ControlKind::Option, "Unfiltered");
-  unfiltered.tip = "Uses Fourier coefficients without modification.";
-  unfiltered.group = "SeriesFilter";
-  unfiltered.value = 1;
-  Control& filtered = controls_.Add("OptionFiltered", ControlKind::Option, "Filter:");
-  filtered.tip = "Uses Fourier coefficients that are modified by a filter function.";
-  filtered.group = "SeriesFilter";
+  controls_.AddOption("OptionUnfiltered", "Unfiltered", "SeriesFilter", true).tip =
+      "Uses Fourier coefficients without modification.";
+  controls_.AddOption("OptionFiltered", "Filter:", "SeriesFilter").tip =
+      "Uses Fourier coefficients that are modified by a filter function.";
   Control& list = controls_.Add("FreqFilter", ControlKind::List, "hanning");
   list.items = fourier::FrequencyFilterNames();
   list.value = 3;
@@ -143,7 +140,6 @@ int Graph1Form::FREQFILT(fourier::SeriesKind kind, int h, double b, double* x, d
                      name == "Diffraction";
   if (waves && !(prm.p >= 0)) return ResetFilterForm(8);
   if (waves && !(prm.q >= 0)) return ResetFilterForm(8);
-  if (waves) timeConstant_ = prm.q;
   if (name == "Diffraction") {
     filter.mode = Mode::Diffraction;
     fourier::FilterWeights("FresnelCos", h, prm, filter.weights);
@@ -250,21 +246,9 @@ void Graph1Form::FileNewGraph(const std::vector<double>& values, double a, doubl
 }
 
 void Graph1Form::Convolve(int kind) {
-  const auto readNumber = [&](const std::string& field) {
-    const double g = std::nearbyint(Val(controls_.Text(field))) - 1;
-    if (g < 0) {
-      frame_.ShowError(3);
-      return -1;
-    }
-    if (g >= graphCount_) {
-      frame_.ShowError(1);
-      return -1;
-    }
-    return static_cast<int>(g);
-  };
-  const int first = readNumber("ConvGr1");
+  const int first = GraphNumberField("ConvGr1");
   if (first < 0) return;
-  const int second = kind == 2 ? first : readNumber("ConvGr2");
+  const int second = kind == 2 ? first : GraphNumberField("ConvGr2");
   if (second < 0) return;
   // The first graph decides where the origin goes; for two graphs the
   // second one's interval gives the step, the length and the result's place.
@@ -294,12 +278,8 @@ void Graph1Form::BuildFilteringControls() {
   }
   const char* kKinds[2] = {"Real", "Complex"};
   for (int k = 0; k < 2; ++k) {
-    Control& data = controls_.Add(IndexedName("OpFData", k), ControlKind::Option, kKinds[k]);
-    data.group = "OpFData";
-    data.value = k == 0;
-    Control& filter = controls_.Add(IndexedName("OpFilt", k), ControlKind::Option, kKinds[k]);
-    filter.group = "OpFilt";
-    filter.value = k == 0;
+    controls_.AddOption(IndexedName("OpFData", k), kKinds[k], "OpFData", k == 0);
+    controls_.AddOption(IndexedName("OpFilt", k), kKinds[k], "OpFilt", k == 0);
   }
   Control& go9 = controls_.Add("GoButton(9)", ControlKind::Button, "&Filter");
   go9.tip = "Multiplies the data by the filter, point by point.";

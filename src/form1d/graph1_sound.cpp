@@ -26,11 +26,8 @@ void Graph1Form::BuildSoundControls() {
   controls_.Add("TxtSound(0)", ControlKind::Text, "1").tip = "Graphs to play, comma-separated.";
   controls_.Add("TxtSound(1)", ControlKind::Text, "8192").tip = "Sampling rate, an integer from 441 to 44100.";
   controls_.Add("TxtSound(2)", ControlKind::Text, "8000").tip = "Volume: the factor the values are multiplied by.";
-  Control& eight = controls_.Add("OpBitRate(0)", ControlKind::Option, "8 bits");
-  eight.group = "OpBitRate";
-  Control& sixteen = controls_.Add("OpBitRate(1)", ControlKind::Option, "16 bits");
-  sixteen.group = "OpBitRate";
-  sixteen.value = 1;
+  controls_.AddOption("OpBitRate(0)", "8 bits", "OpBitRate");
+  controls_.AddOption("OpBitRate(1)", "16 bits", "OpBitRate", true);
   controls_.Add("cmdSound(0)", ControlKind::Button, "&Play").tip = "Plays the graphs in turn.";
   Control& stop = controls_.Add("cmdSound(1)", ControlKind::Button, "&Stop");
   stop.tip = "Stops playing.";
@@ -154,20 +151,14 @@ void Graph1Form::StopSound() {
 }
 
 void Graph1Form::SaveTheSoundFile() {
-  platform::FileDialogRequest request;
-  request.mode = platform::FileDialogMode::Save;
-  request.title = "Save sound file";
-  request.filter = "Audio files (*.wav)|*.wav";
-  request.defaultExtension = ".wav";
-  request.flags = platform::kFlagFileMustExist + platform::kFlagOverwritePrompt;
-  const std::string& folder = frame_.settings().dialogFolders[kFolderSoundSave];
-  request.initialFolder = folder.empty() ? frame_.Folder("Audio") : folder;
-  const auto chosen = frame_.services().fileDialog->Run(request);
+  const auto chosen = frame_.services().fileDialog->Run(
+      {platform::FileDialogMode::Save, "Save sound file", "Audio files (*.wav)|*.wav", 1,
+       platform::kFlagsSaveDialog, ".wav", frame_.DialogFolder(kFolderSoundSave, "Audio")});
   if (!chosen) return;
   const int g = ChosenGraph();
   if (g < 0) return;
   SaveSoundFile(chosen->path, g);
-  frame_.settings().dialogFolders[kFolderSoundSave] = std::filesystem::path(chosen->path).parent_path().string();
+  frame_.RememberDialogFolder(kFolderSoundSave, chosen->path);
 }
 
 bool Graph1Form::SaveSoundFile(const std::string& path, int g) {

@@ -37,8 +37,8 @@ void Graph1Form::BuildWaveletControls() {
   controls_.Add("WavGraph", ControlKind::Text, "1").tip = "The number of the graph.";
   const std::pair<const char*, const char*> kTypes[] = {
       {"WavTypeDaub", "Daubechies"}, {"WavTypeCoif", "Coiflets"}, {"WavTypeHaar", "Haar"}, {"WavTypeOther", "Other"}};
-  for (const auto& [name, caption] : kTypes) controls_.Add(name, ControlKind::Option, caption).group = "WavType";
-  controls_["WavTypeDaub"].value = 1;
+  for (const auto& [name, caption] : kTypes)
+    controls_.AddOption(name, caption, "WavType", std::string(name) == "WavTypeDaub");
   controls_.Add("DaubOrder", ControlKind::Text, "4").tip = "Even integer between 4 and 20.";
   controls_.Add("CoifOrder", ControlKind::Text, "6").tip = "Multiple of 6 between 6 and 30.";
   Control& list = controls_.Add("WaveletFilter", ControlKind::List, "Daub 9/7");
@@ -49,8 +49,8 @@ void Graph1Form::BuildWaveletControls() {
                                                          {"SerTypeMagnitude", "Highest mag. coefficients:"},
                                                          {"SerTypeEnergy", "Energy fraction:"},
                                                          {"SerTypeThreshold", "Threshold"}};
-  for (const auto& [name, caption] : kSeries) controls_.Add(name, ControlKind::Option, caption).group = "SerType";
-  controls_["SerTypeMagnitude"].value = 1;
+  for (const auto& [name, caption] : kSeries)
+    controls_.AddOption(name, caption, "SerType", std::string(name) == "SerTypeMagnitude");
   controls_["EnerPerc"].tip = "Number between 0 and 1.";
   controls_.SetText("EnerPerc", ".99");
   controls_.SetText("HighestMag", "32");
@@ -100,9 +100,7 @@ void Graph1Form::BuildQuantizationControls() {
   const char* quantizeTips[2] = {"If checked, non-zero values are quantized. ",
                                  "If checked, non-zero trend and fluc. values are quantized. "};
   for (int k = 0; k < 2; ++k) {
-    Control& method = controls_.Add(IndexedName("OpMethod", k), ControlKind::Option, methods[k]);
-    method.tip = methodTips[k];
-    method.group = "OpMethod";
+    controls_.AddOption(IndexedName("OpMethod", k), methods[k], "OpMethod").tip = methodTips[k];
     controls_.Add(IndexedName("TxtThreshold", k), ControlKind::Text).tip = thresholdTips[k];
     controls_.Add(IndexedName("chkQuantize", k), ControlKind::Check, "Quantize").tip = quantizeTips[k];
     controls_.Add(IndexedName("chkDifferences", k), ControlKind::Check,

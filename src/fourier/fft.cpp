@@ -140,14 +140,23 @@ inline __attribute__((always_inline)) void Store(double* p, const V& v) {
 // Elements that one pass of the early stages keeps in the first-level cache.
 constexpr int kChunk = 2048;
 
-// One stage of butterflies of span d over the blocks that start in
-// [begin, end). The twiddle of index k is entry k * tstep of the tables.
-// Every butterfly of a stage touches its own elements, so the order in which
-// they run does not change a single bit of the result. Blocks run outermost
-// and the twiddle index inside, so that the four elements of each step
-// advance through memory together; L twiddle indices at a time go into the
-// lanes of a vector V, each lane doing the operations of the scalar loop at
-// the end, in the same order.
+// The outputs of one vector of butterflies: the left elements at lo become
+// left + (v, w), the right elements at r become left - (v, w).
+template <typename V>
+inline __attribute__((always_inline)) void ButterflyOut(double* x, double* y, int lo, int r, const V& v, const V& w) {
+  V xl, yl;
+  Load(xl, x + lo);
+  Load(yl, y + lo);
+  V out = xl - v;
+  Store(x + r, out);
+  out = yl - w;
+  Store(y + r, out);
+  out = xl + v;
+  Store(x + lo, out);
+  out = yl + w;
+  Store(y + lo, out);
+}
+
 // L twiddle indices k .. k+L-1 of one block in the lanes of a vector V,
 // each lane doing the operations of the scalar step in StageBody.
 template <typename V, int L>
@@ -164,38 +173,20 @@ inline __attribute__((always_inline)) void VectorStep(double* x, double* y, cons
     }
   }
   const int lo = j + k, r = lo + d;
-  V xr, yr, xl, yl;
+  V xr, yr;
   Load(xr, x + r);
   Load(yr, y + r);
   V u = yr + tk * xr;
   V v = xr - sk * u;
   V w = u + tk * v;
-  Load(xl, x + lo);
-  Load(yl, y + lo);
-  V out = xl - v;
-  Store(x + r, out);
-  out = yl - w;
-  Store(y + r, out);
-  out = xl + v;
-  Store(x + lo, out);
-  out = yl + w;
-  Store(y + lo, out);
+  ButterflyOut(x, y, lo, r, v, w);
   const int p = lo + q, r2 = p + d;
   Load(xr, x + r2);
   Load(yr, y + r2);
   u = xr - tk * yr;
   v = -yr - sk * u;
   w = u + tk * v;
-  Load(xl, x + p);
-  Load(yl, y + p);
-  out = xl - v;
-  Store(x + r2, out);
-  out = yl - w;
-  Store(y + r2, out);
-  out = xl + v;
-  Store(x + p, out);
-  out = yl + w;
-  Store(y + p, out);
+  ButterflyOut(x, y, p, r2, v, w);
 }
 
 // One stage of butterflies of span d over the blocks that start in

@@ -13,6 +13,8 @@ enum class FileDialogMode { Open, Save };
 constexpr int kFlagOverwritePrompt = 2;
 constexpr int kFlagPathMustExist = 2048;
 constexpr int kFlagFileMustExist = 4096;
+// The save dialogs' flags: 4098.
+constexpr int kFlagsSaveDialog = kFlagFileMustExist + kFlagOverwritePrompt;
 
 struct FileDialogRequest {
   FileDialogMode mode = FileDialogMode::Open;

@@ -9,15 +9,11 @@
 #include "platform/headless/raster_surface.h"
 #include "graph1_test_util.h"
 
-namespace keldo {
+namespace keldo::testing {
 namespace {
 
-using form1d::Graph1Form;
 using form1d::PlotWindow;
 using platform::Rgb;
-using testing::NewForm;
-using testing::Plot;
-using testing::TestFrame;
 
 // Keeps every call, so that a test sees what a drawing asked for.
 class RecordingSurface final : public platform::Surface {
@@ -48,7 +44,6 @@ class RecordingSurface final : public platform::Surface {
 };
 
 constexpr Rgb kPaper = platform::MakeRgb(0, 128, 128);
-
 
 TEST(DrawAxes, GraphPaperHasFourEdgesAndNineDottedLinesEachWay) {
   RecordingSurface s;
@@ -361,4 +356,4 @@ TEST(ResetMenu, FollowsTheCountForBuiltCommands) {
 }
 
 }  // namespace
-}  // namespace keldo
+}  // namespace keldo::testing

@@ -13,13 +13,8 @@
 #include "platform/headless/raster_surface.h"
 #include "graph1_test_util.h"
 
-namespace keldo {
+namespace keldo::testing {
 namespace {
-
-using form1d::Graph1Form;
-using testing::NewForm;
-using testing::Plot;
-using testing::TestFrame;
 
 const std::string kData = KELDO_TEST_DATA "/form1d/";
 
@@ -60,7 +55,6 @@ struct FieldReader {
   }
   std::string Counted() { return Chars(static_cast<std::size_t>(Get<std::int32_t>())); }
 };
-
 
 Graph1Form* Open(TestFrame& t, const std::string& path) {
   return dynamic_cast<Graph1Form*>(t.frame.OpenFormFile(FormKind::Graph1, path, "t.kd1"));
@@ -442,4 +436,4 @@ TEST(FormulaList, FormulaFilesRoundTripWithALineEnd) {
 }
 
 }  // namespace
-}  // namespace keldo
+}  // namespace keldo::testing

@@ -8,14 +8,8 @@
 #include "fourier/transforms.h"
 #include "graph1_test_util.h"
 
-namespace keldo {
+namespace keldo::testing {
 namespace {
-
-using form1d::Graph1Form;
-using testing::Last;
-using testing::NewForm;
-using testing::Plot;
-using testing::TestFrame;
 
 TEST(FourierTransformCommand, ResultFormHoldsRealAndImaginaryParts) {
   TestFrame t;
@@ -264,4 +258,4 @@ TEST(FilteringCommand, MultipliesPointByPointInAllFourWays) {
 }
 
 }  // namespace
-}  // namespace keldo
+}  // namespace keldo::testing

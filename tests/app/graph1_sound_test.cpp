@@ -12,14 +12,8 @@
 #include "sound/sound_editor_form.h"
 #include "sound/wave_control.h"
 
-namespace keldo {
+namespace keldo::testing {
 namespace {
-
-using form1d::Graph1Form;
-using testing::Last;
-using testing::NewForm;
-using testing::Plot;
-using testing::TestFrame;
 
 const std::string kWaves = KELDO_TEST_DATA "/wave/";
 
@@ -194,4 +188,4 @@ TEST(SavingSound, EightAndSixteenBitFilesReadBack) {
 }
 
 }  // namespace
-}  // namespace keldo
+}  // namespace keldo::testing

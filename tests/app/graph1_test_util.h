@@ -10,16 +10,18 @@
 
 namespace keldo::testing {
 
+using form1d::Graph1Form;
+
 // A new form of the given points, with no side box open.
-inline form1d::Graph1Form& NewForm(TestFrame& t, int points = 64) {
+inline Graph1Form& NewForm(TestFrame& t, int points = 64) {
   int code = 0;
-  auto& f = static_cast<form1d::Graph1Form&>(*t.frame.NewGraph1Form(code));
+  auto& f = static_cast<Graph1Form&>(*t.frame.NewGraph1Form(code));
   f.SetPoints(points);
   return f;
 }
 
 // Opens the Graphing box and plots the formula over [-L, L].
-inline void Plot(form1d::Graph1Form& f, const std::string& formula, const std::string& end = ".5") {
+inline void Plot(Graph1Form& f, const std::string& formula, const std::string& end = ".5") {
   f.RunMenu("mnuPlotGraph");
   f.controls().SetText("Formula", formula);
   f.controls().SetText("EndRValue", end);
@@ -27,6 +29,6 @@ inline void Plot(form1d::Graph1Form& f, const std::string& formula, const std::s
 }
 
 // The newest open form, as a one-dimensional form.
-inline form1d::Graph1Form& Last(TestFrame& t) { return static_cast<form1d::Graph1Form&>(*t.frame.OpenForms().back()); }
+inline Graph1Form& Last(TestFrame& t) { return static_cast<Graph1Form&>(*t.frame.OpenForms().back()); }
 
 }  // namespace keldo::testing

@@ -10,17 +10,10 @@
 #include "form1d/graph1_form.h"
 #include "graph1_test_util.h"
 
-namespace keldo {
+namespace keldo::testing {
 namespace {
 
-using form1d::Graph1Form;
-using testing::Last;
-using testing::NewForm;
-using testing::Plot;
-using testing::TestFrame;
-
 const std::string kData = KELDO_TEST_DATA "/form1d/";
-
 
 std::string FileText(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
@@ -275,4 +268,4 @@ TEST(Clipboard, CheckWindowsClipboardWantsAPointCountFirst) {
 }
 
 }  // namespace
-}  // namespace keldo
+}  // namespace keldo::testing

@@ -9,14 +9,8 @@
 #include "wavelet/series.h"
 #include "wavelet/transforms.h"
 
-namespace keldo {
+namespace keldo::testing {
 namespace {
-
-using form1d::Graph1Form;
-using testing::Last;
-using testing::NewForm;
-using testing::Plot;
-using testing::TestFrame;
 
 TEST(WaveletCommands, ChecksInOrder) {
   TestFrame t;
@@ -228,4 +222,4 @@ TEST(WaveletCommands, MedianDownsampleAndInterpolation) {
 }
 
 }  // namespace
-}  // namespace keldo
+}  // namespace keldo::testing
