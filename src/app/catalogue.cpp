@@ -12,10 +12,10 @@ using Row = std::pair<int, std::string_view>;
 constexpr std::array kRows = {
     Row{1, "Insufficient number of graphs"},
     Row{2, "Graph data incompatible"},
-    Row{3, "Improper graph number"},
+    Row{3, "Improper graph specification"},
     Row{4, "Left endpoint for X-interval must be less than right endpoint"},
     Row{5, "Left endpoint for Y-interval must be less than right endpoint"},
-    Row{6, "Improper value for one of the intervals"},
+    Row{6, "Improper specification for one of the intervals"},
     Row{7, "Damping power must be between 0 and 1"},
     Row{8, "Damping constant must be non-negative"},
     Row{9, "Damping constant must be positive"},

@@ -31,6 +31,18 @@ TEST(Catalogue, EveryRowShowsItsExactTextWithAFullStop) {
   }
 }
 
+TEST(Catalogue, HasNoRowOutsideTheTable) {
+  const auto rows = ExpectedRows();
+  for (int n = -300; n <= 300; ++n) {
+    EXPECT_EQ(CatalogueHasRow(n), rows.count(n) == 1) << "row " << n;
+  }
+}
+
+TEST(Catalogue, RowsThreeAndSixNameTheUsersSpecification) {
+  EXPECT_EQ(CatalogueMessage(3), "Improper graph specification.");
+  EXPECT_EQ(CatalogueMessage(6), "Improper specification for one of the intervals.");
+}
+
 TEST(Catalogue, RowsWithTheirOwnPunctuationKeepBothMarks) {
   EXPECT_EQ(CatalogueMessage(24), "Sorry. This printing position/size is not supported at this time..");
   const std::string m88 = CatalogueMessage(88);

@@ -71,7 +71,7 @@ TEST(FourierTransformCommand, GraphNumbersAreChecked) {
   f.controls().SetText("ImagPart", "3");
   f.Go();
   EXPECT_EQ(t.lines, (std::vector<std::string>{"message 1: Insufficient number of graphs.",
-                                               "message 3: Improper graph number.",
+                                               "message 3: Improper graph specification.",
                                                "message 1: Insufficient number of graphs."}));
   EXPECT_EQ(t.frame.OpenForms().size(), 1u);
 }
@@ -209,7 +209,7 @@ TEST(ConvolveCommand, AutocorrelationPeaksAtTheCentreOfASymmetricInterval) {
   f.controls().SetText("ConvGr1", "0");
   f.Go();
   EXPECT_EQ(t.lines, (std::vector<std::string>{"message 1: Insufficient number of graphs.",
-                                               "message 3: Improper graph number."}));
+                                               "message 3: Improper graph specification."}));
 }
 
 TEST(FilteringCommand, MultipliesPointByPointInAllFourWays) {

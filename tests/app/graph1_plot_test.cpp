@@ -264,7 +264,7 @@ TEST(GraphStore, RemoveGraphMovesTheRowsDown) {
   f.Go();
   f.controls().SetText("TxtAnGr1", "0");
   f.Go();
-  EXPECT_EQ(t.lines, (std::vector<std::string>{"message 1: Insufficient number of graphs.", "message 3: Improper graph number."}));
+  EXPECT_EQ(t.lines, (std::vector<std::string>{"message 1: Insufficient number of graphs.", "message 3: Improper graph specification."}));
   EXPECT_EQ(f.GraphCount(), 2);
 }
 

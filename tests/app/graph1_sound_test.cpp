@@ -142,7 +142,7 @@ TEST(Playing, TheWindowPartAtTheRateAndVolume) {
   EXPECT_EQ(t.lines, (std::vector<std::string>{"message 38: Invalid sampling rate. Use an integer from 441 to 44100.",
                                                "message 38: Invalid sampling rate. Use an integer from 441 to 44100.",
                                                "message 50: Volume factor must be positive.",
-                                               "message 3: Improper graph number.",
+                                               "message 3: Improper graph specification.",
                                                "message 42: Window too small for audio play.",
                                                "message 39: Error playing sound."}));
 }

@@ -90,3 +90,9 @@ string(FIND "${OUT}" "\"points\": 1024" at)
 if(at LESS 0)
   message(FATAL_ERROR "the wave file did not open as a graph of 1024 points:\n${OUT}")
 endif()
+
+# A graph number of 0 in the "Remove graph" box names no graph.
+run_script(remove0 "new 1d\nmenu mnu64\nmenu mnuPlotGraph\nset Formula \"x\"\ngo\nmenu mnuRemoveGraph\nset TxtAnGr1 0\ngo\n" 0)
+if(NOT OUT STREQUAL "message 3: Improper graph specification.\n")
+  message(FATAL_ERROR "remove-graph script printed '${OUT}'")
+endif()
