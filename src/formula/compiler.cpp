@@ -3,6 +3,8 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
+#include <vector>
 
 #include "formula/formula_text.h"
 
@@ -254,23 +256,82 @@ void Compiler::InsertLogicalTokens(std::string& text) {
   ReplaceAll(text, "NOT", std::string("(1)") + ch::kNot);
 }
 
+namespace {
+
+bool IsComparator(char c) { return c == ch::kAtLeast || c == '<' || c == ch::kAtMost || c == '>'; }
+
+// How a character moves the chain depth: "(" and function characters open,
+// ")" and "&" close; everything else leaves it.
+int ChainDepthStep(char c) {
+  if (c == '(' || IsFunction(c)) return 1;
+  if (c == ')' || c == ch::kAnd) return -1;
+  return 0;
+}
+
+// For each comparator of text, the comparator that its forward scan meets at
+// its own depth before the depth falls below it; npos where there is none.
+// One left-to-right sweep: a stack of comparators still waiting, deepest on
+// top, is cut back whenever the depth falls.
+std::vector<std::size_t> ChainPartners(const std::string& text) {
+  std::vector<std::size_t> partner(text.size(), std::string::npos);
+  std::vector<std::pair<long, std::size_t>> waiting;  // (depth, position)
+  long depth = 0;
+  for (std::size_t k = 0; k < text.size(); ++k) {
+    depth += ChainDepthStep(text[k]);
+    while (!waiting.empty() && waiting.back().first > depth) waiting.pop_back();
+    if (!IsComparator(text[k])) continue;
+    if (!waiting.empty() && waiting.back().first == depth) {
+      partner[waiting.back().second] = k;
+      waiting.pop_back();
+    }
+    waiting.emplace_back(depth, k);
+  }
+  return partner;
+}
+
+}  // namespace
+
+// The rule works on the text as it grows: at comparator i with partner j the
+// middle m = text(i+1 .. j-1) is doubled into "m&m" and the scan goes on at
+// i+1. Every comparator inside m is deeper than i, so its own scan ends
+// inside its copy of m: each copy expands exactly as m does alone, and the
+// scan then reaches j unchanged. That lets the expansion be built in one pass
+// over the typed text, each middle expanded once and copied, instead of
+// rescanning the growing text from every comparator. The text only grows, so
+// the first output past the length limit already decides the outcome: the
+// expansion stops there and the caller refuses the text.
 void Compiler::DINEQ(std::string& text) {
-  const auto isComparator = [](char c) { return c == ch::kAtLeast || c == '<' || c == ch::kAtMost || c == '>'; };
-  for (std::size_t i = 0; i < text.size() && text.size() <= kLongestText; ++i) {
-    if (!isComparator(text[i])) continue;
-    int depth = 0;
-    for (std::size_t j = i + 1; j < text.size(); ++j) {
-      const char c = text[j];
-      if (c == '(' || IsFunction(c)) ++depth;
-      else if (c == ')' || c == ch::kAnd) --depth;
-      if (depth < 0) break;
-      if (depth == 0 && isComparator(c)) {
-        const std::string middle = text.substr(i + 1, j - i - 1);
-        text = text.substr(0, i + 1) + middle + ch::kAnd + middle + text.substr(j);
-        break;
-      }
+  if (text.size() > kLongestText) return;
+  const std::vector<std::size_t> partner = ChainPartners(text);
+  struct Segment {
+    std::size_t pos, end, outStart;
+  };
+  std::string out;
+  out.reserve(text.size() + 16);
+  std::vector<Segment> open{{0, text.size(), 0}};
+  while (!open.empty() && out.size() <= kLongestText) {
+    Segment& seg = open.back();
+    if (seg.pos == seg.end) {
+      const std::size_t start = seg.outStart, length = out.size() - start, resume = seg.end;
+      open.pop_back();
+      if (open.empty()) break;
+      // The middle's expansion stands once in out; write "&" and its copy.
+      out.reserve(out.size() + length + 1);
+      out.push_back(ch::kAnd);
+      out.append(out.data() + start, length);
+      open.back().pos = resume;
+      continue;
+    }
+    const std::size_t i = seg.pos;
+    out.push_back(text[i]);
+    if (IsComparator(text[i]) && partner[i] < seg.end) {
+      seg.pos = i;  // the parent resumes at the partner once the middle is done
+      open.push_back({i + 1, partner[i], out.size()});
+    } else {
+      seg.pos = i + 1;
     }
   }
+  text = std::move(out);
 }
 
 void Compiler::PARVALI(std::string& text, std::string& command, bool& found) {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <random>
 
 #include "formula/formula_text.h"
 #include "formula_test_host.h"
@@ -69,6 +70,71 @@ TEST(Passes, ChainedInequalitiesExpandPairwise) {
   std::string three = "1<X<2<3";
   Compiler::DINEQ(three);
   EXPECT_EQ(three, "1<X&X<2&2<3");
+}
+
+// The chain rule step by step as it is stated: rescan from every comparator
+// and splice the doubled middle into the growing text.
+std::string ChainsStepByStep(std::string text) {
+  const auto isComparator = [](char c) {
+    return c == formula::ch::kAtLeast || c == '<' || c == formula::ch::kAtMost || c == '>';
+  };
+  const std::string functions(formula::FunctionCharacters());
+  for (std::size_t i = 0; i < text.size() && text.size() <= 20000; ++i) {
+    if (!isComparator(text[i])) continue;
+    int depth = 0;
+    for (std::size_t j = i + 1; j < text.size(); ++j) {
+      const char c = text[j];
+      if (c == '(' || functions.find(c) != std::string::npos) ++depth;
+      else if (c == ')' || c == formula::ch::kAnd) --depth;
+      if (depth < 0) break;
+      if (depth == 0 && isComparator(c)) {
+        const std::string middle = text.substr(i + 1, j - i - 1);
+        text = text.substr(0, i + 1) + middle + formula::ch::kAnd + middle + text.substr(j);
+        break;
+      }
+    }
+  }
+  return text;
+}
+
+TEST(Passes, ChainedInequalitiesMatchTheStepByStepRule) {
+  const std::string alphabet = std::string("()&<>X1S") + formula::ch::kAtMost + formula::ch::kAtLeast + formula::ch::kAbs;
+  std::mt19937 draw(20261124);
+  for (int round = 0; round < 20000; ++round) {
+    std::string text;
+    const std::size_t length = 1 + draw() % 40;
+    for (std::size_t k = 0; k < length; ++k) text.push_back(alphabet[draw() % alphabet.size()]);
+    const std::string expected = ChainsStepByStep(text);
+    std::string got = text;
+    Compiler::DINEQ(got);
+    EXPECT_EQ(got, expected) << text;
+  }
+}
+
+TEST(Passes, NestedChainsDoubleAtEachLevelUpToTheLimit) {
+  // A chain inside every group doubles the text at each level.
+  for (int levels : {3, 9, 12, 13, 40}) {
+    std::string text = "X";
+    for (int level = 0; level < levels; ++level) text = "(1<" + text + "<2)";
+    const std::string expected = ChainsStepByStep(text);
+    Compiler::DINEQ(text);
+    if (expected.size() > 20000) {
+      EXPECT_GT(text.size(), 20000u) << levels;  // both leave a text the compiler refuses
+    } else {
+      EXPECT_EQ(text, expected) << levels;
+    }
+  }
+}
+
+TEST(Compile, AChainDoubledPastTheLimitIsImproper) {
+  // A mistyped command string that substitutes a letter into itself, with a
+  // chain in the value: the text doubles on every pass.
+  const std::string typed = "A+B>=B\\A=BSX(\xF2" "G+\xF2" "2BSX<\xC8" "A";
+  FormulaBench b;
+  EXPECT_EQ(b.Compile(formula::FromAnsiText(typed)), kErrorResult);
+  std::string value = formula::FromAnsiText(typed);
+  b.compiler.VALU(value);
+  EXPECT_EQ(value, formula::kValueFailure);
 }
 
 TEST(Compile, EmptyFormulaIsZeroAndXIsZeroPlusX) {
