@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "app/frame.h"
+#include "common/file_io.h"
 #include "common/number_text.h"
 #include "common/text.h"
 #include "form1d/graph1_form.h"

@@ -5,85 +5,12 @@
 #include <fstream>
 #include <iterator>
 
+#include "common/bytes.h"
 #include "common/number_text.h"
 #include "common/text.h"
 
 namespace keldo::form1d {
 namespace {
-
-class ByteWriter {
- public:
-  void I16(std::int16_t v) { Raw(static_cast<std::uint16_t>(v), 2); }
-  void I32(std::int32_t v) { Raw(static_cast<std::uint32_t>(v), 4); }
-  void F64(double v) { Raw(std::bit_cast<std::uint64_t>(v), 8); }
-  void Chars(const std::string& s) { bytes.insert(bytes.end(), s.begin(), s.end()); }
-  void Char(char c) { bytes.push_back(static_cast<std::uint8_t>(c)); }
-  // A length and, when it is above 0, the text.
-  void CountedText(const std::string& s) {
-    I32(static_cast<std::int32_t>(s.size()));
-    Chars(s);
-  }
-  std::vector<std::uint8_t> bytes;
-
- private:
-  void Raw(std::uint64_t v, int size) {
-    for (int k = 0; k < size; ++k) bytes.push_back(static_cast<std::uint8_t>(v >> (8 * k)));
-  }
-};
-
-// Reads little-endian values; every read past the end fails and the reader
-// stays failed, so that a caller may check once after a group.
-class ByteReader {
- public:
-  explicit ByteReader(const std::vector<std::uint8_t>& bytes) : bytes_(bytes) {}
-  bool ok() const { return ok_; }
-  std::size_t Left() const { return bytes_.size() - pos_; }
-  std::int16_t I16() { return static_cast<std::int16_t>(Raw(2)); }
-  std::int32_t I32() { return static_cast<std::int32_t>(Raw(4)); }
-  double F64() { return std::bit_cast<double>(Raw(8)); }
-  char Char() { return static_cast<char>(Raw(1)); }
-  std::string Chars(std::int64_t n) {
-    if (n < 0 || static_cast<std::uint64_t>(n) > Left()) {
-      ok_ = false;
-      return {};
-    }
-    std::string s(bytes_.begin() + static_cast<std::ptrdiff_t>(pos_),
-                  bytes_.begin() + static_cast<std::ptrdiff_t>(pos_ + static_cast<std::size_t>(n)));
-    pos_ += static_cast<std::size_t>(n);
-    return s;
-  }
-  std::string CountedText() {
-    const std::int32_t n = I32();
-    if (!ok_) return {};
-    return n > 0 ? Chars(n) : std::string();
-  }
-  // Fails unless `count` records of `size` bytes each are still there.
-  bool Room(std::int64_t count, std::int64_t size) {
-    if (count < 0 || (count > 0 && static_cast<std::uint64_t>(count) > Left() / static_cast<std::uint64_t>(size)))
-      ok_ = false;
-    return ok_;
-  }
-  void Values(std::vector<double>& out, std::size_t count) {
-    out.resize(count);
-    for (double& v : out) v = F64();
-  }
-
- private:
-  std::uint64_t Raw(int size) {
-    if (!ok_ || Left() < static_cast<std::size_t>(size)) {
-      ok_ = false;
-      pos_ = bytes_.size();
-      return 0;
-    }
-    std::uint64_t v = 0;
-    for (int k = 0; k < size; ++k) v |= static_cast<std::uint64_t>(bytes_[pos_ + static_cast<std::size_t>(k)]) << (8 * k);
-    pos_ += static_cast<std::size_t>(size);
-    return v;
-  }
-  const std::vector<std::uint8_t>& bytes_;
-  std::size_t pos_ = 0;
-  bool ok_ = true;
-};
 
 void WriteValues(ByteWriter& w, const std::vector<double>& values, int points) {
   for (int i = 0; i <= points; ++i)
@@ -261,20 +188,6 @@ std::vector<std::string> ClipboardFields(const std::string& text) {
     fields.push_back(text.substr(start, cr - start));
     start = cr + 1;
   }
-}
-
-bool ReadFileBytes(const std::string& path, std::vector<std::uint8_t>& bytes) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file) return false;
-  bytes.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
-  return !file.bad();
-}
-
-bool WriteFileBytes(const std::string& path, const std::vector<std::uint8_t>& bytes) {
-  std::ofstream file(path, std::ios::binary | std::ios::trunc);
-  if (!file) return false;
-  file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-  return static_cast<bool>(file);
 }
 
 }  // namespace keldo::form1d

@@ -79,8 +79,4 @@ bool CheckWindowsClipboard(const std::string& text);
 // carriage return is kept as it stands.
 std::vector<std::string> ClipboardFields(const std::string& text);
 
-// Whole files, read and written; false on any failure.
-bool ReadFileBytes(const std::string& path, std::vector<std::uint8_t>& bytes);
-bool WriteFileBytes(const std::string& path, const std::vector<std::uint8_t>& bytes);
-
 }  // namespace keldo::form1d
