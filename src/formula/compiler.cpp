@@ -1,5 +1,6 @@
 #include "formula/compiler.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -17,7 +18,7 @@ const std::string kShortLetters = "ABCMTUVWZ";
 const std::string kIndexLetters = "IJKNPQ";
 constexpr char kSeparators[] = "\\=,";
 constexpr std::size_t kLongestText = 20000;
-constexpr long long kValueRestartBudget = 2000000;
+constexpr long long kValueRestartLimit = 2000000;
 
 bool Contains(const std::string& text, char c) { return text.find(c) != std::string::npos; }
 bool Contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
@@ -723,9 +724,12 @@ double Compiler::VALU(std::string& text) {
   Evaluator ev;
   BindEvaluator(ev, s_);
   ev.dx = 0.0;
-  // A number field must answer: a sum over millions of terms counts as a
-  // fault there, not as a program that stops responding.
-  ev.restartBudget = kValueRestartBudget;
+  // A number field must answer at once: a sum over millions of terms counts
+  // as a fault there, not as a program that stops responding. The bound is
+  // on work, restarts times the program's length, so that a long program
+  // over a long sum gives up as soon as a short one does.
+  const long long words = std::max<long long>(1, static_cast<long long>(s_.compiled.program.size()));
+  ev.restartBudget = std::clamp(valueWorkBudget / words, 1LL, kValueRestartLimit);
   ev.random = host_.FormulaRandom();
   ev.graphs = host_.FormulaGraphs();
   ev.Prepare();

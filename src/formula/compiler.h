@@ -66,6 +66,11 @@ class Compiler {
     std::string copy = text;
     return VALU(copy);
   }
+  // The work VALU may spend on the sums of a number field, in program words
+  // run: restarts times the program's length, at most 2,000,000 restarts.
+  // Past it the value fails with "N!N".
+  long long valueWorkBudget = 40000000;
+
   // Reads the initial values and order of a differential equation from the
   // command string.
   void GIVAL(std::string& error, const std::string& command);

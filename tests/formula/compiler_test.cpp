@@ -137,6 +137,21 @@ TEST(Compile, AChainDoubledPastTheLimitIsImproper) {
   EXPECT_EQ(value, formula::kValueFailure);
 }
 
+TEST(Values, ALongSumInANumberFieldGivesUpByItsWork) {
+  FormulaBench b;
+  std::string small = "SUMI(I)\\I=1,1000";
+  EXPECT_EQ(b.compiler.VALU(small), 500500.0);
+  // 1024 copies of I summed over a billion terms: far past the work bound.
+  std::string wide = "SUMI(B)\\I=1,1000000000\\B=C+C+C+C,C=M+M+M+M,M=T+T+T+T,T=U+U+U+U,U=I+I+I+I";
+  b.compiler.VALU(wide);
+  EXPECT_EQ(wide, formula::kValueFailure);
+  // A smaller bound gives up on a sum the default bound finishes.
+  std::string medium = "SUMI(I)\\I=1,100000";
+  b.compiler.valueWorkBudget = 1000;
+  b.compiler.VALU(medium);
+  EXPECT_EQ(medium, formula::kValueFailure);
+}
+
 TEST(Compile, EmptyFormulaIsZeroAndXIsZeroPlusX) {
   EXPECT_EQ(Value(""), 0.0);
   EXPECT_EQ(Value("   "), 0.0);
