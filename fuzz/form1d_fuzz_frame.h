@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "app/form_kinds.h"
+#include "kinds/form_kinds.h"
 #include "app/frame.h"
 #include "platform/headless/headless_services.h"
 

@@ -11,7 +11,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   using namespace keldo;
   fuzz::FuzzFrame t;
   int code = 0;
-  auto* form = dynamic_cast<form1d::Graph1Form*>(t.frame.NewGraph1Form(code));
+  auto* form = dynamic_cast<form1d::Graph1Form*>(t.frame.NewForm(FormKind::Graph1, code));
   if (!form) std::abort();
   form->SetPoints(64);
   std::vector<double> y(65, 1.0);

@@ -14,7 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   fuzz::FuzzFrame t;
   t.frame.settings().soundBufferFolder = "/tmp/keldo-fuzz-sound";
   int code = 0;
-  auto* form = dynamic_cast<form1d::Graph1Form*>(t.frame.NewGraph1Form(code));
+  auto* form = dynamic_cast<form1d::Graph1Form*>(t.frame.NewForm(FormKind::Graph1, code));
   if (!form) std::abort();
   const std::string path = fuzz::WriteInput(data, size, ".wav");
   const bool loaded = form->LoadDataFile(path, "fuzz.wav");

@@ -4,7 +4,7 @@
 
 #include <clocale>
 
-#include "app/form_kinds.h"
+#include "kinds/form_kinds.h"
 #include "app/frame.h"
 #include "qt/main_window.h"
 #include "qt/program_folder.h"

@@ -11,7 +11,7 @@
 
 #include <clocale>
 
-#include "app/form_kinds.h"
+#include "kinds/form_kinds.h"
 #include "app/frame.h"
 #include "platform/headless/headless_services.h"
 #include "qt/form_snapshot.h"

@@ -8,7 +8,7 @@
 #include <new>
 
 #include "app/catalogue.h"
-#include "app/menu_table.h"
+#include "kit/menu_table.h"
 #include "common/number_text.h"
 #include "common/text.h"
 
@@ -252,13 +252,14 @@ Form* Frame::OpenDataFile(FormKind kind, const std::string& path) {
   return LoadIntoNewForm(kind, [&](Form& f) { return f.LoadDataFile(path, GetFileTitle(path)); }, 0);
 }
 
-void Frame::OpenTheForm() {
+Form* Frame::OpenTheForm() {
   const auto chosen = services_.fileDialog->Run({platform::FileDialogMode::Open, "Open form", kOpenFormFilter, 1,
                                                   platform::kFlagFileMustExist, "", DialogFolder(kFolderForms, "figures")});
-  if (!chosen) return;  // cancel ends the command silently
+  if (!chosen) return nullptr;  // cancel ends the command silently
   const int index = std::clamp(chosen->filterIndex, 1, 4);
-  OpenFormFile(kOpenFormKinds[index - 1], chosen->path, chosen->title);
+  Form* form = OpenFormFile(kOpenFormKinds[index - 1], chosen->path, chosen->title);
   RememberDialogFolder(kFolderForms, chosen->path);
+  return form;
 }
 
 void Frame::ShowError(int number) {

@@ -8,9 +8,11 @@
 #include <string>
 #include <vector>
 
-#include "app/controls.h"
-#include "app/form.h"
-#include "app/settings.h"
+#include "kit/controls.h"
+#include "kit/exchange.h"
+#include "kit/form.h"
+#include "kit/form_context.h"
+#include "kit/settings.h"
 #include "platform/services.h"
 
 namespace keldo {
@@ -25,45 +27,32 @@ class FrameListener {
 };
 
 // Builds a form of one kind; may throw std::bad_alloc or any exception.
-using FormMaker = std::function<std::unique_ptr<Form>(Frame&)>;
+using FormMaker = std::function<std::unique_ptr<Form>(FormContext&)>;
 
-// Factory result codes: 0, or the negated run-time error number.
-constexpr int kOutOfMemoryCode = -7;
-
-class Frame {
+class Frame final : public FormContext {
  public:
   Frame(platform::Services& services, std::string programFolder);
-  ~Frame();
+  ~Frame() override;
 
-  platform::Services& services() { return services_; }
-  FrameSettings& settings() { return settings_; }
+  platform::Services& services() override { return services_; }
+  FrameSettings& settings() override { return settings_; }
+  GraphExchange& exchange() override { return exchange_; }
   const std::string& programFolder() const { return programFolder_; }
-  // A folder under the program's folder: Folder("Data") is PROGRAM/Data.
-  std::string Folder(const std::string& name) const;
-  // Where a file dialog opens: the folder it last left, or the fallback
-  // under the program's folder; and the folder to keep after it.
-  std::string DialogFolder(int index, const std::string& fallback) const;
-  void RememberDialogFolder(int index, const std::string& chosenPath);
-  // The folder of the sound buffer files, created when missing.
-  std::string SoundBufferFolder();
+  std::string Folder(const std::string& name) const override;
+  std::string DialogFolder(int index, const std::string& fallback) const override;
+  void RememberDialogFolder(int index, const std::string& chosenPath) override;
+  std::string SoundBufferFolder() override;
 
   // --- registry and factories ---------------------------------------------
   void RegisterKind(FormKind kind, FormMaker maker);
   bool HasKind(FormKind kind) const;
   // Creates, numbers, places and shows a form of the kind. The code is 0 on
   // success and negative on failure (-7 out of memory), when null is returned.
-  Form* NewForm(FormKind kind, int& code);
-  Form* NewGraph1Form(int& code) { return NewForm(FormKind::Graph1, code); }
-  Form* NewGraph2Form(int& code) { return NewForm(FormKind::Graph2, code); }
-  Form* NewSoundEditorForm(int& code) { return NewForm(FormKind::SoundEditor, code); }
-  Form* NewSpectrogramForm(int& code) { return NewForm(FormKind::Spectrogram, code); }
-  Form* NewScalogramForm(int& code) { return NewForm(FormKind::Scalogram, code); }
-  Form* NewImageProcessorForm(int& code) { return NewForm(FormKind::ImageProcessor, code); }
-  // Reports 72 for -7 and 73 for any other negative code.
-  void ReportFactoryFailure(int code);
+  Form* NewForm(FormKind kind, int& code) override;
+  void ReportFactoryFailure(int code) override;
 
   // Closes a form unless it refuses; lowers the cascade position.
-  bool CloseForm(Form& form);
+  bool CloseForm(Form& form) override;
   // Destroys forms closed since the last call. Called between commands, so
   // that a form may close itself from its own menu handler.
   void CollectClosedForms() { closed_.clear(); }
@@ -81,7 +70,7 @@ class Frame {
   // The command line: a quoted path to a .kd1 or .kd2 file.
   void Process(const std::string& commandLine);
   // "Open form": the file dialog, then the form kind by the filter chosen.
-  void OpenTheForm();
+  Form* OpenTheForm() override;
   // Loads a form file into a new form of the kind; reports 72/73 on failure.
   Form* OpenFormFile(FormKind kind, const std::string& path, const std::string& title);
   // Reads a data file into a new form of the kind; a failed read leaves no
@@ -89,20 +78,20 @@ class Frame {
   Form* OpenDataFile(FormKind kind, const std::string& path);
 
   // --- messages and pointer ---------------------------------------------------
-  void ShowError(int number);
-  void ShowCritical(const std::string& text);
-  void ShowMessage(const std::string& text);
-  void ShowBusy();
-  void ShowBusyArrow();
-  void ShowIdle();
-  void Beep();
+  void ShowError(int number) override;
+  void ShowCritical(const std::string& text) override;
+  void ShowMessage(const std::string& text) override;
+  void ShowBusy() override;
+  void ShowBusyArrow() override;
+  void ShowIdle() override;
+  void Beep() override;
   // Opens help in one of the named help files ("KELDOX.HLP"); reports 22 when
   // it cannot be shown. An empty topic opens the contents.
-  void GetHelp(const std::string& helpFile, const std::string& topic);
+  void GetHelp(const std::string& helpFile, const std::string& topic) override;
   // The quick help box: "&Help" stores "Y" in the labHelp caption, which
   // then opens the full topic in the help file.
   void QuickHelp(const std::string& title, const std::string& text, const std::string& helpFile,
-                 const std::string& topic);
+                 const std::string& topic) override;
 
   // --- the frame's own menu -------------------------------------------------
   ControlModel& controls() { return controls_; }
@@ -124,6 +113,7 @@ class Frame {
   platform::Services& services_;
   std::string programFolder_;
   FrameSettings settings_;
+  GraphExchange exchange_;
   std::array<FormMaker, kFormKinds> makers_{};
   std::array<int, kFormKinds> counts_{};
   int cascade_ = 0;

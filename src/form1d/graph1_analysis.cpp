@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "analysis/measures.h"
-#include "app/frame.h"
+#include "kit/form_context.h"
 #include "common/number_text.h"
 #include "form1d/graph1_form.h"
 
@@ -182,14 +182,14 @@ void Graph1Form::StatisticsCommand() {
   std::string text = controls_.Text("TxtGraphStat");
   const double number = std::nearbyint(VALU(text));
   if (!(number >= 1 && number <= graphCount_)) {
-    frame_.ShowError(1);
+    context_.ShowError(1);
     return;
   }
   const int g = static_cast<int>(number) - 1;
   const analysis::Sampled s{GraphValues(g), n_, GraphLeft(g), GraphStep(g)};
   analysis::Statistics stats;
   if (!analysis::ComputeStatistics(s, analysis::InWindow(s, winLeft_, winRight_), stats)) {
-    frame_.ShowError(55);
+    context_.ShowError(55);
     return;
   }
   controls_.SetText("Remarks(1)", analysis::StatisticsReport(stats));

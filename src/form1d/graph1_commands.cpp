@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "app/frame.h"
+#include "kit/form_context.h"
 #include "common/number_text.h"
 #include "form1d/graph1_form.h"
 
@@ -150,10 +150,10 @@ void Graph1Form::BindCommands() {
   OnMenu("mnuLoadGraph", [this](int) { LoadTheGraph(1); });
   OnMenu("mnuOpenSave(3)", [this](int) { SaveTheForm(0); });
   OnMenu("mnuOpenSave(4)", [this](int) { SaveTheForm(1); });
-  OnMenu("mnuKELDOHelp", [this](int) { frame_.GetHelp("KELDOX.HLP", ""); });
+  OnMenu("mnuKELDOHelp", [this](int) { context_.GetHelp("KELDOX.HLP", ""); });
   OnMenu("mnuHelpSideBox", [this](int) {
     const std::string& caption = controls_.Text("mnuHelpSideBox");
-    frame_.GetHelp("KELDOX.HLP", caption.size() > 9 ? caption.substr(9) : "");
+    context_.GetHelp("KELDOX.HLP", caption.size() > 9 ? caption.substr(9) : "");
   });
   for (int n = kMinPoints; n <= kMaxPoints; n *= 2) OnMenu("mnu" + std::to_string(n), [this, n](int) { SetPoints(n); });
 }
@@ -262,7 +262,7 @@ void Graph1Form::Calculate() {
   const double value = VALU(text);
   if (text == "N!N") {
     formula_.valueFault = 0;
-    frame_.ShowError(52);
+    context_.ShowError(52);
     return;
   }
   controls_.SetText("Remarks(2)", PlainNumber(value));
@@ -282,7 +282,7 @@ void Graph1Form::TraceBox() {
     InitializeTrace();
     UpDateTrace();
   } catch (...) {
-    frame_.ShowError(54);
+    context_.ShowError(54);
   }
 }
 
@@ -290,13 +290,13 @@ void Graph1Form::FieldQuickHelp(const std::string& name) {
   for (const QuickHelpRow& row : kQuickHelp) {
     if (name != row.field) continue;
     const std::string& topic = controls_.Text("mnuHelpSideBox");
-    frame_.QuickHelp(row.words, controls_[name].tip, "KELDOX.HLP", topic.size() > 9 ? topic.substr(9) : "");
+    context_.QuickHelp(row.words, controls_[name].tip, "KELDOX.HLP", topic.size() > 9 ? topic.substr(9) : "");
     return;
   }
 }
 
 void Graph1Form::FormulaHelp(const std::string& selected) {
-  frame_.GetHelp("KELDOX.HLP", selected.empty() ? "One-dimensional formulas" : selected);
+  context_.GetHelp("KELDOX.HLP", selected.empty() ? "One-dimensional formulas" : selected);
 }
 
 // ------------------------------------------------------------ Go and buttons
@@ -389,11 +389,11 @@ bool Graph1Form::Click(const std::string& name) {
 
 bool Graph1Form::QueryClose() {
   if (plotting_ != 'N' || denoising_) {
-    frame_.Beep();
+    context_.Beep();
     return false;
   }
   // Closing shuts the 8-bit sound control.
-  if (frame_.services().audio->IsPlaying()) StopSound();
+  if (context_.services().audio->IsPlaying()) StopSound();
   return true;
 }
 
@@ -406,7 +406,7 @@ void Graph1Form::ControlChanged(const std::string& name) {
 
 void Graph1Form::Activated() {
   InitializeFormulas();
-  EnableCommand("mnuPasteGraph", GraphExchange().holdsGraph);
+  EnableCommand("mnuPasteGraph", context_.exchange().oneDimensional.holdsGraph);
   Touch();
 }
 

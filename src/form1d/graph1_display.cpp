@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "app/frame.h"
+#include "kit/form_context.h"
 #include "common/number_text.h"
 #include "form1d/graph1_form.h"
 #include "formula/formula_text.h"
@@ -92,7 +92,7 @@ void Graph1Form::RedrawGraphs(int mode) {
 
 void Graph1Form::NewWindow() {
   if (plotting_ != 'N') {
-    frame_.Beep();
+    context_.Beep();
     return;
   }
   if (graphCount_ > 0) RedrawGraphs(1);
@@ -101,7 +101,7 @@ void Graph1Form::NewWindow() {
 void Graph1Form::NewView() { RedrawGraphs(1); }
 
 void Graph1Form::DisplayGraphs(int last) {
-  FrameSettings& settings = frame_.settings();
+  FrameSettings& settings = context_.settings();
   if (settings.captions["LabAutoFit"] == "Y") NewView();
   const std::string& lineStyle = settings.captions["LabLineStyle"];
   if (lineStyle == "Y" || lineStyle == "N") dots_ = lineStyle[0];
@@ -122,7 +122,7 @@ void Graph1Form::ResetDisplay() {
   else if (controls_["OpDispStyle(2)"].value) grid_ = 'B';
   if (controls_["OpDispStyle(3)"].value) dots_ = 'N';
   else if (controls_["OpDispStyle(4)"].value) dots_ = 'Y';
-  frame_.settings().captions["LabLineStyle"] = std::string(1, dots_);
+  context_.settings().captions["LabLineStyle"] = std::string(1, dots_);
   if (controls_["OpDispStyle(5)"].value) background_ = 'W';
   else if (controls_["OpDispStyle(6)"].value) background_ = 'B';
   RedrawGraphs(0);

@@ -4,7 +4,8 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "app/frame.h"
+#include "kit/form_context.h"
+#include "kit/typed_forms.h"
 #include "common/file_io.h"
 #include "common/number_text.h"
 #include "common/text.h"
@@ -38,16 +39,16 @@ std::string FromFile(const std::string& text) { return formula::FromAnsiText(tex
 void Graph1Form::SaveTheForm(int choice) {
   std::string path = fileName_;
   if (choice == 0 || path.empty()) {
-    const auto chosen = frame_.services().fileDialog->Run({platform::FileDialogMode::Save, "Save form", kFormFilter, 1,
-                                                           platform::kFlagsSaveDialog, ".kd1", frame_.Folder("figures")});
+    const auto chosen = context_.services().fileDialog->Run({platform::FileDialogMode::Save, "Save form", kFormFilter, 1,
+                                                           platform::kFlagsSaveDialog, ".kd1", context_.Folder("figures")});
     if (!chosen) return;
     path = chosen->path;
   }
-  frame_.ShowBusy();
+  context_.ShowBusy();
   const bool saved = SaveFormTo(path);
-  frame_.ShowIdle();
+  context_.ShowIdle();
   if (!saved) {
-    frame_.ShowError(36);
+    context_.ShowError(36);
     return;
   }
   fileName_ = path;
@@ -84,7 +85,7 @@ bool Graph1Form::SaveFormTo(const std::string& path) {
 }
 
 bool Graph1Form::LoadForm(const std::string& path, const std::string&) {
-  frame_.ShowBusy();
+  context_.ShowBusy();
   std::vector<std::uint8_t> bytes;
   if (!ReadFileBytes(path, bytes)) return false;
   const std::optional<FormFileRecord> record = ReadFormFile(bytes);
@@ -97,7 +98,7 @@ bool Graph1Form::LoadForm(const std::string& path, const std::string&) {
   for (graphCount_ = 0; graphCount_ <= count; ++graphCount_) ResetMenu();
   graphCount_ = count;
   for (int k = 3; k <= 6; ++k) EnableCommand(IndexedName("mnuOpenSave", k), true);
-  frame_.ShowIdle();
+  context_.ShowIdle();
   Touch();
   return true;
 }
@@ -152,35 +153,30 @@ void Graph1Form::ReadFormRecord(const FormFileRecord& r) {
 void Graph1Form::OpenTheForm() {
   // A new one-dimensional form takes this form's quantization parameters.
   const std::array<std::string, 3> params = quantParams_;
-  const std::size_t before = frame_.CreatedForms().size();
-  frame_.OpenTheForm();
-  const auto& created = frame_.CreatedForms();
-  if (created.size() > before && created.back())
-    if (auto* form = dynamic_cast<Graph1Form*>(created.back())) form->SetQuantParams(params);
+  if (auto* form = FormAs<Graph1Form>(context_.OpenTheForm())) form->SetQuantParams(params);
 }
 
 Graph1Form* Graph1Form::NewSiblingForm() {
   int code = 0;
-  Form* form = frame_.NewGraph1Form(code);
-  if (!form) {
-    frame_.ReportFactoryFailure(code);
+  Graph1Form* sibling = NewFormOf<Graph1Form>(context_, code);
+  if (!sibling) {
+    context_.ReportFactoryFailure(code);
     return nullptr;
   }
-  auto* sibling = dynamic_cast<Graph1Form*>(form);
-  if (sibling) sibling->SetQuantParams(quantParams_);
+  sibling->SetQuantParams(quantParams_);
   return sibling;
 }
 
 // -------------------------------------------------------------- data files
 
 void Graph1Form::SaveTheGraph() {
-  const auto chosen = frame_.services().fileDialog->Run({platform::FileDialogMode::Save, "Save graph", kSaveGraphFilter,
-                                                         1, platform::kFlagsSaveDialog, ".kb1", frame_.DialogFolder(kFolderData, "Data")});
+  const auto chosen = context_.services().fileDialog->Run({platform::FileDialogMode::Save, "Save graph", kSaveGraphFilter,
+                                                         1, platform::kFlagsSaveDialog, ".kb1", context_.DialogFolder(kFolderData, "Data")});
   if (!chosen) return;
   const int g = ChosenGraph();
   if (g < 0) return;
-  if (!SaveFunctionFile(chosen->path, g, chosen->filterIndex)) frame_.ShowError(36);
-  frame_.RememberDialogFolder(kFolderData, chosen->path);
+  if (!SaveFunctionFile(chosen->path, g, chosen->filterIndex)) context_.ShowError(36);
+  context_.RememberDialogFolder(kFolderData, chosen->path);
 }
 
 bool Graph1Form::SaveFunctionFile(const std::string& path, int g, int filterIndex) {
@@ -193,14 +189,14 @@ bool Graph1Form::SaveFunctionFile(const std::string& path, int g, int filterInde
 void Graph1Form::LoadTheGraph(int kind) {
   const bool sound = kind == 2;
   const int folder = sound ? kFolderSound : kFolderData;
-  const auto chosen = frame_.services().fileDialog->Run(
+  const auto chosen = context_.services().fileDialog->Run(
       {platform::FileDialogMode::Open, sound ? "Open sound file" : "Open data file",
        sound ? "Audio file (*.wav)|*.wav" : kLoadGraphFilter, 1, platform::kFlagFileMustExist, "",
-       frame_.DialogFolder(folder, sound ? "Audio" : "Data")});
+       context_.DialogFolder(folder, sound ? "Audio" : "Data")});
   if (!chosen) return;
   const int type = static_cast<int>(DataFileTypeOf(chosen->title.empty() ? chosen->path : chosen->title));
   LoadFunction(chosen->path, chosen->title, kind, type);
-  frame_.RememberDialogFolder(folder, chosen->path);
+  context_.RememberDialogFolder(folder, chosen->path);
 }
 
 bool Graph1Form::LoadDataFile(const std::string& path, const std::string& title) {
@@ -216,7 +212,7 @@ bool Graph1Form::LoadFunction(const std::string& path, const std::string& title,
   std::optional<DataFileRecord> record;
   if (ReadFileBytes(path, bytes)) record = ReadDataFile(bytes, static_cast<DataFileType>(fileType));
   if (!record) {
-    frame_.ShowError(20);
+    context_.ShowError(20);
     return false;
   }
   if (record->points != n_ && graphCount_ > 0) {
@@ -239,7 +235,7 @@ bool Graph1Form::LoadFunction(const std::string& path, const std::string& title,
 // ----------------------------------------------------------- formula list
 
 void Graph1Form::InitializeFormulas() {
-  const FormulaList& list = frame_.settings().formulas1d;
+  const FormulaList& list = context_.settings().formulas1d;
   maxFormNum_ = list.maxFormNum;
   formulas_ = GetAllFormulas(list, list.maxFormNum);
   formulas_.resize(static_cast<std::size_t>(maxFormNum_) + 1);
@@ -254,7 +250,7 @@ void Graph1Form::UpDateFormulas(const std::string& formula) {
     formulas_.resize(static_cast<std::size_t>(maxFormNum_) + 1);
     formulas_[static_cast<std::size_t>(maxFormNum_)] = formula;
     formPos_ = maxFormNum_;
-    UpdateAllFormulas(frame_.settings().formulas1d, formula, maxFormNum_);
+    UpdateAllFormulas(context_.settings().formulas1d, formula, maxFormNum_);
   }
   if (history_.empty() || plain != WithoutSpaces(history_.back())) history_.push_back(formula);
 }
@@ -280,37 +276,37 @@ void Graph1Form::NextFormula() {
 namespace {
 
 // The dialog of the formula file buttons, at folder 6 or "Formulas".
-std::optional<platform::FileDialogResult> FormulaFileDialog(Frame& frame, platform::FileDialogMode mode) {
+std::optional<platform::FileDialogResult> FormulaFileDialog(FormContext& context, platform::FileDialogMode mode) {
   const bool open = mode == platform::FileDialogMode::Open;
-  return frame.services().fileDialog->Run({mode, open ? "Load formula" : "Save formula", kFormulaFilter, 1,
+  return context.services().fileDialog->Run({mode, open ? "Load formula" : "Save formula", kFormulaFilter, 1,
                                            open ? platform::kFlagFileMustExist : platform::kFlagOverwritePrompt,
-                                           open ? "" : ".uf1", frame.DialogFolder(kFolderFormulas, "Formulas")});
+                                           open ? "" : ".uf1", context.DialogFolder(kFolderFormulas, "Formulas")});
 }
 
 }  // namespace
 
 void Graph1Form::LoadFormulaFile() {
-  const auto chosen = FormulaFileDialog(frame_, platform::FileDialogMode::Open);
+  const auto chosen = FormulaFileDialog(context_, platform::FileDialogMode::Open);
   if (!chosen) return;
   std::vector<std::uint8_t> bytes;
   if (!ReadFileBytes(chosen->path, bytes)) {
-    frame_.ShowError(20);
+    context_.ShowError(20);
     return;
   }
   controls_.SetText("Formula", FromFile(std::string(bytes.begin(), bytes.end())));
-  frame_.RememberDialogFolder(kFolderFormulas, chosen->path);
+  context_.RememberDialogFolder(kFolderFormulas, chosen->path);
   Touch();
 }
 
 void Graph1Form::SaveFormulaFile() {
-  const auto chosen = FormulaFileDialog(frame_, platform::FileDialogMode::Save);
+  const auto chosen = FormulaFileDialog(context_, platform::FileDialogMode::Save);
   if (!chosen) return;
   const std::string text = ToFile(controls_.Text("Formula")) + "\r\n";
   if (!WriteFileBytes(chosen->path, std::vector<std::uint8_t>(text.begin(), text.end()))) {
-    frame_.ShowError(36);
+    context_.ShowError(36);
     return;
   }
-  frame_.RememberDialogFolder(kFolderFormulas, chosen->path);
+  context_.RememberDialogFolder(kFolderFormulas, chosen->path);
 }
 
 }  // namespace keldo::form1d

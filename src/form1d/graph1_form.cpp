@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "app/frame.h"
+#include "kit/form_context.h"
 #include "common/number_text.h"
 #include "form1d/graph1_menu.h"
 
@@ -44,12 +44,7 @@ int RoundHalfEven(double v) {
 
 }  // namespace
 
-ExchangeArea& GraphExchange() {
-  static ExchangeArea area;
-  return area;
-}
-
-Graph1Form::Graph1Form(Frame& frame) : Form(frame, FormKind::Graph1) {
+Graph1Form::Graph1Form(FormContext& context) : Form(context, FormKind::Graph1) {
   BuildControls();
   Reallocate();
   ChangePointsMenu(n_);
@@ -57,7 +52,7 @@ Graph1Form::Graph1Form(Frame& frame) : Form(frame, FormKind::Graph1) {
   SetupSideBox();
   SetAxisLabels();
   InitializeFormulas();
-  const std::string& lineStyle = frame_.settings().captions["LabLineStyle"];
+  const std::string& lineStyle = context_.settings().captions["LabLineStyle"];
   if (lineStyle == "Y" || lineStyle == "N") dots_ = lineStyle[0];
   SetMenuViewStyle();
   ResetMenu();
@@ -113,7 +108,7 @@ void Graph1Form::SetPoints(int n) {
   graphCount_ = 0;
   ResetMenu();
   n_ = n;
-  if (GraphExchange().holdsGraph) controls_.SetEnabled("mnuPasteGraph", true);
+  if (context_.exchange().oneDimensional.holdsGraph) controls_.SetEnabled("mnuPasteGraph", true);
   Reallocate();
   controls_.SetText("NumPoints", std::to_string(n));
   ChangePointsMenu(n);
@@ -184,11 +179,11 @@ void Graph1Form::RemoveTheGraph() {
   std::string text = controls_.Text("TxtAnGr1");
   const int g = RoundHalfEven(VALU(text));
   if (g > graphCount_) {
-    frame_.ShowError(1);
+    context_.ShowError(1);
     return;
   }
   if (g < 1) {
-    frame_.ShowError(3);
+    context_.ShowError(3);
     return;
   }
   RemoveGraph(g);
@@ -207,7 +202,7 @@ void Graph1Form::EnableCommand(const std::string& name, bool on) { controls_.Set
 
 void Graph1Form::ResetMenu() {
   if (graphCount_ == 0) {
-    EnableCommand("mnuPasteGraph", GraphExchange().holdsGraph);
+    EnableCommand("mnuPasteGraph", context_.exchange().oneDimensional.holdsGraph);
     for (const std::string& name : GraphCommands()) EnableCommand(name, false);
     for (const std::string& name : PairCommands()) EnableCommand(name, false);
   } else if (graphCount_ == 1) {
@@ -255,11 +250,11 @@ int Graph1Form::TestNewIntervals(const std::string& xl, const std::string& xr, c
                                  const std::string& yt) {
   const double l = VALU(xl), r = VALU(xr), b = VALU(yb), t = VALU(yt);
   if (!(r > l)) {
-    frame_.ShowError(4);
+    context_.ShowError(4);
     return -1;
   }
   if (!(t > b)) {
-    frame_.ShowError(5);
+    context_.ShowError(5);
     return -1;
   }
   return 0;
@@ -315,7 +310,7 @@ void Graph1Form::PlotTheGraph() {
   if (command == formula::kErrorResult) {
     intervalLeft_ = oldLeft;
     intervalRight_ = oldRight;
-    frame_.ShowError(23);
+    context_.ShowError(23);
     return;
   }
   std::string error = "N";
@@ -381,7 +376,7 @@ void Graph1Form::USERFN(int count, double a, double b, double h, std::vector<dou
       if (formula_.valueFault == -12) {
         // An initial value that cannot be computed would fail on every try.
         formula_.valueFault = 0;
-        frame_.ShowError(23);
+        context_.ShowError(23);
         error = "E";
         return;
       }
@@ -392,7 +387,7 @@ void Graph1Form::USERFN(int count, double a, double b, double h, std::vector<dou
   formula::UserFunctionRun run = formula::RunOver(formula_, a, h, count);
   run.dots = dots_ == 'Y';
   run.graphs = FormulaGraphs();
-  run.random = frame_.services().random;
+  run.random = context_.services().random;
   if (run.random != nullptr) run.random->SeedFromClock();
 
   plotting_ = 'Y';
@@ -401,12 +396,12 @@ void Graph1Form::USERFN(int count, double a, double b, double h, std::vector<dou
   go.tip = "Stops the graphing.";
   live_ = LiveGraph{y.data(), 0, a, h, graphCount_};
   Touch();
-  LiveSink sink(live_, *this, *frame_.services().eventLoop, plotting_);
+  LiveSink sink(live_, *this, *context_.services().eventLoop, plotting_);
   const formula::UserFunctionResult result = formula::RunUserFunction(run, y, sink);
   live_ = LiveGraph{};
   if (result.fault != formula::kNoFault) {
     plotting_ = 'N';
-    frame_.ShowCritical(result.fault == formula::kOverflow ? "Overflow.  " : "Run Error.  ");
+    context_.ShowCritical(result.fault == formula::kOverflow ? "Overflow.  " : "Run Error.  ");
     error = "E";
     Touch();
     return;
@@ -427,12 +422,12 @@ void Graph1Form::USERFN(int count, double a, double b, double h, std::vector<dou
 // ------------------------------------------------------------ formula host
 
 std::optional<std::string> Graph1Form::FormulaPrompt(const std::string& prompt, const std::string& title) {
-  return frame_.services().dialogs->InputBox({prompt, title, ""});
+  return context_.services().dialogs->InputBox({prompt, title, ""});
 }
 
-void Graph1Form::FormulaError(int number) { frame_.ShowError(number); }
+void Graph1Form::FormulaError(int number) { context_.ShowError(number); }
 
-platform::Random* Graph1Form::FormulaRandom() { return frame_.services().random; }
+platform::Random* Graph1Form::FormulaRandom() { return context_.services().random; }
 
 const formula::GraphTable* Graph1Form::FormulaGraphs() {
   graphTable_.points = n_;
@@ -450,6 +445,6 @@ const formula::GraphTable* Graph1Form::FormulaGraphs() {
   return &graphTable_;
 }
 
-std::unique_ptr<Form> MakeGraph1Form(Frame& frame) { return std::make_unique<Graph1Form>(frame); }
+std::unique_ptr<Form> MakeGraph1Form(FormContext& context) { return std::make_unique<Graph1Form>(context); }
 
 }  // namespace keldo::form1d

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "app/form.h"
+#include "kit/form.h"
 #include "form1d/graph_files.h"
 #include "form1d/plot_drawing.h"
 #include "formula/compiler.h"
@@ -54,19 +54,11 @@ enum SideBoxPanel : int {
   kPanelCount = 15,
 };
 
-// The graph handed between forms by Copy graph and Paste graph; it outlives
-// the forms.
-struct ExchangeArea {
-  bool holdsGraph = false;
-  int points = 0;
-  double a = 0.0, b = 0.0, h = 0.0;
-  std::vector<double> values;
-};
-ExchangeArea& GraphExchange();
-
 class Graph1Form final : public Form, private formula::FormulaHost {
  public:
-  explicit Graph1Form(Frame& frame);
+  static constexpr FormKind kKind = FormKind::Graph1;
+
+  explicit Graph1Form(FormContext& context);
   ~Graph1Form() override;
 
   // The graph store.
@@ -351,6 +343,6 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   LiveGraph live_;
 };
 
-std::unique_ptr<Form> MakeGraph1Form(Frame& frame);
+std::unique_ptr<Form> MakeGraph1Form(FormContext& context);
 
 }  // namespace keldo::form1d

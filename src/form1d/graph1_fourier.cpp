@@ -3,7 +3,7 @@
 
 #include <cmath>
 
-#include "app/frame.h"
+#include "kit/form_context.h"
 #include "common/number_text.h"
 #include "form1d/graph1_form.h"
 #include "fourier/transforms.h"
@@ -81,11 +81,11 @@ void Graph1Form::PresetGraphField(const std::string& field) {
 int Graph1Form::GraphNumberField(const std::string& field) {
   const double g = std::nearbyint(Val(controls_.Text(field))) - 1;
   if (g > graphCount_ - 1) {
-    frame_.ShowError(1);
+    context_.ShowError(1);
     return -1;
   }
   if (g < 0) {
-    frame_.ShowError(3);
+    context_.ShowError(3);
     return -1;
   }
   return static_cast<int>(g);
@@ -105,7 +105,7 @@ bool Graph1Form::GetTransformParameters(fourier::TransformSetup& setup) {
   const int exponent = chosen({"NegExponent", "PosExponent"});
   const int interval = chosen({"FTIntOp1", "FTIntOp2", "FTIntOp3", "FTIntOp4"});
   if (data == 0 || output == 0 || exponent == 0 || interval == 0) {
-    frame_.Beep();
+    context_.Beep();
     return false;
   }
   setup.dataType = data == 1 ? fourier::DataType::Real : fourier::DataType::Complex;
@@ -127,20 +127,20 @@ void Graph1Form::FourierTransform() {
   if (complex && im < 0) return;
   setup.window = controls_.Text("TrFilter(0)");
   setup.endpointAveraged = controls_["chkFPerEA(1)"].value != 0;
-  frame_.ShowBusy();
+  context_.ShowBusy();
   const fourier::TransformResult r = fourier::FourierTransformOf(
       n_, GraphValues(re), complex ? GraphValues(im) : nullptr, GraphLeft(re), GraphRight(re), setup);
-  frame_.ShowIdle();
+  context_.ShowIdle();
   ShowResultForm(r);
 }
 
 void Graph1Form::FourierTrigTransform(int kind) {
   const int g = GraphNumberField("GraphFTrigTran");
   if (g < 0) return;
-  frame_.ShowBusy();
+  context_.ShowBusy();
   const fourier::TransformResult r =
       fourier::FourierTrigTransformOf(n_, GraphValues(g), GraphLeft(g), GraphRight(g), kind, controls_.Text("TrFilter(1)"));
-  frame_.ShowIdle();
+  context_.ShowIdle();
   ShowResultForm(r);
 }
 

@@ -3,7 +3,7 @@
 
 #include <span>
 
-#include "app/menu_table.h"
+#include "kit/menu_table.h"
 
 namespace keldo::form1d {
 

@@ -4,7 +4,7 @@
 
 #include <cmath>
 
-#include "app/frame.h"
+#include "kit/form_context.h"
 #include "common/number_text.h"
 #include "form1d/graph1_form.h"
 #include "fourier/convolve.h"
@@ -121,7 +121,7 @@ void Graph1Form::SetFilterParameters() {
 }
 
 int Graph1Form::ResetFilterForm(int message) {
-  frame_.ShowError(message);
+  context_.ShowError(message);
   return kStop;
 }
 
@@ -156,11 +156,11 @@ int Graph1Form::FREQFILT(fourier::SeriesKind kind, int h, double b, double* x, d
       }
       if (name == "Energy percentage") {
         if (fourier::FSerEnerPerc(kind, n, prm.p, cx, cy, report)) return true;
-        frame_.ShowError(18);
+        context_.ShowError(18);
         return false;
       }
       if (fourier::FSerThreshold(kind, n, prm.p, cx, cy, report)) return true;
-      frame_.ShowError(19);
+      context_.ShowError(19);
       return false;
     };
     (void)x;
@@ -176,7 +176,7 @@ int Graph1Form::FREQFILT(fourier::SeriesKind kind, int h, double b, double* x, d
     filter.mode = Mode::Weights;
     return 0;
   }
-  frame_.ShowMessage("Filter not available yet");
+  context_.ShowMessage("Filter not available yet");
   controls_.SetFromUser("OptionUnfiltered", "1");
   return kStop;
 }
@@ -193,12 +193,12 @@ bool Graph1Form::UserFilter(int h, std::vector<double>& w) {
   intervalLeft_ = left;
   intervalRight_ = right;
   if (command == formula::kErrorResult) {
-    frame_.ShowError(23);
+    context_.ShowError(23);
     return false;
   }
   formula::UserFunctionRun run = formula::RunOver(formula_, 0.0, 1.0 / h, h + 1);
   run.graphs = FormulaGraphs();
-  run.random = frame_.services().random;
+  run.random = context_.services().random;
   formula::PlotSink quiet;
   std::vector<double> values(static_cast<std::size_t>(h) + 11, 0.0);
   const formula::UserFunctionResult result = formula::RunUserFunction(run, values, quiet);
@@ -214,7 +214,7 @@ void Graph1Form::FourierSeries(int kind) {
   const double h = std::nearbyint(VALU(controls_.Text("TxtHarmonics")));
   const int most = fourier::MaxHarmonic(seriesKind, n_);
   if (!(h >= 0 && h <= most)) {
-    frame_.ShowError(29);
+    context_.ShowError(29);
     return;
   }
   const int harmonics = static_cast<int>(h);
@@ -226,13 +226,13 @@ void Graph1Form::FourierSeries(int kind) {
   for (double w : filter.weights)
     if (!std::isfinite(w)) {
       // The weights of u = k/H divide by zero when H is 0.
-      frame_.ShowCritical("Run Error.  ");
+      context_.ShowCritical("Run Error.  ");
       return;
     }
-  frame_.ShowBusy();
+  context_.ShowBusy();
   const fourier::SeriesResult r = fourier::FourierSeriesOf(n_, GraphValues(g), seriesKind, harmonics,
                                                            controls_["chkFPerEA(0)"].value != 0, filter);
-  frame_.ShowIdle();
+  context_.ShowIdle();
   if (!r.ok) return;
   if (!r.report.formulaText.empty()) controls_.SetText("FilterFormula", r.report.formulaText);
   if (!r.report.harmonicsText.empty()) controls_.SetText("TxtHarmonics", r.report.harmonicsText);
@@ -260,9 +260,9 @@ void Graph1Form::Convolve(int kind) {
   setup.symmetric = GraphLeft(first) < 0;
   setup.dx = GraphStep(source);
   setup.length = GraphRight(source) - GraphLeft(source);
-  frame_.ShowBusy();
+  context_.ShowBusy();
   const std::vector<double> r = fourier::ConvolveGraphs(n_, GraphValues(first), GraphValues(second), setup);
-  frame_.ShowIdle();
+  context_.ShowIdle();
   FileNewGraph(r, GraphLeft(source), GraphRight(source), GraphStep(source));
 }
 
@@ -304,13 +304,13 @@ void Graph1Form::Filtering() {
   const int d0 = number(complexData ? "FDataNum(1)" : "FDataNum(0)");
   const int d1 = complexData ? number("FDataNum(2)") : d0;
   if (d0 < 0 || d1 < 0) {
-    frame_.ShowError(complexData ? 27 : 25);
+    context_.ShowError(complexData ? 27 : 25);
     return;
   }
   const int f0 = number(complexFilter ? "FiltNum(1)" : "FiltNum(0)");
   const int f1 = complexFilter ? number("FiltNum(2)") : f0;
   if (f0 < 0 || f1 < 0) {
-    frame_.ShowError(complexFilter ? 28 : 26);
+    context_.ShowError(complexFilter ? 28 : 26);
     return;
   }
   const std::size_t count = static_cast<std::size_t>(n_) + 1;

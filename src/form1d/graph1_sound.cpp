@@ -4,7 +4,8 @@
 #include <cmath>
 #include <filesystem>
 
-#include "app/frame.h"
+#include "kit/form_context.h"
+#include "kit/typed_forms.h"
 #include "common/number_text.h"
 #include "form1d/graph1_form.h"
 #include "formula/formula_text.h"
@@ -46,17 +47,17 @@ void Graph1Form::BuildSoundControls() {
 }
 
 std::string Graph1Form::BufferPath(int bits) {
-  return frame_.SoundBufferFolder() + (bits == 8 ? "/S" : "/T") + std::to_string(n_) + ".wav";
+  return context_.SoundBufferFolder() + (bits == 8 ? "/S" : "/T") + std::to_string(n_) + ".wav";
 }
 
 void Graph1Form::InitializeSound(int bits) {
-  frame_.ShowBusy();
+  context_.ShowBusy();
   sound::WaveControl& control = sound_->edit[bits == 8 ? 0 : 1];
   const std::string buffer = BufferPath(bits);
   control.Open(buffer);
   if (control.LastError() != 0 || control.Length() < 60) {
     // From the starter file: a plain mono header at 44100 Hz.
-    const std::string starter = frame_.SoundBufferFolder() + (bits == 8 ? "/KELDO_TP.WAV" : "/KELDO2TP.WAV");
+    const std::string starter = context_.SoundBufferFolder() + (bits == 8 ? "/KELDO_TP.WAV" : "/KELDO2TP.WAV");
     control.Open(starter);
     if (control.LastError() != 0) {
       control.Create(bits, 44100);
@@ -68,23 +69,23 @@ void Graph1Form::InitializeSound(int bits) {
     control.SaveAs(buffer);
     if (control.LastError() != 0) {
       // The sound works from memory, but its buffer file could not be kept.
-      frame_.ShowIdle();
-      frame_.ShowError(37);
+      context_.ShowIdle();
+      context_.ShowError(37);
     }
   }
   (bits == 8 ? soundReady8_ : soundReady16_) = true;
-  frame_.ShowIdle();
+  context_.ShowIdle();
 }
 
 bool Graph1Form::SoundSettings(double& volume, int& rate) {
   volume = VALU(controls_.Text("TxtSound(2)"));
   if (!(volume > 0)) {
-    frame_.ShowError(50);
+    context_.ShowError(50);
     return false;
   }
   const double r = VALU(controls_.Text("TxtSound(1)"));
   if (!(r >= 441 && r <= 44100)) {
-    frame_.ShowError(38);
+    context_.ShowError(38);
     return false;
   }
   rate = static_cast<int>(std::nearbyint(r));
@@ -104,7 +105,7 @@ void Graph1Form::PlayGraph() {
   for (const std::string& token : tokens) {
     const double g = std::nearbyint(VALU(token));
     if (!(g >= 1 && g <= graphCount_)) {
-      frame_.ShowError(3);
+      context_.ShowError(3);
       return;
     }
     graphs.push_back(static_cast<int>(g) - 1);
@@ -128,12 +129,12 @@ bool Graph1Form::PlayGraphNum(int g, bool wait) {
   const long long start = std::max(0LL, std::llround((winLeft_ - GraphLeft(g)) / GraphStep(g)));
   const long long end = std::min<long long>(n_ + 1, std::llround((winRight_ - GraphLeft(g)) / GraphStep(g)));
   if (!(start < end)) {
-    frame_.ShowError(42);
+    context_.ShowError(42);
     return false;
   }
-  platform::Audio& audio = *frame_.services().audio;
+  platform::Audio& audio = *context_.services().audio;
   if (!control.Play(audio, start, end)) {
-    frame_.ShowError(39);
+    context_.ShowError(39);
     return false;
   }
   controls_.SetEnabled("cmdSound(1)", true);
@@ -144,21 +145,21 @@ bool Graph1Form::PlayGraphNum(int g, bool wait) {
 
 void Graph1Form::StopSound() {
   // Stops the 8-bit control alone, as the button always has.
-  sound_->edit[0].Stop(*frame_.services().audio);
+  sound_->edit[0].Stop(*context_.services().audio);
   sound_->edit[0].SetPosition(0);
   controls_.SetEnabled("cmdSound(1)", false);
   Touch();
 }
 
 void Graph1Form::SaveTheSoundFile() {
-  const auto chosen = frame_.services().fileDialog->Run(
+  const auto chosen = context_.services().fileDialog->Run(
       {platform::FileDialogMode::Save, "Save sound file", "Audio files (*.wav)|*.wav", 1,
-       platform::kFlagsSaveDialog, ".wav", frame_.DialogFolder(kFolderSoundSave, "Audio")});
+       platform::kFlagsSaveDialog, ".wav", context_.DialogFolder(kFolderSoundSave, "Audio")});
   if (!chosen) return;
   const int g = ChosenGraph();
   if (g < 0) return;
   SaveSoundFile(chosen->path, g);
-  frame_.RememberDialogFolder(kFolderSoundSave, chosen->path);
+  context_.RememberDialogFolder(kFolderSoundSave, chosen->path);
 }
 
 bool Graph1Form::SaveSoundFile(const std::string& path, int g) {
@@ -176,7 +177,7 @@ bool Graph1Form::SaveSoundFile(const std::string& path, int g) {
   control.SetPosition(0);
   control.SaveAs(path);
   if (control.LastError() != 0) {
-    frame_.ShowError(39);
+    context_.ShowError(39);
     return false;
   }
   return true;
@@ -187,21 +188,21 @@ bool Graph1Form::LoadSoundFunction(const std::string& path, const std::string& t
   control.Close();
   control.Open(path);
   if (control.LastError() != 0) {
-    frame_.ShowError(46);
+    context_.ShowError(46);
     return false;
   }
   const int rate = control.Rate();
   const long long length = control.Length();
   if (length > 65537) {
     int code = 0;
-    Form* form = frame_.NewSoundEditorForm(code);
+    sound::SoundEditorForm* form = NewFormOf<sound::SoundEditorForm>(context_, code);
     if (!form) {
-      frame_.ReportFactoryFailure(code);
+      context_.ReportFactoryFailure(code);
       return false;
     }
-    if (!static_cast<sound::SoundEditorForm*>(form)->LoadWavFile(path)) {
-      frame_.CloseForm(*form);
-      frame_.ShowError(46);
+    if (!form->LoadWavFile(path)) {
+      context_.CloseForm(*form);
+      context_.ShowError(46);
       return false;
     }
     form->SetCaption(title.empty() ? form->Caption() : title);
@@ -209,7 +210,7 @@ bool Graph1Form::LoadSoundFunction(const std::string& path, const std::string& t
   }
   if (control.Channels() > 1) {
     control.Close();
-    frame_.ShowError(43);
+    context_.ShowError(43);
     return false;
   }
   const int bits = control.Bits();
@@ -225,7 +226,7 @@ bool Graph1Form::LoadSoundFunction(const std::string& path, const std::string& t
   const std::vector<std::int16_t> samples = control.Read(length);
   control.Close();
   if (static_cast<long long>(samples.size()) != length) {
-    frame_.ShowError(48);
+    context_.ShowError(48);
     return false;
   }
   if (points != n_) {

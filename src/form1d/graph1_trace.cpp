@@ -5,7 +5,7 @@
 #include <charconv>
 #include <cmath>
 
-#include "app/frame.h"
+#include "kit/form_context.h"
 #include "common/number_text.h"
 #include "common/text.h"
 #include "form1d/graph1_form.h"
@@ -94,11 +94,11 @@ int Graph1Form::ChosenGraph() {
   const double value = VALU(text);
   const double g = std::nearbyint(value);
   if (g > graphCount_) {
-    frame_.ShowError(1);
+    context_.ShowError(1);
     return -1;
   }
   if (!(g >= 1)) {
-    frame_.ShowError(3);
+    context_.ShowError(3);
     return -1;
   }
   return static_cast<int>(g) - 1;
@@ -108,7 +108,7 @@ int Graph1Form::ChosenGraph() {
 
 void Graph1Form::InitializeTrace() {
   for (int k = 0; k < 5; ++k) controls_.SetVisible(IndexedName("FrTrace", k), false);
-  std::string& centre = frame_.settings().captions["LabTrSet"];
+  std::string& centre = context_.settings().captions["LabTrSet"];
   if (centre == "Y") {
     tracePosition_ = n_ / 2;
     centre = "N";
@@ -177,7 +177,7 @@ void Graph1Form::ClipTheGraph() {
   const double left = winLeft_, right = winRight_;
   Graph1Form* form = NewSiblingForm();
   if (!form) return;
-  std::string& autoFit = frame_.settings().captions["LabAutoFit"];
+  std::string& autoFit = context_.settings().captions["LabAutoFit"];
   const std::string savedAutoFit = autoFit;
   autoFit = "Y";
   form->UpDateFnData(size, y, left, right, (right - left) / size, true);
@@ -191,7 +191,7 @@ void Graph1Form::ClipTheGraph() {
 void Graph1Form::CopyTheGraph() {
   const int g = ChosenGraph();
   if (g < 0) return;
-  ExchangeArea& x = GraphExchange();
+  GraphExchangeArea1D& x = context_.exchange().oneDimensional;
   const double* v = GraphValues(g);
   x.values.assign(v, v + n_ + 1);
   x.points = n_;
@@ -204,7 +204,7 @@ void Graph1Form::CopyTheGraph() {
 }
 
 void Graph1Form::PasteTheGraph() {
-  const ExchangeArea& x = GraphExchange();
+  const GraphExchangeArea1D& x = context_.exchange().oneDimensional;
   if (!x.holdsGraph) return;
   if (x.points != n_) {
     if (graphCount_ > 0) {
@@ -230,15 +230,15 @@ void Graph1Form::CopyTheGraphToClipboardSlow() { CopyToClipboardWith(GraphClipbo
 void Graph1Form::CopyToClipboardWith(std::string (*build)(int, double, double, const double*)) {
   const int g = ChosenGraph();
   if (g < 0) return;
-  frame_.services().clipboard->SetText(build(n_, GraphLeft(g), GraphRight(g), GraphValues(g)));
+  context_.services().clipboard->SetText(build(n_, GraphLeft(g), GraphRight(g), GraphValues(g)));
   EnableCommand("mnuPasteFromClipboard", true);
   Touch();
 }
 
 void Graph1Form::PasteFromTheClipboard() {
-  const std::string text = frame_.services().clipboard->Text();
+  const std::string text = context_.services().clipboard->Text();
   if (!CheckWindowsClipboard(text)) {
-    frame_.ShowError(91);
+    context_.ShowError(91);
     return;
   }
   const std::vector<std::string> fields = ClipboardFields(text + "R");
@@ -249,15 +249,15 @@ void Graph1Form::PasteFromTheClipboard() {
   // A paste that ends before its interval ends silently.
   if (last < 3) return;
   if (!ReadNumberField(fields[1], a) || !ReadNumberField(fields[2], b)) {
-    frame_.ShowError(91);
+    context_.ShowError(91);
     return;
   }
   if (!(a < b)) {
-    frame_.ShowError(89);
+    context_.ShowError(89);
     return;
   }
   if (a != 0.0 && a != -b) {
-    frame_.ShowError(90);
+    context_.ShowError(90);
     return;
   }
   std::vector<double> values(static_cast<std::size_t>(points) + 1);
@@ -267,7 +267,7 @@ void Graph1Form::PasteFromTheClipboard() {
     // The last value may stand without its line end, just before the mark.
     if (f == last) field.pop_back();
     if (f > last || !ReadNumberField(field, values[static_cast<std::size_t>(i)])) {
-      frame_.ShowError(91);
+      context_.ShowError(91);
       return;
     }
   }

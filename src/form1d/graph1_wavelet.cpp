@@ -4,7 +4,7 @@
 
 #include <cmath>
 
-#include "app/frame.h"
+#include "kit/form_context.h"
 #include "common/number_text.h"
 #include "common/text.h"
 #include "form1d/graph1_form.h"
@@ -180,12 +180,12 @@ bool Graph1Form::WaveletChecks(bool series, int& graph, wavelet::WaveletChoice& 
   else if (controls_["WavTypeCoif"].value) choice.family = 3;
   else if (controls_["WavTypeOther"].value) choice.family = 4;
   else {
-    frame_.ShowError(13);
+    context_.ShowError(13);
     return false;
   }
   const double l = std::nearbyint(VALU(controls_.Text(series ? "WavSerLev" : "wavlevels")));
   if (!(l >= 1 && l <= log2N_)) {
-    frame_.ShowError(21);
+    context_.ShowError(21);
     return false;
   }
   levels = static_cast<int>(l);
@@ -195,11 +195,11 @@ bool Graph1Form::WaveletChecks(bool series, int& graph, wavelet::WaveletChoice& 
     const bool even = order >= 4 && order <= 20 && std::fmod(order, 2.0) == 0.0;
     choice.code = even ? static_cast<int>(order) / 2 - 1 : 0;
     if (choice.code == 0) {
-      frame_.ShowError(14);
+      context_.ShowError(14);
       return false;
     }
     if (choice.symmetric && choice.code <= 2) {
-      frame_.ShowError(80);
+      context_.ShowError(80);
       return false;
     }
   } else if (choice.family == 2) {
@@ -209,13 +209,13 @@ bool Graph1Form::WaveletChecks(bool series, int& graph, wavelet::WaveletChoice& 
     const bool six = order >= 6 && order <= 30 && std::fmod(order, 6.0) == 0.0;
     choice.code = six ? static_cast<int>(order) / 6 : 0;
     if (choice.code == 0) {
-      frame_.ShowError(15);
+      context_.ShowError(15);
       return false;
     }
   } else {
     choice.code = wavelet::GetOtherType(controls_.Text("WaveletFilter"));
     if (choice.code == 0 || levels > log2N_ - 2) {
-      frame_.ShowError(21);
+      context_.ShowError(21);
       return false;
     }
   }
@@ -229,10 +229,10 @@ void Graph1Form::WaveletTransform(bool packet) {
   std::vector<double> x(GraphValues(g), GraphValues(g) + n_ + 1);
   x.resize(static_cast<std::size_t>(n_) + 5, 0.0);
   const bool inverse = controls_["chkWavInvTr"].value != 0;
-  frame_.ShowBusy();
+  context_.ShowBusy();
   if (inverse) wavelet::InverseTransform(choice, packet, n_, x.data(), log2N_, levels);
   else wavelet::ForwardTransform(choice, packet, n_, x.data(), levels);
-  frame_.ShowIdle();
+  context_.ShowIdle();
   x.resize(static_cast<std::size_t>(n_) + 1);
   Graph1Form* form = NewSiblingForm();
   if (!form) return;
@@ -262,7 +262,7 @@ void Graph1Form::WaveletSeries(bool packet) {
   else if (controls_["SerTypeThreshold"].value) type = 3;
   else if (controls_["SerTypeAscend"].value) type = 4;
   if (type == 0) {
-    frame_.ShowError(16);
+    context_.ShowError(16);
     return;
   }
   // Every field is read and checked before the transform.
@@ -272,14 +272,14 @@ void Graph1Form::WaveletSeries(bool packet) {
   if (type == 1 || type == 4) {
     const double c = std::nearbyint(VALU(controls_.Text(type == 1 ? "HighestMag" : "WSerNumTerms")));
     if (!(c >= 0 && c <= n_)) {
-      frame_.ShowError(type == 1 ? 17 : 30);
+      context_.ShowError(type == 1 ? 17 : 30);
       return;
     }
     count = static_cast<int>(c);
   } else if (type == 2) {
     energy = VALU(controls_.Text("EnerPerc"));
     if (!(1 - energy >= 0 && 1 - energy <= 1)) {
-      frame_.ShowError(18);
+      context_.ShowError(18);
       return;
     }
   } else if (!ReadThresholds(levels, thresholds)) {
@@ -287,7 +287,7 @@ void Graph1Form::WaveletSeries(bool packet) {
   }
   std::vector<double> x(GraphValues(g), GraphValues(g) + n_ + 1);
   x.resize(static_cast<std::size_t>(n_) + 5, 0.0);
-  frame_.ShowBusy();
+  context_.ShowBusy();
   wavelet::ForwardTransform(choice, packet, n_, x.data(), levels);
   std::string report;
   wavelet::ThresholdResult quantized;
@@ -299,7 +299,7 @@ void Graph1Form::WaveletSeries(bool packet) {
     report = ThresholdReport(quantized, thresholds);
   }
   wavelet::InverseTransform(choice, packet, n_, x.data(), log2N_, levels);
-  frame_.ShowIdle();
+  context_.ShowIdle();
   x.resize(static_cast<std::size_t>(n_) + 1);
   x[static_cast<std::size_t>(n_)] = GraphValues(g)[n_];
   const double a = GraphLeft(g), b = GraphRight(g), h = GraphStep(g);
@@ -331,11 +331,11 @@ bool Graph1Form::ReadThresholds(int levels, wavelet::ThresholdSetup& setup) {
   setup.second = colon == std::string::npos ? -1.0 : VALU(text.substr(colon + 1));
   const auto proper = [&](double t) {
     if (t == 0.0 && setup.quantize) {
-      frame_.ShowError(35);
+      context_.ShowError(35);
       return false;
     }
     if (t < 0 || t > 1) {
-      frame_.ShowError(19);
+      context_.ShowError(19);
       return false;
     }
     return true;
@@ -378,7 +378,7 @@ void Graph1Form::DenoiseSignal() {
     const bool done = wavelet::DenoiseAveraged(choice, n_, log2N_, levels, t, y, [&](int percent) {
       check.text = std::to_string(percent) + "%";
       Touch();
-      frame_.services().eventLoop->Yield();
+      context_.services().eventLoop->Yield();
       return denoising_;
     });
     denoising_ = false;
@@ -409,7 +409,7 @@ void Graph1Form::InterpolateCommand(bool ddScheme) {
   const int g = GraphNumberField("TxtGraphStat");
   if (g < 0) return;
   if (2 * n_ > kMaxPoints) {
-    frame_.ShowError(73);
+    context_.ShowError(73);
     return;
   }
   const std::vector<double> z = ddScheme ? wavelet::DD4and2Interpolate(n_, log2N_, GraphValues(g))

@@ -1,6 +1,6 @@
 #pragma once
 #include <span>
-#include "app/menu_table.h"
+#include "kit/menu_table.h"
 namespace keldo::form2d {
 // The menu bar of the two-dimensional form, with its exact captions.
 std::span<const MenuRow> Graph2MenuBar();

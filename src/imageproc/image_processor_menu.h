@@ -1,6 +1,6 @@
 #pragma once
 #include <span>
-#include "app/menu_table.h"
+#include "kit/menu_table.h"
 namespace keldo::imageproc {
 // The menu bar of the image processor.
 std::span<const MenuRow> ImageProcessorMenuBar();

@@ -1,7 +1,7 @@
-#include "app/form_kinds.h"
+#include "kinds/form_kinds.h"
 
-#include "app/basic_form.h"
 #include "app/frame.h"
+#include "kit/basic_form.h"
 #include "form1d/graph1_form.h"
 #include "form2d/graph2_menu.h"
 #include "imageproc/image_processor_menu.h"
@@ -14,15 +14,15 @@ namespace keldo {
 void InstallFormKinds(Frame& frame) {
   frame.RegisterKind(FormKind::Graph1, form1d::MakeGraph1Form);
   frame.RegisterKind(FormKind::Graph2,
-                     [](Frame& f) { return MakeBasicForm(f, FormKind::Graph2, form2d::Graph2MenuBar()); });
-  frame.RegisterKind(FormKind::SoundEditor, [](Frame& f) { return sound::MakeSoundEditorForm(f); });
-  frame.RegisterKind(FormKind::Spectrogram, [](Frame& f) {
+                     [](FormContext& f) { return MakeBasicForm(f, FormKind::Graph2, form2d::Graph2MenuBar()); });
+  frame.RegisterKind(FormKind::SoundEditor, [](FormContext& f) { return sound::MakeSoundEditorForm(f); });
+  frame.RegisterKind(FormKind::Spectrogram, [](FormContext& f) {
     return MakeBasicForm(f, FormKind::Spectrogram, timefreq::SpectrogramMenuBar());
   });
-  frame.RegisterKind(FormKind::Scalogram, [](Frame& f) {
+  frame.RegisterKind(FormKind::Scalogram, [](FormContext& f) {
     return MakeBasicForm(f, FormKind::Scalogram, timefreq::ScalogramMenuBar());
   });
-  frame.RegisterKind(FormKind::ImageProcessor, [](Frame& f) {
+  frame.RegisterKind(FormKind::ImageProcessor, [](FormContext& f) {
     return MakeBasicForm(f, FormKind::ImageProcessor, imageproc::ImageProcessorMenuBar());
   });
 }

@@ -6,16 +6,16 @@
 #include <memory>
 #include <span>
 
-#include "app/form.h"
-#include "app/menu_table.h"
+#include "kit/form.h"
+#include "kit/menu_table.h"
 
 namespace keldo {
 
 class BasicForm final : public Form {
  public:
-  BasicForm(Frame& frame, FormKind kind, std::span<const MenuRow> menuBar);
+  BasicForm(FormContext& context, FormKind kind, std::span<const MenuRow> menuBar);
 };
 
-std::unique_ptr<Form> MakeBasicForm(Frame& frame, FormKind kind, std::span<const MenuRow> menuBar);
+std::unique_ptr<Form> MakeBasicForm(FormContext& context, FormKind kind, std::span<const MenuRow> menuBar);
 
 }  // namespace keldo

@@ -1,6 +1,6 @@
-#include "app/form.h"
+#include "kit/form.h"
 
-#include "app/frame.h"
+#include "kit/form_context.h"
 
 namespace keldo {
 
@@ -41,7 +41,7 @@ void SplitIndexedName(const std::string& full, std::string& base, int& index) {
   index = std::stoi(digits);
 }
 
-Form::Form(Frame& frame, FormKind kind) : frame_(frame), kind_(kind) {}
+Form::Form(FormContext& context, FormKind kind) : context_(context), kind_(kind) {}
 
 void Form::SetCaption(const std::string& caption) {
   caption_ = caption;
@@ -130,7 +130,7 @@ void Form::AddCommonFileHandlers() {
                                            FormKind::ImageProcessor};
   auto makeNew = [this](FormKind kind) {
     int code = 0;
-    if (!frame_.NewForm(kind, code)) frame_.ReportFactoryFailure(code);
+    if (!context_.NewForm(kind, code)) context_.ReportFactoryFailure(code);
   };
   OnMenu("mnuNew", [makeNew](int index) {
     if (index >= 0 && index < 4) makeNew(kNewKinds[index]);
@@ -139,7 +139,7 @@ void Form::AddCommonFileHandlers() {
   OnMenu("mnuNew2Dim", [makeNew](int) { makeNew(FormKind::Graph2); });
   OnMenu("mnuNewAudioEditor", [makeNew](int) { makeNew(FormKind::SoundEditor); });
   OnMenu("mnuNewImageEditor", [makeNew](int) { makeNew(FormKind::ImageProcessor); });
-  OnMenu("mnuClose", [this](int) { frame_.CloseForm(*this); });
+  OnMenu("mnuClose", [this](int) { context_.CloseForm(*this); });
 }
 
 }  // namespace keldo

@@ -9,23 +9,15 @@
 #include <string_view>
 #include <vector>
 
-#include "app/controls.h"
+#include "kit/controls.h"
+#include "kit/form_kind.h"
 
 namespace keldo {
 
-class Frame;
+class FormContext;
 
 enum class MouseAction { Down, Move, Up };
 enum class MouseButton { None, Left, Right };
-
-enum class FormKind { Graph1, Graph2, SoundEditor, Spectrogram, Scalogram, ImageProcessor };
-constexpr int kFormKinds = 6;
-
-// The word a script and a dump use for the kind: "1d", "2d", "audio",
-// "spectrogram", "scalogram", "imageproc".
-std::string_view FormKindName(FormKind kind);
-// The caption word, with its trailing blank: "1DGraph ", "Sound Editor " ...
-std::string_view FormKindCaptionWord(FormKind kind);
 
 // A graph as a dump shows it.
 struct GraphSummary {
@@ -35,13 +27,13 @@ struct GraphSummary {
 
 class Form {
  public:
-  Form(Frame& frame, FormKind kind);
+  Form(FormContext& context, FormKind kind);
   virtual ~Form() = default;
   Form(const Form&) = delete;
   Form& operator=(const Form&) = delete;
 
   FormKind Kind() const { return kind_; }
-  Frame& frame() { return frame_; }
+  FormContext& context() { return context_; }
   const std::string& Caption() const { return caption_; }
   void SetCaption(const std::string& caption);
 
@@ -105,7 +97,7 @@ class Form {
   // menu, one of its items has.
   bool CommandBuilt(const std::string& controlName) const;
 
-  Frame& frame_;
+  FormContext& context_;
   ControlModel controls_;
 
  private:

@@ -1,4 +1,4 @@
-#include "app/menu_table.h"
+#include "kit/menu_table.h"
 
 #include <stdexcept>
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "app/controls.h"
+#include "kit/controls.h"
 
 namespace keldo {
 

@@ -1,4 +1,4 @@
-#include "app/settings.h"
+#include "kit/settings.h"
 
 #include <algorithm>
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "app/form.h"
+#include "kit/form.h"
 
 class QFormLayout;
 class QGroupBox;

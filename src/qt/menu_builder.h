@@ -6,7 +6,7 @@
 #include <functional>
 #include <vector>
 
-#include "app/controls.h"
+#include "kit/controls.h"
 
 namespace keldo::qt {
 

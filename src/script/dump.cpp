@@ -1,6 +1,6 @@
 #include "script/dump.h"
 
-#include "app/form.h"
+#include "kit/form.h"
 #include "app/frame.h"
 #include "script/json_writer.h"
 

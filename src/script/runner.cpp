@@ -8,7 +8,7 @@
 #include <iterator>
 #include <sstream>
 
-#include "app/form.h"
+#include "kit/form.h"
 #include "app/frame.h"
 #include "common/text.h"
 #include "platform/headless/headless_services.h"

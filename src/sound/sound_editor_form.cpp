@@ -1,12 +1,12 @@
 #include "sound/sound_editor_form.h"
 
-#include "app/menu_table.h"
+#include "kit/menu_table.h"
 #include "sound/sound_editor_menu.h"
 #include "sound/wave_control.h"
 
 namespace keldo::sound {
 
-SoundEditorForm::SoundEditorForm(Frame& frame) : Form(frame, FormKind::SoundEditor) {
+SoundEditorForm::SoundEditorForm(FormContext& context) : Form(context, FormKind::SoundEditor) {
   SetMenu(BuildMenu(SoundEditorMenuBar(), controls_));
   AddCommonFileHandlers();
   DisableItemsWithoutHandler();
@@ -32,6 +32,6 @@ std::vector<GraphSummary> SoundEditorForm::Graphs() const {
   return {GraphSummary{0.0, h * static_cast<double>(samples_.size()), h, 0.0, samples_}};
 }
 
-std::unique_ptr<Form> MakeSoundEditorForm(Frame& frame) { return std::make_unique<SoundEditorForm>(frame); }
+std::unique_ptr<Form> MakeSoundEditorForm(FormContext& context) { return std::make_unique<SoundEditorForm>(context); }
 
 }  // namespace keldo::sound

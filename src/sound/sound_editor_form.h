@@ -6,13 +6,15 @@
 #include <string>
 #include <vector>
 
-#include "app/form.h"
+#include "kit/form.h"
 
 namespace keldo::sound {
 
 class SoundEditorForm final : public Form {
  public:
-  explicit SoundEditorForm(Frame& frame);
+  static constexpr FormKind kKind = FormKind::SoundEditor;
+
+  explicit SoundEditorForm(FormContext& context);
   // Reads a mono wave file whole; false on failure (the caller reports).
   bool LoadWavFile(const std::string& path);
   int Rate() const { return rate_; }
@@ -26,6 +28,6 @@ class SoundEditorForm final : public Form {
   int rate_ = 0, bits_ = 16;
 };
 
-std::unique_ptr<Form> MakeSoundEditorForm(Frame& frame);
+std::unique_ptr<Form> MakeSoundEditorForm(FormContext& context);
 
 }  // namespace keldo::sound

@@ -1,6 +1,6 @@
 #pragma once
 #include <span>
-#include "app/menu_table.h"
+#include "kit/menu_table.h"
 namespace keldo::sound {
 // The menu bar of the audio editor, with its exact captions.
 std::span<const MenuRow> SoundEditorMenuBar();

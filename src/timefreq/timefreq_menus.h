@@ -1,6 +1,6 @@
 #pragma once
 #include <span>
-#include "app/menu_table.h"
+#include "kit/menu_table.h"
 namespace keldo::timefreq {
 // The menu bars of the spectrogram and scalogram forms.
 std::span<const MenuRow> SpectrogramMenuBar();

@@ -10,7 +10,7 @@ using testing::TestFrame;
 
 form1d::Graph1Form& NewGraph1(TestFrame& t) {
   int code = 0;
-  return static_cast<form1d::Graph1Form&>(*t.frame.NewGraph1Form(code));
+  return static_cast<form1d::Graph1Form&>(*t.frame.NewForm(FormKind::Graph1, code));
 }
 
 TEST(Graph1Form, Defaults) {

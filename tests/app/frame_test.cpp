@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include "app/basic_form.h"
+#include "kit/basic_form.h"
 #include "test_frame.h"
 
 namespace keldo {
@@ -13,7 +13,7 @@ using testing::TestFrame;
 // A form that records what LoadForm was given.
 class RecordingForm final : public Form {
  public:
-  RecordingForm(Frame& f, FormKind k, std::vector<std::string>* log, bool succeed)
+  RecordingForm(FormContext& f, FormKind k, std::vector<std::string>* log, bool succeed)
       : Form(f, k), log_(log), succeed_(succeed) {}
   bool LoadForm(const std::string& path, const std::string& title) override {
     log_->push_back(path + "|" + title);
@@ -30,7 +30,7 @@ struct ProcessFixture : ::testing::Test {
   std::vector<std::string> loads;
   void UseRecordingForms(bool succeed) {
     for (FormKind k : {FormKind::Graph1, FormKind::Graph2})
-      t.frame.RegisterKind(k, [this, k, succeed](Frame& f) {
+      t.frame.RegisterKind(k, [this, k, succeed](FormContext& f) {
         return std::make_unique<RecordingForm>(f, k, &loads, succeed);
       });
   }
@@ -83,15 +83,15 @@ TEST_F(ProcessFixture, FailedLoadReports73AndKeepsNoForm) {
 }
 
 TEST_F(ProcessFixture, FactoryOutOfMemoryReports72) {
-  t.frame.RegisterKind(FormKind::Graph1, [](Frame&) -> std::unique_ptr<Form> { throw std::bad_alloc(); });
+  t.frame.RegisterKind(FormKind::Graph1, [](FormContext&) -> std::unique_ptr<Form> { throw std::bad_alloc(); });
   t.frame.Process("\"big.kd1\"");
   EXPECT_EQ(t.lines, std::vector<std::string>{"message 72: Error loading form, not enough memory."});
 }
 
 TEST_F(ProcessFixture, FactoryOtherFailureReports73) {
-  t.frame.RegisterKind(FormKind::Graph2, [](Frame&) -> std::unique_ptr<Form> { throw 5; });
+  t.frame.RegisterKind(FormKind::Graph2, [](FormContext&) -> std::unique_ptr<Form> { throw 5; });
   int code = 0;
-  EXPECT_EQ(t.frame.NewGraph2Form(code), nullptr);
+  EXPECT_EQ(t.frame.NewForm(FormKind::Graph2, code), nullptr);
   EXPECT_LT(code, 0);
   EXPECT_NE(code, kOutOfMemoryCode);
   t.frame.ReportFactoryFailure(code);
@@ -101,26 +101,26 @@ TEST_F(ProcessFixture, FactoryOtherFailureReports73) {
 TEST(Factories, CaptionsKeepTheLeadingBlankOfTheNumber) {
   TestFrame t;
   int code = 0;
-  EXPECT_EQ(t.frame.NewGraph1Form(code)->Caption(), "1DGraph  1");
-  EXPECT_EQ(t.frame.NewGraph2Form(code)->Caption(), "2DGraph  1");
-  EXPECT_EQ(t.frame.NewSoundEditorForm(code)->Caption(), "Sound Editor  1");
-  EXPECT_EQ(t.frame.NewSpectrogramForm(code)->Caption(), "Spectrogram  1");
-  EXPECT_EQ(t.frame.NewScalogramForm(code)->Caption(), "Scalogram  1");
-  EXPECT_EQ(t.frame.NewImageProcessorForm(code)->Caption(), "Image Processor  1");
-  EXPECT_EQ(t.frame.NewGraph1Form(code)->Caption(), "1DGraph  2");
+  EXPECT_EQ(t.frame.NewForm(FormKind::Graph1, code)->Caption(), "1DGraph  1");
+  EXPECT_EQ(t.frame.NewForm(FormKind::Graph2, code)->Caption(), "2DGraph  1");
+  EXPECT_EQ(t.frame.NewForm(FormKind::SoundEditor, code)->Caption(), "Sound Editor  1");
+  EXPECT_EQ(t.frame.NewForm(FormKind::Spectrogram, code)->Caption(), "Spectrogram  1");
+  EXPECT_EQ(t.frame.NewForm(FormKind::Scalogram, code)->Caption(), "Scalogram  1");
+  EXPECT_EQ(t.frame.NewForm(FormKind::ImageProcessor, code)->Caption(), "Image Processor  1");
+  EXPECT_EQ(t.frame.NewForm(FormKind::Graph1, code)->Caption(), "1DGraph  2");
   EXPECT_EQ(code, 0);
 }
 
 TEST(Factories, NumbersAreNeverReused) {
   TestFrame t;
   int code = 0;
-  Form* first = t.frame.NewGraph1Form(code);
-  Form* second = t.frame.NewGraph1Form(code);
+  Form* first = t.frame.NewForm(FormKind::Graph1, code);
+  Form* second = t.frame.NewForm(FormKind::Graph1, code);
   EXPECT_EQ(second->Caption(), "1DGraph  2");
   t.frame.CloseForm(*second);
   t.frame.CloseForm(*first);
   t.frame.CollectClosedForms();
-  EXPECT_EQ(t.frame.NewGraph1Form(code)->Caption(), "1DGraph  3");
+  EXPECT_EQ(t.frame.NewForm(FormKind::Graph1, code)->Caption(), "1DGraph  3");
   EXPECT_EQ(t.frame.CreatedCount(FormKind::Graph1), 3);
 }
 
@@ -143,14 +143,14 @@ TEST(Cascade, EighthFormReturnsToTheFirstPosition) {
 TEST(Cascade, ClosingLowersThePositionButNotBelowZero) {
   TestFrame t;
   int code = 0;
-  Form* a = t.frame.NewGraph1Form(code);
-  Form* b = t.frame.NewGraph1Form(code);
+  Form* a = t.frame.NewForm(FormKind::Graph1, code);
+  Form* b = t.frame.NewForm(FormKind::Graph1, code);
   EXPECT_EQ(t.frame.CascadePosition(), 2);
   t.frame.CloseForm(*b);
   EXPECT_EQ(t.frame.CascadePosition(), 1);
   t.frame.CloseForm(*a);
   EXPECT_EQ(t.frame.CascadePosition(), 0);
-  Form* c = t.frame.NewGraph1Form(code);
+  Form* c = t.frame.NewForm(FormKind::Graph1, code);
   EXPECT_EQ(c->left, 0);
   EXPECT_EQ(t.frame.CascadePosition(), 1);
 }
@@ -246,7 +246,7 @@ TEST(OpenTheForm, FilterIndexChoosesTheKindAndTheFolderIsKept) {
   TestFrame t;
   std::vector<FormKind> made;
   for (FormKind k : {FormKind::Graph1, FormKind::Graph2, FormKind::Scalogram, FormKind::Spectrogram})
-    t.frame.RegisterKind(k, [k, &made](Frame& f) {
+    t.frame.RegisterKind(k, [k, &made](FormContext& f) {
       made.push_back(k);
       struct Loads final : Form {
         using Form::Form;

@@ -14,7 +14,7 @@ using testing::TestFrame;
 
 form1d::Graph1Form& NewGraph1(TestFrame& t, int points = 64) {
   int code = 0;
-  auto& f = static_cast<form1d::Graph1Form&>(*t.frame.NewGraph1Form(code));
+  auto& f = static_cast<form1d::Graph1Form&>(*t.frame.NewForm(FormKind::Graph1, code));
   f.SetPoints(points);
   f.RunMenu("mnuPlotGraph");
   return f;

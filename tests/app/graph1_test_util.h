@@ -15,7 +15,7 @@ using form1d::Graph1Form;
 // A new form of the given points, with no side box open.
 inline Graph1Form& NewForm(TestFrame& t, int points = 64) {
   int code = 0;
-  auto& f = static_cast<Graph1Form&>(*t.frame.NewGraph1Form(code));
+  auto& f = static_cast<Graph1Form&>(*t.frame.NewForm(FormKind::Graph1, code));
   f.SetPoints(points);
   return f;
 }

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "app/settings.h"
+#include "kit/settings.h"
 
 namespace keldo {
 namespace {

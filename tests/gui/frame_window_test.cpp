@@ -9,7 +9,7 @@
 #include <QImage>
 #include <QLineEdit>
 
-#include "app/form_kinds.h"
+#include "kinds/form_kinds.h"
 #include "app/frame.h"
 #include "form1d/graph1_form.h"
 #include "qt/form_view.h"
@@ -111,7 +111,7 @@ class FrameWindowTest : public QObject {
       for (const bool dots : {true, false}) {
         for (const bool white : {false, true}) {
           int code = 0;
-          auto& f = static_cast<keldo::form1d::Graph1Form&>(*frame.NewGraph1Form(code));
+          auto& f = static_cast<keldo::form1d::Graph1Form&>(*frame.NewForm(keldo::FormKind::Graph1, code));
           f.SetPoints(64);
           f.RunMenu("mnuPlotGraph");
           f.controls().SetText("Formula", "sin(2*pi*x)");
@@ -149,7 +149,7 @@ class FrameWindowTest : public QObject {
     keldo::Frame frame(platform.services(), KELDO_SOURCE_DIR);
     keldo::InstallFormKinds(frame);
     int code = 0;
-    auto& f = static_cast<keldo::form1d::Graph1Form&>(*frame.NewGraph1Form(code));
+    auto& f = static_cast<keldo::form1d::Graph1Form&>(*frame.NewForm(keldo::FormKind::Graph1, code));
     f.SetPoints(64);
     f.RunMenu("mnuPlotGraph");
     keldo::qt::FormView view(f);

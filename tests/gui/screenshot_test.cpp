@@ -8,7 +8,7 @@
 #include <QSet>
 #include <QtTest>
 
-#include "app/form_kinds.h"
+#include "kinds/form_kinds.h"
 #include "app/frame.h"
 #include "qt/main_window.h"
 #include "qt/qt_services.h"

@@ -2,7 +2,7 @@
 
 #include <sstream>
 
-#include "app/form_kinds.h"
+#include "kinds/form_kinds.h"
 #include "app/frame.h"
 #include "platform/headless/headless_services.h"
 #include "script/runner.h"
