@@ -286,13 +286,14 @@ void Graph1Form::TraceBox() {
   }
 }
 
-void Graph1Form::FieldQuickHelp(const std::string& name) {
+bool Graph1Form::FieldHelp(const std::string& name) {
   for (const QuickHelpRow& row : kQuickHelp) {
     if (name != row.field) continue;
     const std::string& topic = controls_.Text("mnuHelpSideBox");
     context_.QuickHelp(row.words, controls_[name].tip, "KELDOX.HLP", topic.size() > 9 ? topic.substr(9) : "");
-    return;
+    return true;
   }
+  return false;
 }
 
 void Graph1Form::FormulaHelp(const std::string& selected) {

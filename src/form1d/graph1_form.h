@@ -99,8 +99,14 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   // Draws the whole plot box as it stands: graphs, the one being computed,
   // and the crosshairs while the trace panel is open.
   void Paint(platform::Surface& surface) const;
+  // The plot face: one picture, the plot box.
+  std::vector<Picture> Pictures() const override;
+  void Paint(int, platform::Surface& surface) const override { Paint(surface); }
+  bool TracksPointer() const override;
   // The read-out of the cursor coordinates, empty when they are off.
-  const std::string& CursorText() const { return cursorText_; }
+  const std::string& CursorText() const override { return cursorText_; }
+  platform::Rgb ReadoutColour() const override;
+  const FormLayout& Layout() const override;
 
   // Side box.
   void SetupSideBox();
@@ -114,9 +120,9 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   void Calculate();
   void SetRemarks(const std::string& text);
   // The small help box of a limited field, on F1 or a mouse press.
-  void FieldQuickHelp(const std::string& name);
+  bool FieldHelp(const std::string& name) override;
   // F1 in the formula box: help on the selected text, or on formulas.
-  void FormulaHelp(const std::string& selected);
+  void FormulaHelp(const std::string& selected) override;
 
   // Files and the formula list.
   void SaveTheForm(int choice);

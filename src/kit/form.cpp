@@ -104,6 +104,16 @@ bool Form::Click(const std::string& name) {
   return c && c->kind == ControlKind::Button;
 }
 
+const std::string& Form::CursorText() const {
+  static const std::string kNone;
+  return kNone;
+}
+
+const FormLayout& Form::Layout() const {
+  static const FormLayout kNone;
+  return kNone;
+}
+
 bool Form::LoadForm(const std::string&, const std::string&) { return false; }
 
 void Form::DisableItemsWithoutHandler() {

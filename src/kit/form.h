@@ -11,6 +11,9 @@
 
 #include "kit/controls.h"
 #include "kit/form_kind.h"
+#include "kit/layout.h"
+#include "platform/color.h"
+#include "platform/surface.h"
 
 namespace keldo {
 
@@ -18,6 +21,23 @@ class FormContext;
 
 enum class MouseAction { Down, Move, Up };
 enum class MouseButton { None, Left, Right };
+
+// One picture a form shows: its cell among the form's pictures, the map
+// from its corners to the form's own coordinates, and the texts around it.
+struct Picture {
+  int row = 0, column = 0;
+  // User coordinates of the corners; pointer events arrive in them.
+  platform::UserScale scale;
+  // Axis labels: under the picture from left to right, and beside it from
+  // top to bottom. Empty texts are not drawn.
+  std::array<std::string, 5> bottomLabels;
+  std::array<std::string, 5> leftLabels;
+  // A caption under this picture; empty for none.
+  std::string caption;
+  // 0: the picture fills its cell. Otherwise its natural side in pixels: it
+  // is drawn at the largest whole multiple of it that fits, so it stays crisp.
+  int side = 0;
+};
 
 // A graph as a dump shows it.
 struct GraphSummary {
@@ -57,6 +77,26 @@ class Form {
   // The pointer on the plot, in graph coordinates; false when the form has
   // no plot to point at.
   virtual bool Mouse(MouseAction, double, double, MouseButton) { return false; }
+  // The plot face: what any view needs to show the form's pictures without
+  // knowing its kind. Paint draws one picture onto a surface of any size.
+  virtual std::vector<Picture> Pictures() const { return {}; }
+  virtual void Paint(int /*picture*/, platform::Surface& /*surface*/) const {}
+  // The pointer on a picture, in that picture's coordinates.
+  virtual bool PictureMouse(int picture, MouseAction action, double x, double y, MouseButton button) {
+    return picture == 0 && Mouse(action, x, y, button);
+  }
+  // Whether moves of the pointer (with no button held) are wanted.
+  virtual bool TracksPointer() const { return false; }
+  // The read-out beside the pointer, empty for none, and its colour.
+  virtual const std::string& CursorText() const;
+  virtual platform::Rgb ReadoutColour() const { return platform::kWhite; }
+  // The quick help of a field on F1 or a press; false when it has none.
+  virtual bool FieldHelp(const std::string& /*name*/) { return false; }
+  // F1 in the formula box: help on the selected text, or on formulas.
+  virtual void FormulaHelp(const std::string& /*selected*/) {}
+  // The panels, bottom row and caption a view draws around the pictures.
+  virtual const FormLayout& Layout() const;
+
   // The form's window became the active one.
   virtual void Activated() {}
   // A person changed a control's value (a list choice, a text, an option).

@@ -313,7 +313,7 @@ TEST(SideBox, HelpForTheTopicAndQuickHelpOfLimitedFields) {
   EXPECT_NE(t.platform.help.LastPage().find("one-dimensional-form.md"), std::string::npos);
   f.FormulaHelp("");
   EXPECT_NE(t.platform.help.LastPage().find("graphing.md"), std::string::npos);
-  f.FieldQuickHelp("HighestMag");
+  EXPECT_TRUE(f.FieldHelp("HighestMag"));
   ASSERT_EQ(t.platform.dialogs.Shown().size(), 1u);
   EXPECT_EQ(t.platform.dialogs.Shown()[0].title, "The number of coefficients");
   EXPECT_EQ(t.platform.dialogs.Shown()[0].text, "Integer between 0 and 64.");
