@@ -40,37 +40,6 @@ void Graph1Form::BuildAnalysisControls() {
   controls_.Add("chkHistGram(1)", ControlKind::Check, "Include zero values.");
   controls_.Add("chkEPerc", ControlKind::Check, "Percentage");
 
-  const std::pair<const char*, const char*> boxes[] = {
-      {"mnuNorm", "Norm"},          {"mnuNormDifference", "Norm difference"}, {"mnuIntegral", "Integral"},
-      {"mnuDerivative", "Derivative"}, {"mnuScalarProduct", "Scalar product"}};
-  static const char* kKeys[] = {"Norm", "NormDiff", "Integral", "Deriv", "ScProd"};
-  for (std::size_t k = 0; k < std::size(boxes); ++k) {
-    const std::string title = boxes[k].second, key = kKeys[k];
-    OnMenu(boxes[k].first, [this, title, key](int) {
-      SetAnalysisForm(title);
-      sideBoxKey_ = key;
-      controls_.SetText("AnalysisText", "");
-    });
-  }
-  for (const char* name : {"mnuHistogram", "mnuHistogramPoPup"}) OnMenu(name, [this](int) { SetAnalysisForm("Histogram"); });
-  for (const char* name : {"mnuEnergyAnalysis", "mnuEnergyGraph"})
-    OnMenu(name, [this](int) { SetAnalysisForm("Energy graph"); });
-  for (const char* name : {"mnuArrangeDecrMags", "mnuArrangeDecrMag"})
-    OnMenu(name, [this](int) { SetAnalysisForm("Sort magnitudes"); });
-  OnMenu("mnuQuantize(0)", [this](int) {
-    SetAnalysisForm("Quantize (8-bit)");
-    sideBoxKey_ = "QuantBit";
-  });
-  OnMenu("mnuQuantize(1)", [this](int) {
-    SetAnalysisForm("Quantize (16-bit)");
-    sideBoxKey_ = "QuantBit";
-  });
-  OnMenu("mnuStatistics", [this](int) {
-    controls_.SetText("AnalysisLabel", "Statistics");
-    OpenSideBox("", "Statistics", 11, kPanelInterpolate);
-    PresetGraphField("TxtGraphStat");
-    controls_.SetText("Remarks(1)", "");
-  });
 }
 
 bool Graph1Form::PerformMeasurement(const std::string& title) {

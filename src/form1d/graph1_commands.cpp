@@ -10,44 +10,6 @@
 namespace keldo::form1d {
 namespace {
 
-// The stored side box key and the menu item that opens that box again.
-struct SideBoxKeyRow {
-  const char* key;
-  const char* menuItem;
-};
-
-constexpr SideBoxKeyRow kSideBoxKeys[] = {
-    {"Graph", "mnuPlotGraph"},
-    {"FSer", "mnuFourierSeries"},
-    {"SineSer", "mnuSineSeries"},
-    {"CSer", "mnuCosineSeries"},
-    {"FTran", "mnuFourierTransform"},
-    {"STran", "mnuSineTransform"},
-    {"CTran", "mnuCosineTransform"},
-    {"Conv", "mnuConvolution"},
-    {"AutoCor", "mnuAutocorrelation"},
-    {"PairCorr", "mnuPaircorrelation"},
-    {"WSer", "mnuWaveletSeries"},
-    {"WPSer", "mnuWaveletPacketSeries"},
-    {"WTran", "mnuWaveletTransform"},
-    {"WPTran", "mnuWaveletPacketTransform"},
-    {"Filter", "mnuFiltering"},
-    {"Norm", "mnuNorm"},
-    {"NormDiff", "mnuNormDifference"},
-    {"Integral", "mnuIntegral"},
-    {"Deriv", "mnuDerivative"},
-    {"ScProd", "mnuScalarProduct"},
-    {"Calc", "mnuCalculator"},
-    {"QuantBit", "mnuQuantize(0)"},
-    {"DenoiseWavelet", "mnuQuantize(3)"},
-    {"MedianDenoise", "mnuQuantize(4)"},
-    {"AdaptiveMedianDenoise", "mnuQuantize(5)"},
-    {"DownSamp", "mnuDownSample"},
-    {"AudioPlay", "mnuAudioPlay"},
-    {"Rem", "mnuRemarks"},
-    {"PrGr", "mnuPrintGraph"},
-};
-
 // The words the quick help box of a limited field shows.
 struct QuickHelpRow {
   const char* field;
@@ -121,28 +83,17 @@ void Graph1Form::BindCommands() {
   BuildWaveletControls();
   BuildAnalysisControls();
   BuildSoundControls();
-  OnMenu("mnuPlotGraph", [this](int) { OpenSideBox("Graph", "Graphing", 0, kPanelGraph); });
-  OnMenu("mnuRemoveGraph", [this](int) { SetAnalysisForm("Remove graph"); });
-  OnMenu("mnuPopUpRemoveGraph", [this](int) { SetAnalysisForm("Remove graph"); });
-  OnMenu("mnuClip", [this](int) { SetAnalysisForm("Clip graph"); });
-  OnMenu("mnuCopyGraph", [this](int) { SetAnalysisForm("Copy graph"); });
-  OnMenu("mnuCopyToClipboard", [this](int) { SetAnalysisForm("Copy graph to clipboard"); });
-  OnMenu("mnuOpenSave(5)", [this](int) { SetAnalysisForm("Save graph"); });
-  OnMenu("mnuSaveGraphFile", [this](int) { SetAnalysisForm("Save graph"); });
+  BindSideBoxes(*this, SideBoxTable(), kPanelCount);
+  BindButtons();
   OnMenu("mnuPasteGraph", [this](int) { PasteTheGraph(); });
   OnMenu("mnuPasteFromClipboard", [this](int) { PasteFromTheClipboard(); });
   OnMenu("mnuZoom", [this](int) { ZoomEnlarge(1); });
   OnMenu("mnuEnlarge", [this](int) { ZoomEnlarge(2); });
-  OnMenu("mnuWindow2", [this](int) { DisplayStyleBox(); });
-  OnMenu("mnuDisplayStyle", [this](int) { DisplayStyleBox(); });
   OnMenu("mnuDisplayCursorCoordinates", [this](int) {
     Control& item = controls_["mnuDisplayCursorCoordinates"];
     item.value = item.value ? 0 : 1;
     if (!item.value) cursorText_.clear();
   });
-  OnMenu("mnuTrace", [this](int) { TraceBox(); });
-  OnMenu("mnuRemarks", [this](int) { Remarks(); });
-  OnMenu("mnuCalculator", [this](int) { CalculatorBox(); });
   OnMenu("mnuEraseScreen", [this](int) { ClearGraphs(); });
   OnMenu("mnuClearSideBox", [this](int) { ClearSideBox(); });
   OnMenu("mnuOpenSave(0)", [this](int) { OpenTheForm(); });
@@ -160,10 +111,108 @@ void Graph1Form::BindCommands() {
 
 // ------------------------------------------------------------- side box
 
+std::span<const SideBoxRow<Graph1Form>> Graph1Form::SideBoxTable() {
+  using G = Graph1Form;
+  // Rows that share a key open the same box again; the first one is restored.
+  static const SideBoxRow<G> kRows[] = {
+      {{"mnuPlotGraph", "Graph", "Graphing", kPanelGraph, 0}, nullptr, &G::PlotTheGraph},
+      {{"mnuFourierSeries", "FSer", "Fourier series", kPanelSeries, 1}, &G::OpenSeries, &G::SeriesGo},
+      {{"mnuSineSeries", "SineSer", "Sine series", kPanelSeries, 1}, &G::OpenSeries, &G::SeriesGo},
+      {{"mnuCosineSeries", "CSer", "Cosine series", kPanelSeries, 1}, &G::OpenSeries, &G::SeriesGo},
+      {{"mnuFourierTransform", "FTran", "Fourier transform", kPanelFourierTransform, 2}, &G::OpenFourierTransform,
+       &G::FourierTransform},
+      {{"mnuSineTransform", "STran", "Sine transform", kPanelTrigTransform, 3}, &G::OpenTrigTransform, &G::TrigGo},
+      {{"mnuCosineTransform", "CTran", "Cosine transform", kPanelTrigTransform, 3}, &G::OpenTrigTransform,
+       &G::TrigGo},
+      {{"mnuConvolution", "Conv", "Convolution", kPanelConvolve, 4}, &G::OpenConvolve, &G::ConvolveGo},
+      {{"mnuAutocorrelation", "AutoCor", "Autocorrelation", kPanelConvolve, 4}, &G::OpenConvolve, &G::ConvolveGo},
+      {{"mnuPaircorrelation", "PairCorr", "Pair correlation", kPanelConvolve, 4}, &G::OpenConvolve, &G::ConvolveGo},
+      {{"mnuWaveletSeries", "WSer", "Wavelet series", kPanelWavelet, 7}, &G::OpenWavelet, &G::WaveletGo},
+      {{"mnuWaveletPacketSeries", "WPSer", "Wavelet packet series", kPanelWavelet, 7}, &G::OpenWavelet,
+       &G::WaveletGo},
+      {{"mnuWaveletTransform", "WTran", "Wavelet transform", kPanelWavelet, 7}, &G::OpenWavelet, &G::WaveletGo},
+      {{"mnuWaveletPacketTransform", "WPTran", "Wavelet packet transform", kPanelWavelet, 7}, &G::OpenWavelet,
+       &G::WaveletGo},
+      {{"mnuFiltering", "Filter", "Filtering", kPanelFiltering, 9}, &G::OpenFiltering, &G::Filtering},
+      {{"mnuNorm", "Norm", "Norm", kPanelAnalysis, 5}, &G::OpenMeasure, &G::PerformAnalysis},
+      {{"mnuNormDifference", "NormDiff", "Norm difference", kPanelAnalysis, 5}, &G::OpenMeasure, &G::PerformAnalysis},
+      {{"mnuIntegral", "Integral", "Integral", kPanelAnalysis, 5}, &G::OpenMeasure, &G::PerformAnalysis},
+      {{"mnuDerivative", "Deriv", "Derivative", kPanelAnalysis, 5}, &G::OpenMeasure, &G::PerformAnalysis},
+      {{"mnuScalarProduct", "ScProd", "Scalar product", kPanelAnalysis, 5}, &G::OpenMeasure, &G::PerformAnalysis},
+      {{"mnuCalculator", "Calc", "Calculator", kPanelCalculator, 6}, nullptr, &G::Calculate},
+      {{"mnuQuantize(0)", "QuantBit", "Quantize (8-bit)", kPanelAnalysis, 5}, &G::OpenAnalysis, &G::PerformAnalysis},
+      {{"mnuQuantize(1)", "QuantBit", "Quantize (16-bit)", kPanelAnalysis, 5}, &G::OpenAnalysis, &G::PerformAnalysis},
+      {{"mnuQuantize(3)", "DenoiseWavelet", "Denoise (Wavelet)", kPanelWavelet, 7}, &G::OpenWavelet, &G::WaveletGo},
+      {{"mnuQuantize(4)", "MedianDenoise", "Median denoise", kPanelAnalysis, 5}, &G::OpenAnalysis,
+       &G::PerformAnalysis},
+      {{"mnuQuantize(5)", "AdaptiveMedianDenoise", "Adaptive median denoise", kPanelAnalysis, 5}, &G::OpenAnalysis,
+       &G::PerformAnalysis},
+      {{"mnuDownSample", "DownSamp", "Down sample", kPanelAnalysis, 5}, &G::OpenAnalysis, &G::PerformAnalysis},
+      {{"mnuAudioPlay", "AudioPlay", "Audio", kPanelAudio, -1}, &G::OpenAudio, nullptr},
+      {{"mnuRemarks", "Rem", "Remarks", kPanelRemarks, -1}, nullptr, nullptr},
+      {{"mnuRemoveGraph", "", "Remove graph", kPanelAnalysis, 5}, &G::OpenAnalysis, &G::PerformAnalysis},
+      {{"mnuPopUpRemoveGraph", "", "Remove graph", kPanelAnalysis, 5}, &G::OpenAnalysis, &G::PerformAnalysis},
+      {{"mnuClip", "", "Clip graph", kPanelAnalysis, 5}, &G::OpenAnalysis, &G::PerformAnalysis},
+      {{"mnuCopyGraph", "", "Copy graph", kPanelAnalysis, 5}, &G::OpenAnalysis, &G::PerformAnalysis},
+      {{"mnuCopyToClipboard", "", "Copy graph to clipboard", kPanelAnalysis, 5}, &G::OpenAnalysis,
+       &G::PerformAnalysis},
+      {{"mnuOpenSave(5)", "", "Save graph", kPanelAnalysis, 5}, &G::OpenAnalysis, &G::PerformAnalysis},
+      {{"mnuSaveGraphFile", "", "Save graph", kPanelAnalysis, 5}, &G::OpenAnalysis, &G::PerformAnalysis},
+      {{"mnuOpenSave(6)", "", "Save sound file", kPanelAnalysis, 5}, &G::OpenAnalysis, &G::PerformAnalysis},
+      {{"mnuSaveSoundFile", "", "Save sound file", kPanelAnalysis, 5}, &G::OpenAnalysis, &G::PerformAnalysis},
+      {{"mnuHistogram", "", "Histogram", kPanelAnalysis, 5}, &G::OpenAnalysis, &G::PerformAnalysis},
+      {{"mnuHistogramPoPup", "", "Histogram", kPanelAnalysis, 5}, &G::OpenAnalysis, &G::PerformAnalysis},
+      {{"mnuEnergyAnalysis", "", "Energy graph", kPanelAnalysis, 5}, &G::OpenAnalysis, &G::PerformAnalysis},
+      {{"mnuEnergyGraph", "", "Energy graph", kPanelAnalysis, 5}, &G::OpenAnalysis, &G::PerformAnalysis},
+      {{"mnuArrangeDecrMags", "", "Sort magnitudes", kPanelAnalysis, 5}, &G::OpenAnalysis, &G::PerformAnalysis},
+      {{"mnuArrangeDecrMag", "", "Sort magnitudes", kPanelAnalysis, 5}, &G::OpenAnalysis, &G::PerformAnalysis},
+      {{"mnuStatistics", "", "Statistics", kPanelInterpolate, 11}, &G::OpenStatistics, &G::InterpolateGo},
+      {{"mnuInterpolateMethod(0)", "", "Haar Interpolate", kPanelInterpolate, 11}, &G::OpenInterpolate,
+       &G::InterpolateGo},
+      {{"mnuInterpolateMethod(1)", "", "D-D 4,2 Interpolate", kPanelInterpolate, 11}, &G::OpenInterpolate,
+       &G::InterpolateGo},
+      {{"mnuWindow2", "", "Display style", kPanelDisplayStyle, 8}, &G::OpenDisplayStyle, &G::ResetDisplay},
+      {{"mnuDisplayStyle", "", "Display style", kPanelDisplayStyle, 8}, &G::OpenDisplayStyle, &G::ResetDisplay},
+      {{"mnuTrace", "", "Trace", kPanelTrace, -1}, &G::OpenTrace, nullptr},
+  };
+  return kRows;
+}
+
+void Graph1Form::BindButtons() {
+  OnButton("GoButton(10)", [this](int) { SetQuantizationParameters(); });
+  OnButton("cmdApply", [this](int) {
+    TransferInfo();
+    ShowPanel(kPanelWavelet);
+  });
+  OnButton("cmdCancel", [this](int) { ShowPanel(kPanelWavelet); });
+  OnButton("cmdFormula", [this](int index) {
+    switch (index) {
+      case 0: PreviousFormula(); break;
+      case 1: NextFormula(); break;
+      case 2: LoadFormulaFile(); break;
+      case 3: SaveFormulaFile(); break;
+      case 4: FormulaHelp(""); break;
+      default: break;
+    }
+  });
+  OnButton("cmdMove", [this](int index) {
+    if (graphCount_ == 0) return;
+    switch (index) {
+      case 0: SetTraceValue(0); break;
+      case 1: case 2: MoveCrossHairLeft(); break;
+      case 3: SetTraceValue(n_ / 2); break;
+      case 4: case 5: MoveCrossHairRight(); break;
+      case 6: SetTraceValue(n_); break;
+      default: break;
+    }
+  });
+}
+
+// ------------------------------------------------------------- side box
+
 void Graph1Form::SetupSideBox() {
   for (int k = 0; k < kPanelCount; ++k) controls_.SetVisible(IndexedName("PicSideBox", k), false);
-  sideBoxKey_.clear();
-  goIndex_ = -1;
+  ForgetSideBox();
   controls_.SetVisible("mnuHelpSideBox", false);
 }
 
@@ -172,57 +221,30 @@ void Graph1Form::InitializeSideBox() {
   controls_.SetEnabled("GoButton(0)", false);
   for (int k : {2, 3, 0, 1, 4}) controls_.SetEnabled(IndexedName("cmdFormula", k), false);
   for (int k = 1; k < kPanelCount; ++k) controls_.SetVisible(IndexedName("PicSideBox", k), false);
-  goIndex_ = -1;
+  const std::string key = SideBoxKey();
+  ForgetSideBox();
+  SetSideBoxKey(key);
 }
 
 void Graph1Form::ClearSideBox() {
   InitializeSideBox();
-  sideBoxKey_.clear();
+  ForgetSideBox();
   controls_.SetVisible("mnuHelpSideBox", false);
   controls_.SetVisible("PicSideBox(0)", false);
   Touch();
 }
 
-void Graph1Form::RestoreSideBox() {
-  for (const SideBoxKeyRow& row : kSideBoxKeys) {
-    if (sideBoxKey_ != row.key) continue;
-    // The handler runs whatever the item's state, as the load calls it.
-    if (CommandBuilt(row.menuItem)) RunHandler(row.menuItem);
-    return;
-  }
-}
-
-void Graph1Form::SetSideBoxHelp(const std::string& topic) {
-  controls_.SetText("mnuHelpSideBox", "Help for " + topic);
-  controls_.SetVisible("mnuHelpSideBox", true);
-}
-
-void Graph1Form::ShowPanel(int panel) {
-  for (int k = 0; k < kPanelCount; ++k) controls_.SetVisible(IndexedName("PicSideBox", k), k == panel);
-}
-
-int Graph1Form::VisiblePanel() const {
-  for (int k = 0; k < kPanelCount; ++k)
-    if (controls_.Find(IndexedName("PicSideBox", k))->visible) return k;
-  return -1;
-}
-
-void Graph1Form::OpenSideBox(const std::string& key, const std::string& topic, int goIndex, int panel) {
+void Graph1Form::SideBoxOpening(int panel) {
   InitializeSideBox();
-  ShowPanel(panel);
-  sideBoxKey_ = key;
-  goIndex_ = goIndex;
   if (panel == kPanelGraph) {
     controls_.SetEnabled("GoButton(0)", true);
     for (int k = 0; k < 5; ++k) controls_.SetEnabled(IndexedName("cmdFormula", k), true);
   }
-  SetSideBoxHelp(topic);
-  Touch();
 }
 
-void Graph1Form::SetAnalysisForm(const std::string& title) {
+void Graph1Form::OpenAnalysis(const SideBoxCommand& box) {
+  const std::string title = box.topic;
   controls_.SetText("AnalysisLabel", title);
-  OpenSideBox("", title, 5, kPanelAnalysis);
   PresetGraphNumber();
   // The fields each command reads.
   const bool norm = title == "Norm", difference = title == "Norm difference";
@@ -241,6 +263,11 @@ void Graph1Form::SetAnalysisForm(const std::string& title) {
   controls_.SetVisible("chkEPerc", title == "Energy graph");
 }
 
+void Graph1Form::OpenMeasure(const SideBoxCommand& box) {
+  OpenAnalysis(box);
+  controls_.SetText("AnalysisText", "");
+}
+
 void Graph1Form::PerformAnalysis() {
   const std::string& title = controls_.Text("AnalysisLabel");
   if (PerformMeasurement(title)) return;
@@ -255,8 +282,6 @@ void Graph1Form::PerformAnalysis() {
   else if (title == "Adaptive median denoise") MedianCommand(true);
 }
 
-void Graph1Form::CalculatorBox() { OpenSideBox("Calc", "Calculator", 6, kPanelCalculator); }
-
 void Graph1Form::Calculate() {
   std::string text = controls_.Text("CalcFormula");
   const double value = VALU(text);
@@ -269,15 +294,12 @@ void Graph1Form::Calculate() {
   Touch();
 }
 
-void Graph1Form::Remarks() { OpenSideBox("Rem", "Remarks", -1, kPanelRemarks); }
-
 void Graph1Form::SetRemarks(const std::string& text) {
   controls_.SetText("Remarks(0)", text);
   Touch();
 }
 
-void Graph1Form::TraceBox() {
-  OpenSideBox("", "Trace", -1, kPanelTrace);
+void Graph1Form::OpenTrace(const SideBoxCommand&) {
   try {
     InitializeTrace();
     UpDateTrace();
@@ -302,90 +324,27 @@ void Graph1Form::FormulaHelp(const std::string& selected) {
 
 // ------------------------------------------------------------ Go and buttons
 
-bool Graph1Form::Go() {
+bool Graph1Form::IsStopButton(int k) const { return (k == 0 && plotting_ != 'N') || (k == 7 && denoising_); }
+
+bool Graph1Form::StopWork() {
   if (plotting_ != 'N') {
-    PlotTheGraph();
+    PlotTheGraph();  // the Stop of a running plot
     return true;
   }
   if (denoising_) {
     denoising_ = false;  // Stop during an averaged denoise
     return true;
   }
-  switch (goIndex_) {
-    case 0: PlotTheGraph(); return true;
-    case 1: {
-      const std::string& title = controls_.Text("LblPlotSeries");
-      FourierSeries(title == "Sine series" ? 2 : title == "Cosine series" ? 3 : 1);
-      return true;
-    }
-    case 2: FourierTransform(); return true;
-    case 3: FourierTrigTransform(controls_.Text("LabFTrigTran") == "Sine transform" ? 5 : 6); return true;
-    case 4: {
-      const std::string& title = controls_.Text("LabConvolve");
-      Convolve(title == "Autocorrelation" ? 2 : title == "Pair correlation" ? 3 : 1);
-      return true;
-    }
-    case 5: PerformAnalysis(); return true;
-    case 6: Calculate(); return true;
-    case 7: {
-      const std::string& title = controls_.Text("labWavelet");
-      if (title == "Wavelet series" || title == "Wavelet packet series") WaveletSeries(title != "Wavelet series");
-      else if (title == "Denoise (Wavelet)") DenoiseSignal();
-      else WaveletTransform(title != "Wavelet transform");
-      return true;
-    }
-    case 8: ResetDisplay(); return true;
-    case 9: Filtering(); return true;
-    case 10: SetQuantizationParameters(); return true;
-    case 11: {
-      const std::string& title = controls_.Text("AnalysisLabel");
-      if (title == "Statistics") StatisticsCommand();
-      else InterpolateCommand(title == "D-D 4,2 Interpolate");
-      return true;
-    }
-    default: return false;
-  }
+  return false;
 }
 
-bool Graph1Form::Click(const std::string& name) {
-  const Control* c = controls_.Find(name);
-  if (!c || c->kind != ControlKind::Button) return false;
-  if (!c->enabled || !c->visible) return true;
-  std::string base;
-  int index = -1;
-  SplitIndexedName(name, base, index);
-  if (name == "GoButton(10)") {
-    SetQuantizationParameters();
-  } else if (name == "cmdSound(0)") {
-    PlayGraph();
-  } else if (name == "cmdSound(1)") {
-    StopSound();
-  } else if (name == "cmdApply" || name == "cmdCancel") {
-    if (name == "cmdApply") TransferInfo();
-    ShowPanel(kPanelWavelet);
-  } else if (base == "GoButton") {
-    if (index == goIndex_ || (index == 0 && plotting_ != 'N') || (index == 7 && denoising_)) Go();
-  } else if (base == "cmdFormula") {
-    switch (index) {
-      case 0: PreviousFormula(); break;
-      case 1: NextFormula(); break;
-      case 2: LoadFormulaFile(); break;
-      case 3: SaveFormulaFile(); break;
-      case 4: FormulaHelp(""); break;
-      default: break;
-    }
-  } else if (base == "cmdMove" && graphCount_ > 0) {
-    switch (index) {
-      case 0: SetTraceValue(0); break;
-      case 1: case 2: MoveCrossHairLeft(); break;
-      case 3: SetTraceValue(n_ / 2); break;
-      case 4: case 5: MoveCrossHairRight(); break;
-      case 6: SetTraceValue(n_); break;
-      default: break;
-    }
-  }
-  Touch();
-  return true;
+void Graph1Form::TrigGo() { FourierTrigTransform(controls_.Text("LabFTrigTran") == "Sine transform" ? 5 : 6); }
+
+void Graph1Form::OpenFourierTransform(const SideBoxCommand&) { PresetGraphField("FTGraph"); }
+
+void Graph1Form::OpenTrigTransform(const SideBoxCommand& box) {
+  controls_.SetText("LabFTrigTran", box.topic);
+  PresetGraphField("GraphFTrigTran");
 }
 
 bool Graph1Form::QueryClose() {

@@ -129,13 +129,12 @@ void Graph1Form::ResetDisplay() {
   Touch();
 }
 
-void Graph1Form::DisplayStyleBox() {
+void Graph1Form::OpenDisplayStyle(const SideBoxCommand&) {
   controls_.SetText("txtXinterval", controls_.Text("XLeft") + "," + controls_.Text("XRight"));
   controls_.SetText("txtYinterval", controls_.Text("YLeft") + "," + controls_.Text("YRight"));
   controls_.SetFromUser(grid_ == 'X' ? "OpDispStyle(1)" : grid_ == 'B' ? "OpDispStyle(2)" : "OpDispStyle(0)", "1");
   SetMenuViewStyle();
   controls_.SetFromUser(background_ == 'W' ? "OpDispStyle(5)" : "OpDispStyle(6)", "1");
-  OpenSideBox("", "Display style", 8, kPanelDisplayStyle);
 }
 
 void Graph1Form::Paint(platform::Surface& surface) const {

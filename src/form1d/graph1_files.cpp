@@ -71,7 +71,7 @@ bool Graph1Form::SaveFormTo(const std::string& path) {
   }
   r.fileName = ToFile(path);
   for (const std::string& h : history_) r.history.push_back(ToFile(h));
-  r.sideBoxKey = sideBoxKey_;
+  r.sideBoxKey = SideBoxKey();
   r.dots = dots_;
   r.background = background_;
   r.tracePosition = tracePosition_;
@@ -125,7 +125,7 @@ void Graph1Form::ReadFormRecord(const FormFileRecord& r) {
   step_ = (intervalRight_ - intervalLeft_) / n_;
   for (const std::string& h : r.history) UpDateFormulas(FromFile(h));
   if (r.version > 1) {
-    sideBoxKey_ = r.sideBoxKey;
+    SetSideBoxKey(r.sideBoxKey);
     RestoreSideBox();
   }
   if (r.version > 2) {

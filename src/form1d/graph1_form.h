@@ -5,6 +5,7 @@
 
 #include <array>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -112,11 +113,8 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   void SetupSideBox();
   void InitializeSideBox();
   void ClearSideBox();
-  void RestoreSideBox();
-  void SetSideBoxHelp(const std::string& topic);
-  void ShowPanel(int panel);
-  int VisiblePanel() const;
-  const std::string& SideBoxKey() const { return sideBoxKey_; }
+  using Form::RestoreSideBox;
+  using Form::ShowPanel;
   void Calculate();
   void SetRemarks(const std::string& text);
   // The small help box of a limited field, on F1 or a mouse press.
@@ -227,8 +225,6 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   int Points() const override { return n_; }
   std::array<double, 4> Window() const override { return {winLeft_, winRight_, winBottom_, winTop_}; }
   std::vector<GraphSummary> Graphs() const override;
-  bool Go() override;
-  bool Click(const std::string& name) override;
   bool QueryClose() override;
 
  private:
@@ -265,19 +261,16 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   // The measuring titles of the analysis box; false for another title.
   bool PerformMeasurement(const std::string& title);
   void Measure(const std::string& title);
-  void WaveletBox(const std::string& key, const std::string& title);
   // The checks every wavelet command makes, in order; false after a message.
   bool WaveletChecks(bool series, int& graph, wavelet::WaveletChoice& choice, int& levels);
   bool ReadThresholds(int levels, wavelet::ThresholdSetup& setup);
   std::string ThresholdReport(const wavelet::ThresholdResult& r, const wavelet::ThresholdSetup& s) const;
   // A new form of the given points with the graph z over graph g's interval.
   void ResizedResult(const std::vector<double>& z, int points, int g);
-  void SeriesBox(int kind);
   int ResetFilterForm(int message);
   bool UserFilter(int h, std::vector<double>& w);
   // Files values as a new graph of this form and shows it.
   void FileNewGraph(const std::vector<double>& values, double a, double b, double h);
-  void TrigTransformBox(const std::string& key, const std::string& title);
   // Presets a graph number field to the graph nearest the last click.
   void PresetGraphField(const std::string& field);
   // The graph index a number field names, after reporting 1 or 3; -1 then.
@@ -285,13 +278,32 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   // A new form of this N holding the result graphs, fitted and shown.
   void ShowResultForm(const fourier::TransformResult& r);
   void BindCommands();
-  void OpenSideBox(const std::string& key, const std::string& topic, int goIndex, int panel);
-  void SetAnalysisForm(const std::string& title);
+  void BindButtons();
+  // The commands that open the side box, and what each does once it is open
+  // and on Go.
+  static std::span<const SideBoxRow<Graph1Form>> SideBoxTable();
+  void SideBoxOpening(int panel) override;
+  bool IsStopButton(int k) const override;
+  bool StopWork() override;
+  void OpenAnalysis(const SideBoxCommand& box);
+  void OpenMeasure(const SideBoxCommand& box);
+  void OpenStatistics(const SideBoxCommand& box);
+  void OpenInterpolate(const SideBoxCommand& box);
+  void OpenFourierTransform(const SideBoxCommand& box);
+  void OpenTrigTransform(const SideBoxCommand& box);
+  void OpenSeries(const SideBoxCommand& box);
+  void OpenConvolve(const SideBoxCommand& box);
+  void OpenFiltering(const SideBoxCommand& box);
+  void OpenWavelet(const SideBoxCommand& box);
+  void OpenAudio(const SideBoxCommand& box);
+  void OpenDisplayStyle(const SideBoxCommand& box);
+  void OpenTrace(const SideBoxCommand& box);
   void PerformAnalysis();
-  void DisplayStyleBox();
-  void Remarks();
-  void CalculatorBox();
-  void TraceBox();
+  void SeriesGo();
+  void TrigGo();
+  void ConvolveGo();
+  void WaveletGo();
+  void InterpolateGo();
   // Enables a command only once it is built; a parent menu when a child is.
   void EnableCommand(const std::string& name, bool on);
   // The graph a one-graph command works on: the only one, or the number in
@@ -324,8 +336,6 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   char background_ = 'B';
   char grid_ = 'G';
   char plotting_ = 'N';
-  std::string sideBoxKey_;
-  int goIndex_ = -1;
   double clickX_ = 0.0, clickY_ = 0.0;
   bool denoising_ = false;
   // The three wave controls: 8-bit buffer, 16-bit buffer, loading.

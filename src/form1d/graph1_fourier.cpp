@@ -59,19 +59,6 @@ void Graph1Form::BuildFourierControls() {
   go2.tip = "Computes the transform into a new form.";
   Control& go3 = controls_.Add("GoButton(3)", ControlKind::Button, "&Transform");
   go3.tip = "Computes the transform into a new form.";
-
-  OnMenu("mnuFourierTransform", [this](int) {
-    OpenSideBox("FTran", "Fourier transform", 2, kPanelFourierTransform);
-    PresetGraphField("FTGraph");
-  });
-  OnMenu("mnuSineTransform", [this](int) { TrigTransformBox("STran", "Sine transform"); });
-  OnMenu("mnuCosineTransform", [this](int) { TrigTransformBox("CTran", "Cosine transform"); });
-}
-
-void Graph1Form::TrigTransformBox(const std::string& key, const std::string& title) {
-  controls_.SetText("LabFTrigTran", title);
-  OpenSideBox(key, title, 3, kPanelTrigTransform);
-  PresetGraphField("GraphFTrigTran");
 }
 
 void Graph1Form::PresetGraphField(const std::string& field) {

@@ -14,9 +14,7 @@ namespace keldo::form1d {
 namespace {
 
 constexpr const char* kSeriesTitles[4] = {"", "Fourier series", "Sine series", "Cosine series"};
-constexpr const char* kSeriesKeys[4] = {"", "FSer", "SineSer", "CSer"};
 constexpr const char* kConvolveTitles[4] = {"", "Convolution", "Autocorrelation", "Pair correlation"};
-constexpr const char* kConvolveKeys[4] = {"", "Conv", "AutoCor", "PairCorr"};
 
 // The labels of the parameter fields for each frequency filter.
 struct ParameterLabels {
@@ -77,22 +75,27 @@ void Graph1Form::BuildSeriesControls() {
   Control& go4 = controls_.Add("GoButton(4)", ControlKind::Button, "&Compute");
   go4.tip = "Computes the result as a new graph.";
   SetFilterParameters();
-
-  for (int kind = 1; kind <= 3; ++kind) {
-    static const char* kMenus[4] = {"", "mnuFourierSeries", "mnuSineSeries", "mnuCosineSeries"};
-    OnMenu(kMenus[kind], [this, kind](int) { SeriesBox(kind); });
-    static const char* kConvolveMenus[4] = {"", "mnuConvolution", "mnuAutocorrelation", "mnuPaircorrelation"};
-    OnMenu(kConvolveMenus[kind], [this, kind](int) {
-      controls_.SetText("LabConvolve", kConvolveTitles[kind]);
-      OpenSideBox(kConvolveKeys[kind], kConvolveTitles[kind], 4, kPanelConvolve);
-      controls_.SetVisible("ConvGr2", kind != 2);
-    });
-  }
 }
 
-void Graph1Form::SeriesBox(int kind) {
+void Graph1Form::OpenConvolve(const SideBoxCommand& box) {
+  controls_.SetText("LabConvolve", box.topic);
+  controls_.SetVisible("ConvGr2", std::string(box.topic) != kConvolveTitles[2]);
+}
+
+void Graph1Form::ConvolveGo() {
+  const std::string& title = controls_.Text("LabConvolve");
+  Convolve(title == "Autocorrelation" ? 2 : title == "Pair correlation" ? 3 : 1);
+}
+
+void Graph1Form::SeriesGo() {
+  const std::string& title = controls_.Text("LblPlotSeries");
+  FourierSeries(title == "Sine series" ? 2 : title == "Cosine series" ? 3 : 1);
+}
+
+void Graph1Form::OpenSeries(const SideBoxCommand& box) {
+  int kind = 1;
+  while (kind < 3 && box.topic != std::string(kSeriesTitles[kind])) ++kind;
   controls_.SetText("LblPlotSeries", kSeriesTitles[kind]);
-  OpenSideBox(kSeriesKeys[kind], kSeriesTitles[kind], 1, kPanelSeries);
   PresetGraphField("LblSeriesGraph");
   const int most = fourier::MaxHarmonic(static_cast<fourier::SeriesKind>(kind), n_);
   controls_["TxtHarmonics"].tip = "Integer between 0 and" + StrInt(most) + ".";
@@ -283,14 +286,14 @@ void Graph1Form::BuildFilteringControls() {
   }
   Control& go9 = controls_.Add("GoButton(9)", ControlKind::Button, "&Filter");
   go9.tip = "Multiplies the data by the filter, point by point.";
-  OnMenu("mnuFiltering", [this](int) {
-    const std::string tip = "Positive integer less than" + StrInt(graphCount_ + 1);
-    for (int k = 0; k < 3; ++k) {
-      controls_[IndexedName("FDataNum", k)].tip = tip;
-      controls_[IndexedName("FiltNum", k)].tip = tip;
-    }
-    OpenSideBox("Filter", "Filtering", 9, kPanelFiltering);
-  });
+}
+
+void Graph1Form::OpenFiltering(const SideBoxCommand&) {
+  const std::string tip = "Positive integer less than" + StrInt(graphCount_ + 1);
+  for (int k = 0; k < 3; ++k) {
+    controls_[IndexedName("FDataNum", k)].tip = tip;
+    controls_[IndexedName("FiltNum", k)].tip = tip;
+  }
 }
 
 void Graph1Form::Filtering() {

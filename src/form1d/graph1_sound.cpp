@@ -33,15 +33,8 @@ void Graph1Form::BuildSoundControls() {
   Control& stop = controls_.Add("cmdSound(1)", ControlKind::Button, "&Stop");
   stop.tip = "Stops playing.";
   stop.enabled = false;
-  OnMenu("mnuAudioPlay", [this](int) {
-    if (!soundReady8_) InitializeSound(8);
-    if (!soundReady16_) InitializeSound(16);
-    OpenSideBox("AudioPlay", "Audio", -1, kPanelAudio);
-    controls_.SetEnabled("cmdSound(0)", true);
-    controls_.SetEnabled("cmdSound(1)", false);
-  });
-  OnMenu("mnuOpenSave(6)", [this](int) { SetAnalysisForm("Save sound file"); });
-  OnMenu("mnuSaveSoundFile", [this](int) { SetAnalysisForm("Save sound file"); });
+  OnButton("cmdSound(0)", [this](int) { PlayGraph(); });
+  OnButton("cmdSound(1)", [this](int) { StopSound(); });
   OnMenu("mnuOpenSave(1)", [this](int) { LoadTheGraph(2); });
   OnMenu("mnuLoadSoundFile", [this](int) { LoadTheGraph(2); });
 }
@@ -248,6 +241,13 @@ bool Graph1Form::LoadSoundFunction(const std::string& path, const std::string& t
   controls_.SetText("TxtSound(1)", std::to_string(rate));
   controls_.SetFromUser(bits == 8 ? "OpBitRate(0)" : "OpBitRate(1)", "1");
   return true;
+}
+
+void Graph1Form::OpenAudio(const SideBoxCommand&) {
+  if (!soundReady8_) InitializeSound(8);
+  if (!soundReady16_) InitializeSound(16);
+  controls_.SetEnabled("cmdSound(0)", true);
+  controls_.SetEnabled("cmdSound(1)", false);
 }
 
 }  // namespace keldo::form1d

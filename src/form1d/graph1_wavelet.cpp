@@ -14,12 +14,6 @@
 namespace keldo::form1d {
 namespace {
 
-constexpr const char* kWaveletTitles[4] = {"Wavelet transform", "Wavelet packet transform", "Wavelet series",
-                                           "Wavelet packet series"};
-constexpr const char* kWaveletKeys[4] = {"WTran", "WPTran", "WSer", "WPSer"};
-constexpr const char* kWaveletMenus[4] = {"mnuWaveletTransform", "mnuWaveletPacketTransform", "mnuWaveletSeries",
-                                          "mnuWaveletPacketSeries"};
-
 // "##0.#" and "#0.##": a fixed number of decimals, trailing zeros dropped;
 // the point stays when no decimal is left, as the format writes it.
 std::string FormatDecimals(double v, int decimals) {
@@ -64,27 +58,29 @@ void Graph1Form::BuildWaveletControls() {
   controls_.Add("TxtGraphStat", ControlKind::Text, "1").tip = "The number of the graph.";
   Control& go11 = controls_.Add("GoButton(11)", ControlKind::Button, "Select");
   go11.tip = "Doubles the number of points of the graph into a new form.";
+}
 
-  for (int k = 0; k < 4; ++k) OnMenu(kWaveletMenus[k], [this, k](int) { WaveletBox(kWaveletKeys[k], kWaveletTitles[k]); });
-  OnMenu("mnuQuantize(3)", [this](int) { WaveletBox("DenoiseWavelet", "Denoise (Wavelet)"); });
-  OnMenu("mnuQuantize(4)", [this](int) {
-    SetAnalysisForm("Median denoise");
-    sideBoxKey_ = "MedianDenoise";
-  });
-  OnMenu("mnuQuantize(5)", [this](int) {
-    SetAnalysisForm("Adaptive median denoise");
-    sideBoxKey_ = "AdaptiveMedianDenoise";
-  });
-  OnMenu("mnuDownSample", [this](int) {
-    SetAnalysisForm("Down sample");
-    sideBoxKey_ = "DownSamp";
-  });
-  OnMenu("mnuInterpolateMethod", [this](int index) {
-    const std::string title = index == 1 ? "D-D 4,2 Interpolate" : "Haar Interpolate";
-    controls_.SetText("AnalysisLabel", title);
-    OpenSideBox("", title, 11, kPanelInterpolate);
-    PresetGraphField("TxtGraphStat");
-  });
+void Graph1Form::OpenInterpolate(const SideBoxCommand& box) {
+  controls_.SetText("AnalysisLabel", box.topic);
+  PresetGraphField("TxtGraphStat");
+}
+
+void Graph1Form::OpenStatistics(const SideBoxCommand& box) {
+  OpenInterpolate(box);
+  controls_.SetText("Remarks(1)", "");
+}
+
+void Graph1Form::InterpolateGo() {
+  const std::string& title = controls_.Text("AnalysisLabel");
+  if (title == "Statistics") StatisticsCommand();
+  else InterpolateCommand(title == "D-D 4,2 Interpolate");
+}
+
+void Graph1Form::WaveletGo() {
+  const std::string& title = controls_.Text("labWavelet");
+  if (title == "Wavelet series" || title == "Wavelet packet series") WaveletSeries(title != "Wavelet series");
+  else if (title == "Denoise (Wavelet)") DenoiseSignal();
+  else WaveletTransform(title != "Wavelet transform");
 }
 
 // The quantization parameters, shown in the side box in place of a dialog:
@@ -156,9 +152,9 @@ void Graph1Form::TransferInfo() {
   SetQuantParams(strings);
 }
 
-void Graph1Form::WaveletBox(const std::string& key, const std::string& title) {
+void Graph1Form::OpenWavelet(const SideBoxCommand& box) {
+  const std::string title = box.topic;
   controls_.SetText("labWavelet", title);
-  OpenSideBox(key, title, 7, kPanelWavelet);
   PresetGraphField("WavGraph");
   const bool packet = title.find("packet") != std::string::npos;
   controls_["WavTypeHaar"].text = packet ? "Walsh" : "Haar";
@@ -246,7 +242,7 @@ void Graph1Form::WaveletTransform(bool packet) {
     form->controls_[name].text = controls_[name].text;
   }
   form->controls_["chkWavInvTr"].value = 1;
-  form->WaveletBox(kWaveletKeys[packet ? 1 : 0], kWaveletTitles[packet ? 1 : 0]);
+  form->RunHandler(packet ? "mnuWaveletPacketTransform" : "mnuWaveletTransform");
   form->controls_["chkWavInvTr"].value = 1;
   form->DisplayOneGraph();
   form->NewWindow();

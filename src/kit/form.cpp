@@ -101,7 +101,69 @@ void Form::RunHandler(const std::string& full) {
 
 bool Form::Click(const std::string& name) {
   const Control* c = controls_.Find(name);
-  return c && c->kind == ControlKind::Button;
+  if (!c || c->kind != ControlKind::Button) return false;
+  if (!c->enabled || !c->visible) return true;
+  std::string base;
+  int index = -1;
+  SplitIndexedName(name, base, index);
+  if (auto exact = buttons_.find(name); exact != buttons_.end()) {
+    exact->second(index);
+  } else if (base == "GoButton") {
+    const bool own = openBox_ >= 0 && sideBoxes_[static_cast<std::size_t>(openBox_)].box.goButton == index;
+    if (own || IsStopButton(index)) Go();
+  } else if (auto it = buttons_.find(base); it != buttons_.end()) {
+    it->second(index);
+  }
+  Touch();
+  return true;
+}
+
+bool Form::Go() {
+  if (StopWork()) return true;
+  if (openBox_ < 0) return false;
+  const BoundSideBox& open = sideBoxes_[static_cast<std::size_t>(openBox_)];
+  if (!open.go) return false;
+  open.go();
+  return true;
+}
+
+void Form::OpenSideBox(int row) {
+  const BoundSideBox& bound = sideBoxes_[static_cast<std::size_t>(row)];
+  SideBoxOpening(bound.box.panel);
+  ShowPanel(bound.box.panel);
+  sideBoxKey_ = bound.box.key;
+  openBox_ = row;
+  if (controls_.Has("mnuHelpSideBox")) {
+    controls_.SetText("mnuHelpSideBox", std::string("Help for ") + bound.box.topic);
+    controls_.SetVisible("mnuHelpSideBox", true);
+  }
+  Touch();
+  if (bound.open) bound.open();
+}
+
+void Form::RestoreSideBox() {
+  if (sideBoxKey_.empty()) return;
+  for (const BoundSideBox& bound : sideBoxes_) {
+    if (sideBoxKey_ != bound.box.key) continue;
+    // The handler runs whatever the item's state, as the load calls it.
+    if (CommandBuilt(bound.box.menuItem)) RunHandler(bound.box.menuItem);
+    return;
+  }
+}
+
+void Form::ShowPanel(int panel) {
+  for (int k = 0; k < panelCount_; ++k) controls_.SetVisible(IndexedName("PicSideBox", k), k == panel);
+}
+
+void Form::ForgetSideBox() {
+  sideBoxKey_.clear();
+  openBox_ = -1;
+}
+
+int Form::VisiblePanel() const {
+  for (int k = 0; k < panelCount_; ++k)
+    if (const Control* c = controls_.Find(IndexedName("PicSideBox", k)); c && c->visible) return k;
+  return -1;
 }
 
 const std::string& Form::CursorText() const {

@@ -12,6 +12,7 @@
 #include "kit/controls.h"
 #include "kit/form_kind.h"
 #include "kit/layout.h"
+#include "kit/side_box.h"
 #include "platform/color.h"
 #include "platform/surface.h"
 
@@ -70,10 +71,13 @@ class Form {
   // Runs a menu item by control name, as a click on it would. Returns false
   // when no such item exists; a disabled or hidden item does nothing.
   bool RunMenu(const std::string& name, int index = -1);
-  // Presses a named button; false when no such button exists.
-  virtual bool Click(const std::string& name);
-  // Presses the Go button of the open side box; false when none is open.
-  virtual bool Go() { return false; }
+  // Presses a named button; false when no such button exists. A disabled
+  // or hidden button does nothing. The button's handler runs; a Go button
+  // runs Go when it belongs to the open box or stops the running work.
+  bool Click(const std::string& name);
+  // Presses the Go button of the open side box: stops the running work if
+  // any, else runs the open command. False when there is nothing to run.
+  bool Go();
   // The pointer on the plot, in graph coordinates; false when the form has
   // no plot to point at.
   virtual bool Mouse(MouseAction, double, double, MouseButton) { return false; }
@@ -116,12 +120,51 @@ class Form {
   // A refused close (a plot is running) beeps and returns false.
   virtual bool QueryClose() { return true; }
 
+  // The side box: the key of the open command ("" for none) and the panel shown.
+  const std::string& SideBoxKey() const { return sideBoxKey_; }
+  int VisiblePanel() const;
+
   // Raised after every change a view must show.
   unsigned long long Revision() const { return revision_; }
   void Touch() { ++revision_; }
 
  protected:
   using MenuHandler = std::function<void(int index)>;
+  using ButtonHandler = std::function<void(int index)>;
+  // Handler for every button named `baseName` or `baseName(i)`; an exact
+  // name wins over its base.
+  void OnButton(const std::string& baseName, ButtonHandler handler) { buttons_[baseName] = std::move(handler); }
+
+  // Binds a form kind's side-box table: each row's menu item opens its box.
+  // `panels` is the number of PicSideBox panels.
+  template <class F>
+  void BindSideBoxes(F& self, std::span<const SideBoxRow<F>> rows, int panels) {
+    panelCount_ = panels;
+    for (const SideBoxRow<F>& row : rows) {
+      BoundSideBox bound{row.box, nullptr, nullptr};
+      if (row.open) bound.open = [&self, open = row.open, box = row.box] { (self.*open)(box); };
+      if (row.go) bound.go = [&self, go = row.go] { (self.*go)(); };
+      const int k = static_cast<int>(sideBoxes_.size());
+      sideBoxes_.push_back(std::move(bound));
+      OnMenu(row.box.menuItem, [this, k](int) { OpenSideBox(k); });
+    }
+  }
+  // Opens the box of a table row as its menu item does.
+  void OpenSideBox(int row);
+  // Opens the first box whose key is `key`, as loading a form file does; a
+  // key with no built command does nothing.
+  void RestoreSideBox();
+  // Shows one panel and hides the others; the open command stays.
+  void ShowPanel(int panel);
+  // Forgets the open command and its key; the panels are left as they are.
+  void ForgetSideBox();
+  void SetSideBoxKey(const std::string& key) { sideBoxKey_ = key; }
+  // The form's own preparation before a box opens on `panel`.
+  virtual void SideBoxOpening(int /*panel*/) {}
+  // Whether Go button k stops work that is running now; StopWork stops it
+  // and returns true, or returns false when nothing runs.
+  virtual bool IsStopButton(int /*k*/) const { return false; }
+  virtual bool StopWork() { return false; }
   void SetMenu(std::vector<MenuNode> bar) { menuBar_ = std::move(bar); }
   void SetPopupMenu(std::vector<MenuNode> popup) { popupMenu_ = std::move(popup); }
   // Handler for every item named `baseName` or `baseName(i)`.
@@ -146,6 +189,15 @@ class Form {
   std::vector<MenuNode> menuBar_;
   std::vector<MenuNode> popupMenu_;
   std::map<std::string, MenuHandler> handlers_;
+  std::map<std::string, ButtonHandler> buttons_;
+  struct BoundSideBox {
+    SideBoxCommand box;
+    std::function<void()> open, go;
+  };
+  std::vector<BoundSideBox> sideBoxes_;
+  int openBox_ = -1;
+  int panelCount_ = 0;
+  std::string sideBoxKey_;
   unsigned long long revision_ = 0;
 };
 
