@@ -69,14 +69,10 @@ bool Graph1Form::PerformMeasurement(const std::string& title) {
     const bool signBit = controls_["chkHistGram(0)"].value != 0;
     double entropy = 0.0, max = 0.0;
     std::vector<double> h = analysis::Histogram(s, levels, signBit, controls_["chkHistGram(1)"].value != 0, entropy, max);
-    Graph1Form* form = NewSiblingForm();
-    if (!form) return true;
-    form->SetPoints(levels);
     const double a = signBit ? -max : 0.0;
-    form->UpDateFnData(levels, h, a, max, (max - a) / levels, false);
-    form->SetRemarks("Histogram\r\nEntropy: " + PlainNumber(entropy));
-    form->DisplayOneGraph();
-    form->NewWindow();
+    Graph1Result result = Graph1Result::Of(levels, std::move(h), a, max, (max - a) / levels);
+    result.remarks = "Histogram\r\nEntropy: " + PlainNumber(entropy);
+    NewResultForm(result);
   } else if (title == "Energy graph") {
     FileNewGraph(analysis::EnergyGraph(s, controls_["chkEPerc"].value != 0), GraphLeft(g), GraphRight(g), GraphStep(g));
   } else if (title == "Sort magnitudes") {

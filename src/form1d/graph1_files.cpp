@@ -167,6 +167,33 @@ Graph1Form* Graph1Form::NewSiblingForm() {
   return sibling;
 }
 
+Graph1Form* Graph1Form::NewResultForm(const Graph1Result& result) {
+  Graph1Form* form = NewSiblingForm();
+  if (form) form->ShowResult(result);
+  return form;
+}
+
+void Graph1Form::ShowResult(const Graph1Result& r) {
+  if (r.show == Graph1Result::Show::FitToData) {
+    // The grid grows to the result; the view fits it whatever auto fit says.
+    std::string& autoFit = context_.settings().captions["LabAutoFit"];
+    const std::string savedAutoFit = autoFit;
+    autoFit.assign(1, 'Y');
+    for (const Graph1Result::Graph& g : r.graphs) UpDateFnData(r.points, g.values, g.a, g.b, g.h, true);
+    NewView();
+    autoFit = savedAutoFit;
+    DisplayOneGraph();
+    return;
+  }
+  SetPoints(r.points);
+  for (const Graph1Result::Graph& g : r.graphs) UpDateFnData(r.points, g.values, g.a, g.b, g.h, false);
+  if (r.setInterval && !r.graphs.empty()) SetIntervalChoice(r.graphs.front().a);
+  if (!r.remarks.empty()) SetRemarks(r.remarks);
+  if (r.show == Graph1Result::Show::AllGraphs) DisplayGraphs(graphCount_ - 1);
+  else DisplayOneGraph();
+  NewWindow();
+}
+
 // -------------------------------------------------------------- data files
 
 void Graph1Form::SaveTheGraph() {

@@ -55,6 +55,32 @@ enum SideBoxPanel : int {
   kPanelCount = 15,
 };
 
+// A whole result for a new form: its graphs over one grid of `points`
+// intervals, and how the form shows them.
+struct Graph1Result {
+  struct Graph {
+    std::vector<double> values;
+    double a = 0.0, b = 0.0, h = 0.0;
+  };
+  enum class Show {
+    NewWindow,   // the window fitted to the graphs as filed
+    AllGraphs,   // every graph through the display rules, then the window
+    FitToData,   // the view fitted to the data, whatever the auto-fit setting
+  };
+  // One graph over `points` intervals.
+  static Graph1Result Of(int points, std::vector<double> values, double a, double b, double h) {
+    Graph1Result r;
+    r.points = points;
+    r.graphs.push_back({std::move(values), a, b, h});
+    return r;
+  }
+  int points = 0;
+  std::vector<Graph> graphs;
+  bool setInterval = false;  // the interval choice follows the first graph's left end
+  std::string remarks;
+  Show show = Show::NewWindow;
+};
+
 class Graph1Form final : public Form, private formula::FormulaHost {
  public:
   static constexpr FormKind kKind = FormKind::Graph1;
@@ -314,6 +340,10 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   // A new one-dimensional form with this form's quantization parameters;
   // reports 72 or 73 and returns null on failure.
   Graph1Form* NewSiblingForm();
+  // A new form holding a whole result; null after reporting 72 or 73.
+  Graph1Form* NewResultForm(const Graph1Result& result);
+  // Files and shows a result on this new, empty form.
+  void ShowResult(const Graph1Result& result);
   void ReadFormRecord(const FormFileRecord& record);
   void UpdateCursorText(double x, double y);
   void CopyToClipboardWith(std::string (*build)(int, double, double, const double*));

@@ -132,14 +132,11 @@ void Graph1Form::FourierTrigTransform(int kind) {
 }
 
 void Graph1Form::ShowResultForm(const fourier::TransformResult& r) {
-  Graph1Form* form = NewSiblingForm();
-  if (!form) return;
-  form->SetPoints(n_);
-  form->UpDateFnData(n_, r.first, r.left, r.right, r.step, false);
-  if (!r.second.empty()) form->UpDateFnData(n_, r.second, r.left, r.right, r.step, false);
-  form->SetIntervalChoice(r.left);
-  form->DisplayGraphs(form->GraphCount() - 1);
-  form->NewWindow();
+  Graph1Result result = Graph1Result::Of(n_, r.first, r.left, r.right, r.step);
+  result.setInterval = true;
+  result.show = Graph1Result::Show::AllGraphs;
+  if (!r.second.empty()) result.graphs.push_back({r.second, r.left, r.right, r.step});
+  NewResultForm(result);
 }
 
 }  // namespace keldo::form1d

@@ -175,15 +175,9 @@ void Graph1Form::ClipTheGraph() {
   std::vector<double> y(static_cast<std::size_t>(size) + 1, 0.0);
   for (int i = 0; i < c; ++i) y[static_cast<std::size_t>(i)] = taken[static_cast<std::size_t>(i)];
   const double left = winLeft_, right = winRight_;
-  Graph1Form* form = NewSiblingForm();
-  if (!form) return;
-  std::string& autoFit = context_.settings().captions["LabAutoFit"];
-  const std::string savedAutoFit = autoFit;
-  autoFit = "Y";
-  form->UpDateFnData(size, y, left, right, (right - left) / size, true);
-  form->NewView();
-  autoFit = savedAutoFit;
-  form->DisplayOneGraph();
+  Graph1Result clip = Graph1Result::Of(size, std::move(y), left, right, (right - left) / size);
+  clip.show = Graph1Result::Show::FitToData;
+  NewResultForm(clip);
 }
 
 // ----------------------------------------------------------- exchange area

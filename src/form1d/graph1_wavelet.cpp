@@ -230,11 +230,10 @@ void Graph1Form::WaveletTransform(bool packet) {
   else wavelet::ForwardTransform(choice, packet, n_, x.data(), levels);
   context_.ShowIdle();
   x.resize(static_cast<std::size_t>(n_) + 1);
-  Graph1Form* form = NewSiblingForm();
+  Graph1Result result = Graph1Result::Of(n_, std::move(x), GraphLeft(g), GraphRight(g), GraphStep(g));
+  result.setInterval = true;
+  Graph1Form* form = NewResultForm(result);
   if (!form) return;
-  form->SetPoints(n_);
-  form->UpDateFnData(n_, x, GraphLeft(g), GraphRight(g), GraphStep(g), false);
-  form->SetIntervalChoice(GraphLeft(g));
   // The result is ready for the inverse: the same choices, "Inverse" set.
   for (const char* name : {"wavlevels", "DaubOrder", "CoifOrder", "WaveletFilter", "WavTypeDaub", "WavTypeCoif",
                            "WavTypeHaar", "WavTypeOther", "chkSymDaub"}) {
@@ -244,8 +243,6 @@ void Graph1Form::WaveletTransform(bool packet) {
   form->controls_["chkWavInvTr"].value = 1;
   form->RunHandler(packet ? "mnuWaveletPacketTransform" : "mnuWaveletTransform");
   form->controls_["chkWavInvTr"].value = 1;
-  form->DisplayOneGraph();
-  form->NewWindow();
 }
 
 void Graph1Form::WaveletSeries(bool packet) {
@@ -414,13 +411,9 @@ void Graph1Form::InterpolateCommand(bool ddScheme) {
 }
 
 void Graph1Form::ResizedResult(const std::vector<double>& z, int points, int g) {
-  Graph1Form* form = NewSiblingForm();
-  if (!form) return;
-  form->SetPoints(points);
-  form->UpDateFnData(points, z, GraphLeft(g), GraphRight(g), (GraphRight(g) - GraphLeft(g)) / points, false);
-  form->SetIntervalChoice(GraphLeft(g));
-  form->DisplayOneGraph();
-  form->NewWindow();
+  Graph1Result result = Graph1Result::Of(points, z, GraphLeft(g), GraphRight(g), (GraphRight(g) - GraphLeft(g)) / points);
+  result.setInterval = true;
+  NewResultForm(result);
 }
 
 }  // namespace keldo::form1d
