@@ -21,4 +21,11 @@ std::string ToLower(std::string text) {
   return text;
 }
 
+std::string WithoutSpaces(const std::string& text) {
+  std::string out;
+  for (char c : text)
+    if (c != ' ') out.push_back(c);
+  return out;
+}
+
 }  // namespace keldo

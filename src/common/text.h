@@ -9,5 +9,7 @@ namespace keldo {
 std::string Trim(const std::string& text);
 std::string ToUpper(std::string text);
 std::string ToLower(std::string text);
+// The text with every space taken out.
+std::string WithoutSpaces(const std::string& text);
 
 }  // namespace keldo

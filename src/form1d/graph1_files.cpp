@@ -20,13 +20,6 @@ constexpr const char* kSaveGraphFilter = "Binary data files (*.kb1)|*.kb1";
 constexpr const char* kLoadGraphFilter = "KELDO data file (*.kb1)|*.kb1|VRN data file (*.kdt)|*.kdt";
 constexpr const char* kFormulaFilter = "Formula files (*.uf1)|*.uf1";
 
-std::string WithoutSpaces(const std::string& text) {
-  std::string out;
-  for (char c : text)
-    if (c != ' ') out.push_back(c);
-  return out;
-}
-
 
 // Text in a file is one byte per character; the controls hold UTF-8.
 std::string ToFile(const std::string& text) { return formula::ToFormulaText(text); }
@@ -70,7 +63,7 @@ bool Graph1Form::SaveFormTo(const std::string& path) {
     r.graphs.push_back({GraphLeft(g), GraphRight(g), GraphStep(g), std::vector<double>(v, v + n_ + 1)});
   }
   r.fileName = ToFile(path);
-  for (const std::string& h : history_) r.history.push_back(ToFile(h));
+  for (const std::string& h : History()) r.history.push_back(ToFile(h));
   r.sideBoxKey = SideBoxKey();
   r.dots = dots_;
   r.background = background_;
@@ -261,42 +254,19 @@ bool Graph1Form::LoadFunction(const std::string& path, const std::string& title,
 
 // ----------------------------------------------------------- formula list
 
-void Graph1Form::InitializeFormulas() {
-  const FormulaList& list = context_.settings().formulas1d;
-  maxFormNum_ = list.maxFormNum;
-  formulas_ = GetAllFormulas(list, list.maxFormNum);
-  formulas_.resize(static_cast<std::size_t>(maxFormNum_) + 1);
-  formPos_ = std::max(1, list.formCount);
-}
+void Graph1Form::InitializeFormulas() { formulaHistory_.Initialize(context_.settings().formulas1d); }
 
 void Graph1Form::UpDateFormulas(const std::string& formula) {
-  const std::string plain = WithoutSpaces(formula);
-  const std::size_t current = static_cast<std::size_t>(std::clamp(formPos_, 0, maxFormNum_));
-  if (plain != WithoutSpaces(formulas_[current])) {
-    ++maxFormNum_;
-    formulas_.resize(static_cast<std::size_t>(maxFormNum_) + 1);
-    formulas_[static_cast<std::size_t>(maxFormNum_)] = formula;
-    formPos_ = maxFormNum_;
-    UpdateAllFormulas(context_.settings().formulas1d, formula, maxFormNum_);
-  }
-  if (history_.empty() || plain != WithoutSpaces(history_.back())) history_.push_back(formula);
+  formulaHistory_.Update(context_.settings().formulas1d, formula);
 }
 
 void Graph1Form::PreviousFormula() {
-  --formPos_;
-  if (formPos_ <= 1) formPos_ = 1;
-  controls_.SetText("Formula", formPos_ <= maxFormNum_ ? formulas_[static_cast<std::size_t>(formPos_)] : "");
+  controls_.SetText("Formula", formulaHistory_.Previous());
   Touch();
 }
 
 void Graph1Form::NextFormula() {
-  ++formPos_;
-  if (formPos_ > maxFormNum_) {
-    formPos_ = maxFormNum_ + 1;
-    controls_.SetText("Formula", "");
-  } else {
-    controls_.SetText("Formula", formulas_[static_cast<std::size_t>(formPos_)]);
-  }
+  controls_.SetText("Formula", formulaHistory_.Next());
   Touch();
 }
 

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "kit/form.h"
+#include "kit/formula_history.h"
 #include "form1d/graph_files.h"
 #include "form1d/plot_drawing.h"
 #include "formula/compiler.h"
@@ -167,7 +168,7 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   void NextFormula();
   void LoadFormulaFile();
   void SaveFormulaFile();
-  const std::vector<std::string>& History() const { return history_; }
+  const std::vector<std::string>& History() const { return formulaHistory_.Plotted(); }
   const std::string& FormFileName() const { return fileName_; }
   void SetQuantParams(const std::array<std::string, 3>& params) { quantParams_ = params; }
   const std::array<std::string, 3>& QuantParams() const { return quantParams_; }
@@ -377,10 +378,7 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   bool soundReady8_ = false, soundReady16_ = false;
   std::string cursorText_;
   std::string fileName_;
-  std::vector<std::string> history_;
-  std::vector<std::string> formulas_{""};
-  int maxFormNum_ = 0;
-  int formPos_ = 1;
+  FormulaHistory formulaHistory_;
   std::array<std::string, 3> quantParams_{"0|1/2^16|Q|N|B|N|", "Y|1/2^16|Y|N|Y|N|", "N|1/2^16:1/2^8|Y|N|Y|N|"};
 
   formula::FormulaState formula_;
