@@ -48,7 +48,7 @@ void BM_Redraw(benchmark::State& state) {
     const auto start = std::chrono::steady_clock::now();
     QPainter p(&image);
     qt::PainterSurface surface(p, image.rect());
-    form1d::DrawPlot(surface, {'G', 'B', dots}, window, traces);
+    form1d::DrawPlot(surface, {form1d::kGraphPaper, form1d::kBlackBackground, dots}, window, traces);
     p.end();
     benchmark::DoNotOptimize(image.constBits());
     state.SetIterationTime(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());

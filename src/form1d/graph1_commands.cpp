@@ -324,10 +324,10 @@ void Graph1Form::FormulaHelp(const std::string& selected) {
 
 // ------------------------------------------------------------ Go and buttons
 
-bool Graph1Form::IsStopButton(int k) const { return (k == 0 && plotting_ != 'N') || (k == 7 && denoising_); }
+bool Graph1Form::IsStopButton(int k) const { return (k == 0 && plotting_) || (k == 7 && denoising_); }
 
 bool Graph1Form::StopWork() {
-  if (plotting_ != 'N') {
+  if (plotting_) {
     PlotTheGraph();  // the Stop of a running plot
     return true;
   }
@@ -348,7 +348,7 @@ void Graph1Form::OpenTrigTransform(const SideBoxCommand& box) {
 }
 
 bool Graph1Form::QueryClose() {
-  if (plotting_ != 'N' || denoising_) {
+  if (plotting_ || denoising_) {
     context_.Beep();
     return false;
   }

@@ -91,7 +91,7 @@ void Graph1Form::RedrawGraphs(int mode) {
 }
 
 void Graph1Form::NewWindow() {
-  if (plotting_ != 'N') {
+  if (plotting_) {
     context_.Beep();
     return;
   }
@@ -104,7 +104,7 @@ void Graph1Form::DisplayGraphs(int last) {
   FrameSettings& settings = context_.settings();
   if (settings.captions["LabAutoFit"] == "Y") NewView();
   const std::string& lineStyle = settings.captions["LabLineStyle"];
-  if (lineStyle == "Y" || lineStyle == "N") dots_ = lineStyle[0];
+  if (lineStyle == "Y" || lineStyle == "N") dots_ = lineStyle == "Y";
   SetMenuViewStyle();
   SetIntervalData(last);
   Touch();
@@ -113,18 +113,18 @@ void Graph1Form::DisplayGraphs(int last) {
 void Graph1Form::DisplayOneGraph() { Touch(); }
 
 void Graph1Form::SetMenuViewStyle() {
-  controls_.SetFromUser(dots_ == 'N' ? "OpDispStyle(3)" : "OpDispStyle(4)", "1");
+  controls_.SetFromUser(dots_ ? "OpDispStyle(4)" : "OpDispStyle(3)", "1");
 }
 
 void Graph1Form::ResetDisplay() {
-  if (controls_["OpDispStyle(0)"].value) grid_ = 'G';
-  else if (controls_["OpDispStyle(1)"].value) grid_ = 'X';
-  else if (controls_["OpDispStyle(2)"].value) grid_ = 'B';
-  if (controls_["OpDispStyle(3)"].value) dots_ = 'N';
-  else if (controls_["OpDispStyle(4)"].value) dots_ = 'Y';
-  context_.settings().captions["LabLineStyle"] = std::string(1, dots_);
-  if (controls_["OpDispStyle(5)"].value) background_ = 'W';
-  else if (controls_["OpDispStyle(6)"].value) background_ = 'B';
+  if (controls_["OpDispStyle(0)"].value) grid_ = kGraphPaper;
+  else if (controls_["OpDispStyle(1)"].value) grid_ = kAxes;
+  else if (controls_["OpDispStyle(2)"].value) grid_ = kNoGrid;
+  if (controls_["OpDispStyle(3)"].value) dots_ = false;
+  else if (controls_["OpDispStyle(4)"].value) dots_ = true;
+  context_.settings().captions["LabLineStyle"].assign(1, dots_ ? 'Y' : 'N');
+  if (controls_["OpDispStyle(5)"].value) background_ = kWhiteBackground;
+  else if (controls_["OpDispStyle(6)"].value) background_ = kBlackBackground;
   RedrawGraphs(0);
   Touch();
 }
@@ -132,9 +132,9 @@ void Graph1Form::ResetDisplay() {
 void Graph1Form::OpenDisplayStyle(const SideBoxCommand&) {
   controls_.SetText("txtXinterval", controls_.Text("XLeft") + "," + controls_.Text("XRight"));
   controls_.SetText("txtYinterval", controls_.Text("YLeft") + "," + controls_.Text("YRight"));
-  controls_.SetFromUser(grid_ == 'X' ? "OpDispStyle(1)" : grid_ == 'B' ? "OpDispStyle(2)" : "OpDispStyle(0)", "1");
+  controls_.SetFromUser(grid_ == kAxes ? "OpDispStyle(1)" : grid_ == kNoGrid ? "OpDispStyle(2)" : "OpDispStyle(0)", "1");
   SetMenuViewStyle();
-  controls_.SetFromUser(background_ == 'W' ? "OpDispStyle(5)" : "OpDispStyle(6)", "1");
+  controls_.SetFromUser(background_ == kWhiteBackground ? "OpDispStyle(5)" : "OpDispStyle(6)", "1");
 }
 
 void Graph1Form::Paint(platform::Surface& surface) const {

@@ -65,7 +65,7 @@ bool Graph1Form::SaveFormTo(const std::string& path) {
   r.fileName = ToFile(path);
   for (const std::string& h : History()) r.history.push_back(ToFile(h));
   r.sideBoxKey = SideBoxKey();
-  r.dots = dots_;
+  r.dots = dots_ ? 'Y' : 'N';
   r.background = background_;
   r.tracePosition = tracePosition_;
   r.caption = ToFile(controls_.Text("GraphCaption"));
@@ -122,10 +122,10 @@ void Graph1Form::ReadFormRecord(const FormFileRecord& r) {
     RestoreSideBox();
   }
   if (r.version > 2) {
-    dots_ = r.dots == 'N' ? 'N' : 'Y';
+    dots_ = r.dots != 'N';
     SetMenuViewStyle();
-    if (r.background == 'W') {
-      background_ = 'W';
+    if (BackgroundOf(r.background) == kWhiteBackground) {
+      background_ = kWhiteBackground;
       controls_.SetFromUser("OpDispStyle(5)", "1");
     }
     tracePosition_ = std::clamp(r.tracePosition, 0, n_);
@@ -133,8 +133,8 @@ void Graph1Form::ReadFormRecord(const FormFileRecord& r) {
     controls_.SetText("Remarks(0)", FromFile(r.remarks));
   }
   if (r.version > 3) {
-    grid_ = r.grid == 'X' ? 'X' : r.grid == 'B' ? 'B' : 'G';
-    controls_.SetFromUser(grid_ == 'X' ? "OpDispStyle(1)" : grid_ == 'B' ? "OpDispStyle(2)" : "OpDispStyle(0)", "1");
+    grid_ = GridStyleOf(r.grid);
+    controls_.SetFromUser(grid_ == kAxes ? "OpDispStyle(1)" : grid_ == kNoGrid ? "OpDispStyle(2)" : "OpDispStyle(0)", "1");
   }
   if (r.version > 4) {
     controls_.SetText("PrinterSpecs", FromFile(r.printerText));

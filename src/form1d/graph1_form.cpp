@@ -53,7 +53,7 @@ Graph1Form::Graph1Form(FormContext& context) : Form(context, FormKind::Graph1) {
   SetAxisLabels();
   InitializeFormulas();
   const std::string& lineStyle = context_.settings().captions["LabLineStyle"];
-  if (lineStyle == "Y" || lineStyle == "N") dots_ = lineStyle[0];
+  if (lineStyle == "Y" || lineStyle == "N") dots_ = lineStyle == "Y";
   SetMenuViewStyle();
   ResetMenu();
 }
@@ -292,8 +292,8 @@ void Graph1Form::RestorePlotButton() {
 }
 
 void Graph1Form::PlotTheGraph() {
-  if (plotting_ != 'N') {
-    plotting_ = 'N';
+  if (plotting_) {
+    plotting_ = false;  // Stop
     return;
   }
   std::string endText = controls_.Text("EndRValue");
@@ -344,20 +344,20 @@ namespace {
 // the graph while it grows, and lets events run at each refresh.
 class LiveSink final : public formula::PlotSink {
  public:
-  LiveSink(Graph1Form::LiveGraph& live, Form& form, platform::EventLoop& loop, const char& plotting)
+  LiveSink(Graph1Form::LiveGraph& live, Form& form, platform::EventLoop& loop, const bool& plotting)
       : live_(live), form_(form), loop_(loop), plotting_(plotting) {}
   void Point(double, double, bool) override { ++live_.count; }
   bool Refresh() override {
     form_.Touch();
     loop_.Yield();
-    return plotting_ == 'Y';
+    return plotting_;
   }
 
  private:
   Graph1Form::LiveGraph& live_;
   Form& form_;
   platform::EventLoop& loop_;
-  const char& plotting_;
+  const bool& plotting_;
 };
 
 }  // namespace
@@ -385,12 +385,12 @@ void Graph1Form::USERFN(int count, double a, double b, double h, std::vector<dou
   formula_.lower = savedLower;
   formula_.upper = savedUpper;
   formula::UserFunctionRun run = formula::RunOver(formula_, a, h, count);
-  run.dots = dots_ == 'Y';
+  run.dots = dots_;
   run.graphs = FormulaGraphs();
   run.random = context_.services().random;
   if (run.random != nullptr) run.random->SeedFromClock();
 
-  plotting_ = 'Y';
+  plotting_ = true;
   Control& go = controls_["GoButton(0)"];
   go.text = "&Stop";
   go.tip = "Stops the graphing.";
@@ -400,21 +400,21 @@ void Graph1Form::USERFN(int count, double a, double b, double h, std::vector<dou
   const formula::UserFunctionResult result = formula::RunUserFunction(run, y, sink);
   live_ = LiveGraph{};
   if (result.fault != formula::kNoFault) {
-    plotting_ = 'N';
+    plotting_ = false;
     context_.ShowCritical(result.fault == formula::kOverflow ? "Overflow.  " : "Run Error.  ");
     error = "E";
     Touch();
     return;
   }
   if (result.stopped) {
-    plotting_ = 'N';
+    plotting_ = false;
     Touch();
     return;
   }
   controls_.SetText("GraphCaption", formula_.formType == 1 ? formula::ErrorCaption(result.mte, result.cte)
                                                            : std::string("User defined function."));
   UpDateFnData(count - 1, y, a, b, h, false);
-  plotting_ = 'N';
+  plotting_ = false;
   if (controls_["chkAutoFit"].value == 1) NewWindow();
   RestorePlotButton();
 }

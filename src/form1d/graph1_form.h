@@ -111,7 +111,7 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   void RestorePlotButton();
   void NewWindow();
   void RedrawGraphs(int mode);
-  bool Plotting() const { return plotting_ != 'N'; }
+  bool Plotting() const { return plotting_; }
 
   // Display.
   void SetAxisLabels();
@@ -121,7 +121,7 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   bool WindowTest(const PlotWindow& w) const;
   void ResetDisplay();
   void SetMenuViewStyle();
-  PlotStyle Style() const { return {grid_, background_, dots_ == 'Y'}; }
+  PlotStyle Style() const { return {grid_, background_, dots_}; }
   PlotWindow PlotWin() const { return {winLeft_, winRight_, winBottom_, winTop_}; }
   void SetWindow(const PlotWindow& w);
   // Draws the whole plot box as it stands: graphs, the one being computed,
@@ -239,7 +239,7 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   double GraphLeft(int g) const { return a_[static_cast<std::size_t>(g)]; }
   double GraphRight(int g) const { return b_[static_cast<std::size_t>(g)]; }
   double GraphStep(int g) const { return h_[static_cast<std::size_t>(g)]; }
-  bool DotsMode() const { return dots_ == 'Y'; }
+  bool DotsMode() const { return dots_; }
   // The graph being computed, for a view to draw while a plot runs.
   struct LiveGraph {
     const double* values = nullptr;
@@ -363,10 +363,10 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   double intervalLeft_ = -0.5, intervalRight_ = 0.5;
   double step_ = 1.0 / kDefaultPoints;
   int tracePosition_ = kDefaultPoints / 2;
-  char dots_ = 'Y';
-  char background_ = 'B';
-  char grid_ = 'G';
-  char plotting_ = 'N';
+  bool dots_ = true;
+  Background background_ = kBlackBackground;
+  GridStyle grid_ = kGraphPaper;
+  bool plotting_ = false;  // a formula is being plotted; Go stops it
   double clickX_ = 0.0, clickY_ = 0.0;
   bool denoising_ = false;
   // The three wave controls: 8-bit buffer, 16-bit buffer, loading.

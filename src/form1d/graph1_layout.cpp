@@ -177,7 +177,7 @@ bool Graph1Form::TracksPointer() const {
 }
 
 platform::Rgb Graph1Form::ReadoutColour() const {
-  return background_ == 'W' ? platform::kBlack : platform::kWhite;
+  return ContrastColour(background_);
 }
 
 }  // namespace keldo::form1d

@@ -57,15 +57,25 @@ platform::Rgb GraphColor(double value) {
 
 platform::Rgb GridColour() { return platform::StandardColour(3); }
 
-platform::Rgb BackgroundColour(char background) { return background == 'W' ? platform::kWhite : platform::kBlack; }
+GridStyle GridStyleOf(char letter) { return letter == kAxes ? kAxes : letter == kNoGrid ? kNoGrid : kGraphPaper; }
+
+Background BackgroundOf(char letter) { return letter == kWhiteBackground ? kWhiteBackground : kBlackBackground; }
+
+platform::Rgb BackgroundColour(Background background) {
+  return background == kWhiteBackground ? platform::kWhite : platform::kBlack;
+}
+
+platform::Rgb ContrastColour(Background background) {
+  return background == kWhiteBackground ? platform::kBlack : platform::kWhite;
+}
 
 platform::UserScale ScaleOf(const PlotWindow& w) { return {w.left, w.top, w.right, w.bottom}; }
 
-void DrawAxes(platform::Surface& surface, char grid, const PlotWindow& w) {
+void DrawAxes(platform::Surface& surface, GridStyle grid, const PlotWindow& w) {
   surface.SetScale(ScaleOf(w));
   const platform::Rgb c = GridColour();
   const double left = w.left, right = w.right, bottom = w.bottom, top = w.top;
-  if (grid == 'G') {
+  if (grid == kGraphPaper) {
     const double dy8 = (top - bottom) / 8, dx8 = (right - left) / 8;
     const double dy128 = (top - bottom) / 128, dx128 = (right - left) / 128;
     const UserSegment edges[4] = {{left, bottom, right, bottom},
@@ -82,7 +92,7 @@ void DrawAxes(platform::Surface& surface, char grid, const PlotWindow& w) {
     surface.Pixels(dots, c);
     return;
   }
-  if (grid != 'X') return;
+  if (grid != kAxes) return;
   const double sx = (right - left) / 10.1, sy = (top - bottom) / 10.1;
   const double tx = sx / 6, ty = sy / 7;
   // The crossing point: 0 on an axis the window straddles, else the nearer edge.
@@ -154,7 +164,7 @@ void DrawPlot(platform::Surface& surface, const PlotStyle& style, const PlotWind
     arms.push_back({c.x - armX, c.y, c.x + armX, c.y});
     arms.push_back({c.x, c.y - armY, c.x, c.y + armY});
   }
-  surface.Lines(arms, style.background == 'W' ? platform::kBlack : platform::kWhite);
+  surface.Lines(arms, ContrastColour(style.background));
 }
 
 std::array<std::string, 10> AxisLabelTexts(const PlotWindow& w) {

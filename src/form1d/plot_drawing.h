@@ -17,13 +17,20 @@ struct PlotWindow {
   double left = -0.5, right = 0.5, bottom = 0.0, top = 0.0;
 };
 
-// Grid styles: 'G' graph paper, 'X' axes, 'B' blank. Backgrounds: 'B' black,
-// 'W' white.
+// What is drawn behind the graphs. The values are the letters a form file
+// keeps for them.
+enum GridStyle : char { kGraphPaper = 'G', kAxes = 'X', kNoGrid = 'B' };
+enum Background : char { kBlackBackground = 'B', kWhiteBackground = 'W' };
+
 struct PlotStyle {
-  char grid = 'G';
-  char background = 'B';
-  bool dots = true;
+  GridStyle grid = kGraphPaper;
+  Background background = kBlackBackground;
+  bool dots = true;  // a pixel at each sample; otherwise lines between them
 };
+
+// The letter a form file keeps, read back; anything else gives the default.
+GridStyle GridStyleOf(char letter);
+Background BackgroundOf(char letter);
 
 // One graph to draw: count samples from a in steps of h.
 struct GraphTrace {
@@ -46,13 +53,15 @@ platform::Rgb GraphColour(int g);
 platform::Rgb GraphColor(double value);
 // Colour entry 3: the grid and the axes.
 platform::Rgb GridColour();
-platform::Rgb BackgroundColour(char background);
+platform::Rgb BackgroundColour(Background background);
+// The colour that stands out on a background: the crosshairs, the read-out.
+platform::Rgb ContrastColour(Background background);
 
 // The scale that maps the window onto a surface: (left, top) to the top-left.
 platform::UserScale ScaleOf(const PlotWindow& w);
 
 // Sets the scale and draws the grid style in colour entry 3.
-void DrawAxes(platform::Surface& surface, char grid, const PlotWindow& w);
+void DrawAxes(platform::Surface& surface, GridStyle grid, const PlotWindow& w);
 // One graph in dots (a pixel at each sample inside the window) or lines (a
 // segment per interval that overlaps the window in x, unless both of its
 // ends stand above the top or both below the bottom).

@@ -48,7 +48,7 @@ constexpr Rgb kPaper = platform::MakeRgb(0, 128, 128);
 TEST(DrawAxes, GraphPaperHasFourEdgesAndNineDottedLinesEachWay) {
   RecordingSurface s;
   const PlotWindow w{-1.0, 3.0, -2.0, 2.0};
-  form1d::DrawAxes(s, 'G', w);
+  form1d::DrawAxes(s, form1d::kGraphPaper, w);
   EXPECT_EQ(s.scale.left, -1.0);
   EXPECT_EQ(s.scale.top, 2.0);
   EXPECT_EQ(s.scale.right, 3.0);
@@ -65,7 +65,7 @@ TEST(DrawAxes, GraphPaperHasFourEdgesAndNineDottedLinesEachWay) {
 
 TEST(DrawAxes, AxesCrossAtZeroWithTicksAsFarAsTheWindowReaches) {
   RecordingSurface s;
-  form1d::DrawAxes(s, 'X', {-1.0, 3.0, -2.0, 2.0});
+  form1d::DrawAxes(s, form1d::kAxes, {-1.0, 3.0, -2.0, 2.0});
   // Two axes, x ticks: 7 to the right (7 * 4/10.1 <= 3) and 2 to the left;
   // y ticks: 5 up and 5 down.
   EXPECT_EQ(s.Count('L'), 2 + 9 + 10);
@@ -82,14 +82,14 @@ TEST(DrawAxes, AxesCrossAtZeroWithTicksAsFarAsTheWindowReaches) {
 
 TEST(DrawAxes, AWindowWhollyOnOneSideCrossesAtTheNearerEdge) {
   RecordingSurface s;
-  form1d::DrawAxes(s, 'X', {1.0, 3.0, -5.0, -1.0});
+  form1d::DrawAxes(s, form1d::kAxes, {1.0, 3.0, -5.0, -1.0});
   EXPECT_EQ(s.items[0].y1, -1.0);  // y = top, the edge nearer zero
   EXPECT_EQ(s.items[1].x1, 1.0);   // x = left
 }
 
 TEST(DrawAxes, BlankSetsTheScaleOnly) {
   RecordingSurface s;
-  form1d::DrawAxes(s, 'B', {0.0, 1.0, 0.0, 1.0});
+  form1d::DrawAxes(s, form1d::kNoGrid, {0.0, 1.0, 0.0, 1.0});
   EXPECT_TRUE(s.items.empty());
   EXPECT_EQ(s.scale.right, 1.0);
 }
@@ -131,7 +131,7 @@ TEST(DrawPlot, ClearsToTheBackgroundAndDrawsCrosshairsInTheContrastingColour) {
   RecordingSurface s;
   const double v[] = {0.0, 0.0};
   const form1d::Crosshair c{0.0, 0.0};
-  form1d::DrawPlot(s, {'B', 'W', false}, {-1.0, 1.0, -1.0, 1.0}, std::vector<form1d::GraphTrace>{{v, 2, 0.0, 1.0, 0}},
+  form1d::DrawPlot(s, {form1d::kNoGrid, form1d::kWhiteBackground, false}, {-1.0, 1.0, -1.0, 1.0}, std::vector<form1d::GraphTrace>{{v, 2, 0.0, 1.0, 0}},
                    std::vector<form1d::Crosshair>{c});
   EXPECT_EQ(s.items.front().kind, 'C');
   EXPECT_EQ(s.items.front().color, platform::kWhite);
