@@ -92,7 +92,7 @@ void Graph1Form::BindCommands() {
   OnMenu("mnuDisplayCursorCoordinates", [this](int) {
     Control& item = controls_["mnuDisplayCursorCoordinates"];
     item.value = item.value ? 0 : 1;
-    if (!item.value) cursorText_.clear();
+    if (!item.value) trace_.ClearReadout();
   });
   OnMenu("mnuEraseScreen", [this](int) { ClearGraphs(); });
   OnMenu("mnuClearSideBox", [this](int) { ClearSideBox(); });

@@ -152,7 +152,7 @@ void Graph1Form::Paint(platform::Surface& surface) const {
   std::vector<Crosshair> crosshairs;
   if (VisiblePanel() == kPanelTrace) {
     for (int g = 0; g < std::min(graphCount_, 5); ++g)
-      crosshairs.push_back({GraphLeft(g) + tracePosition_ * GraphStep(g), GraphValues(g)[tracePosition_]});
+      crosshairs.push_back({GraphLeft(g) + trace_.Index() * GraphStep(g), GraphValues(g)[trace_.Index()]});
   }
   DrawPlot(surface, Style(), PlotWin(), traces, crosshairs);
 }

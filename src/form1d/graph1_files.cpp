@@ -67,7 +67,7 @@ bool Graph1Form::SaveFormTo(const std::string& path) {
   r.sideBoxKey = SideBoxKey();
   r.dots = dots_ ? 'Y' : 'N';
   r.background = background_;
-  r.tracePosition = tracePosition_;
+  r.tracePosition = trace_.Index();
   r.caption = ToFile(controls_.Text("GraphCaption"));
   r.remarks = ToFile(controls_.Text("Remarks(0)"));
   r.grid = grid_;
@@ -128,7 +128,7 @@ void Graph1Form::ReadFormRecord(const FormFileRecord& r) {
       background_ = kWhiteBackground;
       controls_.SetFromUser("OpDispStyle(5)", "1");
     }
-    tracePosition_ = std::clamp(r.tracePosition, 0, n_);
+    trace_.SetIndex(r.tracePosition, n_);
     controls_.SetText("GraphCaption", FromFile(r.caption));
     controls_.SetText("Remarks(0)", FromFile(r.remarks));
   }

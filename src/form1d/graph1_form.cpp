@@ -45,6 +45,7 @@ int RoundHalfEven(double v) {
 }  // namespace
 
 Graph1Form::Graph1Form(FormContext& context) : Form(context, FormKind::Graph1) {
+  trace_.SetIndex(n_ / 2, n_);
   BuildControls();
   Reallocate();
   ChangePointsMenu(n_);
@@ -112,7 +113,7 @@ void Graph1Form::SetPoints(int n) {
   Reallocate();
   controls_.SetText("NumPoints", std::to_string(n));
   ChangePointsMenu(n);
-  tracePosition_ = n / 2;
+  trace_.SetIndex(n / 2, n);
   step_ = (intervalRight_ - intervalLeft_) / n;
   UpdateLimitTips();
   Touch();

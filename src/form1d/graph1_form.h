@@ -11,6 +11,7 @@
 
 #include "kit/form.h"
 #include "kit/formula_history.h"
+#include "kit/pointer_trace.h"
 #include "form1d/graph_files.h"
 #include "form1d/plot_drawing.h"
 #include "formula/compiler.h"
@@ -132,7 +133,7 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   void Paint(int, platform::Surface& surface) const override { Paint(surface); }
   bool TracksPointer() const override;
   // The read-out of the cursor coordinates, empty when they are off.
-  const std::string& CursorText() const override { return cursorText_; }
+  const std::string& CursorText() const override { return trace_.Readout(); }
   platform::Rgb ReadoutColour() const override;
   const FormLayout& Layout() const override;
 
@@ -181,7 +182,7 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   void MoveCrossHairLeft();
   void MoveCrossHairRight();
   void SetTraceValue(int index);
-  int TracePosition() const { return tracePosition_; }
+  int TracePosition() const { return trace_.Index(); }
   void ZoomEnlarge(int mode);
   void ClipTheGraph();
   void CopyTheGraph();
@@ -346,7 +347,6 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   // Files and shows a result on this new, empty form.
   void ShowResult(const Graph1Result& result);
   void ReadFormRecord(const FormFileRecord& record);
-  void UpdateCursorText(double x, double y);
   void CopyToClipboardWith(std::string (*build)(int, double, double, const double*));
   void UpdateLimitTips();
   double MAXW() const;
@@ -362,12 +362,12 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   double winLeft_ = -0.5, winRight_ = 0.5, winBottom_ = 0.0, winTop_ = 0.0;
   double intervalLeft_ = -0.5, intervalRight_ = 0.5;
   double step_ = 1.0 / kDefaultPoints;
-  int tracePosition_ = kDefaultPoints / 2;
   bool dots_ = true;
   Background background_ = kBlackBackground;
   GridStyle grid_ = kGraphPaper;
   bool plotting_ = false;  // a formula is being plotted; Go stops it
-  double clickX_ = 0.0, clickY_ = 0.0;
+  // The last press, the read-out and the trace index.
+  PointerTrace trace_;
   bool denoising_ = false;
   // The three wave controls: 8-bit buffer, 16-bit buffer, loading.
   struct SoundControls;
@@ -376,7 +376,6 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   };
   std::unique_ptr<SoundControls, SoundControlsDeleter> sound_;
   bool soundReady8_ = false, soundReady16_ = false;
-  std::string cursorText_;
   std::string fileName_;
   FormulaHistory formulaHistory_;
   std::array<std::string, 3> quantParams_{"0|1/2^16|Q|N|B|N|", "Y|1/2^16|Y|N|Y|N|", "N|1/2^16:1/2^8|Y|N|Y|N|"};

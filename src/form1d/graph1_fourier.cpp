@@ -62,7 +62,7 @@ void Graph1Form::BuildFourierControls() {
 }
 
 void Graph1Form::PresetGraphField(const std::string& field) {
-  if (graphCount_ > 1) controls_.SetText(field, std::to_string(FindNearestGraph(clickX_, clickY_) + 1));
+  if (graphCount_ > 1) controls_.SetText(field, std::to_string(FindNearestGraph(trace_.X(), trace_.Y()) + 1));
 }
 
 int Graph1Form::GraphNumberField(const std::string& field) {

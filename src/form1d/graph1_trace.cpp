@@ -56,36 +56,26 @@ int Graph1Form::FindNearestGraph(double x, double y) const {
 }
 
 bool Graph1Form::Mouse(MouseAction action, double x, double y, MouseButton) {
-  // The event carries single-precision coordinates.
-  const double fx = static_cast<float>(x), fy = static_cast<float>(y);
   if (action == MouseAction::Down) {
-    clickX_ = fx;
-    clickY_ = fy;
+    trace_.Press(x, y);
+    const double fx = trace_.X(), fy = trace_.Y();
     if (graphCount_ > 0) {
       const int g = FindNearestGraph(fx, fy);
       const double h = GraphStep(g);
       const double r = h != 0.0 ? std::nearbyint((fx - GraphLeft(g)) / h) : 0.0;
-      tracePosition_ = ClampIndex(r, n_);
+      trace_.SetIndex(ClampIndex(r, n_), n_);
       if (VisiblePanel() == kPanelTrace) UpDateTrace();
     }
     Touch();
   } else if (action == MouseAction::Move) {
     // The read-out changes the view alone, not the picture.
-    if (controls_["mnuDisplayCursorCoordinates"].value) {
-      UpdateCursorText(fx, fy);
-      clickX_ = fx;
-      clickY_ = fy;
-    }
+    if (controls_["mnuDisplayCursorCoordinates"].value) trace_.Read(x, y);
   }
   return true;
 }
 
-void Graph1Form::UpdateCursorText(double x, double y) {
-  cursorText_ = "(" + StrSingle(static_cast<float>(x)) + "," + StrSingle(static_cast<float>(y)) + ") ";
-}
-
 void Graph1Form::PresetGraphNumber() {
-  if (graphCount_ > 1) controls_.SetText("TxtAnGr1", std::to_string(FindNearestGraph(clickX_, clickY_) + 1));
+  if (graphCount_ > 1) controls_.SetText("TxtAnGr1", std::to_string(FindNearestGraph(trace_.X(), trace_.Y()) + 1));
 }
 
 int Graph1Form::ChosenGraph() {
@@ -110,13 +100,14 @@ void Graph1Form::InitializeTrace() {
   for (int k = 0; k < 5; ++k) controls_.SetVisible(IndexedName("FrTrace", k), false);
   std::string& centre = context_.settings().captions["LabTrSet"];
   if (centre == "Y") {
-    tracePosition_ = n_ / 2;
+    trace_.SetIndex(n_ / 2, n_);
     centre = "N";
   }
 }
 
 void Graph1Form::UpDateTrace() {
-  tracePosition_ = std::clamp(tracePosition_, 0, n_);
+  trace_.SetIndex(trace_.Index(), n_);
+  const int index = trace_.Index();
   for (int g = 0; g < 5; ++g) {
     const bool shown = g < graphCount_;
     controls_.SetVisible(IndexedName("FrTrace", g), shown);
@@ -124,20 +115,20 @@ void Graph1Form::UpDateTrace() {
       controls_.SetText(IndexedName("LabTr", g), "");
       continue;
     }
-    const double x = GraphLeft(g) + tracePosition_ * GraphStep(g);
-    const double y = GraphValues(g)[tracePosition_];
+    const double x = GraphLeft(g) + index * GraphStep(g);
+    const double y = GraphValues(g)[index];
     controls_.SetText(IndexedName("LabTr", g), "X =" + StrNumber(x) + "\r\nY =" + StrNumber(y));
   }
-  controls_.SetText("GraphCaption", "Index = " + std::to_string(tracePosition_));
+  controls_.SetText("GraphCaption", "Index = " + std::to_string(index));
   Touch();
 }
 
-void Graph1Form::MoveCrossHairLeft() { SetTraceValue(std::max(0, tracePosition_ - 1)); }
+void Graph1Form::MoveCrossHairLeft() { SetTraceValue(std::max(0, trace_.Index() - 1)); }
 
-void Graph1Form::MoveCrossHairRight() { SetTraceValue(std::min(n_, tracePosition_ + 1)); }
+void Graph1Form::MoveCrossHairRight() { SetTraceValue(std::min(n_, trace_.Index() + 1)); }
 
 void Graph1Form::SetTraceValue(int index) {
-  tracePosition_ = std::clamp(index, 0, n_);
+  trace_.SetIndex(index, n_);
   if (VisiblePanel() == kPanelTrace) UpDateTrace();
   Touch();
 }
@@ -145,10 +136,9 @@ void Graph1Form::SetTraceValue(int index) {
 // -------------------------------------------------------------------- zoom
 
 void Graph1Form::ZoomEnlarge(int mode) {
-  const double width = winRight_ - winLeft_, height = winTop_ - winBottom_;
-  const double hw = mode == 1 ? width / kZoomDivisor : width * kEnlargeFactor;
-  const double hh = mode == 1 ? height / kZoomDivisor : height * kEnlargeFactor;
-  const PlotWindow w{clickX_ - hw, clickX_ + hw, clickY_ - hh, clickY_ + hh};
+  const ViewWindow shown{winLeft_, winRight_, winBottom_, winTop_};
+  const ViewWindow v = mode == 1 ? trace_.ZoomedIn(shown, kZoomDivisor) : trace_.ZoomedOut(shown, kEnlargeFactor);
+  const PlotWindow w{v.left, v.right, v.bottom, v.top};
   // A window too small or too large for the surface is refused silently.
   if (!WindowTest(w)) return;
   SetWindow(w);
