@@ -3,12 +3,7 @@
 namespace keldo::form1d {
 namespace {
 
-constexpr MenuRow kMenuBar[] = {
-    {0, "mnuFile", "&File"},
-    {1, "mnuNew(0)", "New &1 Dim"},
-    {1, "mnuNew(1)", "New &2 Dim"},
-    {1, "mnuNew(2)", "New &Audio editor"},
-    {1, "mnuNew(3)", "New Image processor"},
+constexpr auto kMenuBar = JoinRows(std::to_array<MenuRow>({{0, "mnuFile", "&File"}}), kNewFormRows, std::to_array<MenuRow>({
     {1, "-", ""},
     {1, "mnuOpenSave(0)", "&Open form"},
     {1, "mnuOpenSave(1)", "Open sound file (*.wav)"},
@@ -88,7 +83,7 @@ constexpr MenuRow kMenuBar[] = {
     {0, "mnuHelp", "&Help"},
     {1, "mnuKELDOHelp", "&Help for KELDO (1D)"},
     {1, "mnuHelpSideBox", "Help for "},
-};
+}));
 
 constexpr MenuRow kPopup[] = {
     {0, "mnuGraphPopUp", "Graph"},

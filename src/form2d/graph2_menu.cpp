@@ -3,12 +3,7 @@
 namespace keldo::form2d {
 namespace {
 
-constexpr MenuRow kMenuBar[] = {
-    {0, "mnuFile", "&File"},
-    {1, "mnuNew(0)", "New &1 Dim"},
-    {1, "mnuNew(1)", "New &2 Dim"},
-    {1, "mnuNew(2)", "New &Audio editor"},
-    {1, "mnuNew(3)", "New Image processor"},
+constexpr auto kMenuBar = JoinRows(std::to_array<MenuRow>({{0, "mnuFile", "&File"}}), kNewFormRows, std::to_array<MenuRow>({
     {1, "-", ""},
     {1, "mnuOpenSave(0)", "&Open form"},
     {1, "mnuOpenSave(1)", "Open image file"},
@@ -39,11 +34,7 @@ constexpr MenuRow kMenuBar[] = {
     {2, "mnuSmall", "&Small graphs"},
     {1, "mnuViewZoom", "&Zoom"},
     {1, "mnuClearSideBox", "Cl&ear sidebox"},
-    {1, "mnuEndTrace", "End &Trace"},
-    {1, "mnuArrangeWindows", "&Arrange windows"},
-    {2, "mnuCascade", "&Cascade"},
-    {2, "mnuTile", "&Tile"},
-    {2, "mnuArrange", "&Arrange"},
+    {1, "mnuEndTrace", "End &Trace"}}), kArrangeWindowRows, std::to_array<MenuRow>({
     {0, "mnuGraph", "&Graph"},
     {1, "mnuPlot", "&Plot"},
     {1, "mnuWorkshop", "&Image compression workshop"},
@@ -79,7 +70,7 @@ constexpr MenuRow kMenuBar[] = {
     {0, "mnuHelp", "&Help"},
     {1, "mnuKELDOHelp", "&Help for KELDO (2D)"},
     {1, "mnuHelpSideBox", "Help for"},
-};
+}));
 
 }  // namespace
 

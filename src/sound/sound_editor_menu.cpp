@@ -3,7 +3,7 @@
 namespace keldo::sound {
 namespace {
 
-constexpr MenuRow kMenuBar[] = {
+constexpr auto kMenuBar = JoinRows(std::to_array<MenuRow>({
     {0, "mnuFile", "&File"},
     {1, "mnuNew(0)", "New &1-Dim"},
     {1, "mnuNew(1)", "New &2-dim"},
@@ -17,13 +17,8 @@ constexpr MenuRow kMenuBar[] = {
     {0, "mnuEdit", "&Edit"},
     {1, "mnuEraseClipLines", "&Erase clip line(s)"},
     {1, "mnuClearEditor", "&Clear editor"},
-    {0, "mnuView", "&View"},
-    {1, "mnuArrangeWindows", "&Arrange windows"},
-    {2, "mnuCascade", "&Cascade"},
-    {2, "mnuTile", "&Tile"},
-    {2, "mnuArrange", "&Arrange"},
-    {0, "mnuHelp", "&Help"},
-};
+    {0, "mnuView", "&View"}}), kArrangeWindowRows, std::to_array<MenuRow>({
+    {0, "mnuHelp", "&Help"}}));
 
 }  // namespace
 
