@@ -12,6 +12,7 @@
 #include "kinds/form_kinds.h"
 #include "app/frame.h"
 #include "form1d/graph1_form.h"
+#include "kit/typed_forms.h"
 #include "qt/form_view.h"
 #include "qt/main_window.h"
 #include "qt/qt_services.h"
@@ -111,7 +112,7 @@ class FrameWindowTest : public QObject {
       for (const bool dots : {true, false}) {
         for (const bool white : {false, true}) {
           int code = 0;
-          auto& f = static_cast<keldo::form1d::Graph1Form&>(*frame.NewForm(keldo::FormKind::Graph1, code));
+          auto& f = *keldo::NewFormOf<keldo::form1d::Graph1Form>(frame, code);
           f.SetPoints(64);
           f.RunMenu("mnuPlotGraph");
           f.controls().SetText("Formula", "sin(2*pi*x)");
@@ -149,7 +150,7 @@ class FrameWindowTest : public QObject {
     keldo::Frame frame(platform.services(), KELDO_SOURCE_DIR);
     keldo::InstallFormKinds(frame);
     int code = 0;
-    auto& f = static_cast<keldo::form1d::Graph1Form&>(*frame.NewForm(keldo::FormKind::Graph1, code));
+    auto& f = *keldo::NewFormOf<keldo::form1d::Graph1Form>(frame, code);
     f.SetPoints(64);
     f.RunMenu("mnuPlotGraph");
     keldo::qt::FormView view(f);

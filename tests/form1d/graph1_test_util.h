@@ -6,6 +6,7 @@
 #include <string>
 
 #include "form1d/graph1_form.h"
+#include "kit/typed_forms.h"
 #include "test_frame.h"
 
 namespace keldo::testing {
@@ -15,7 +16,7 @@ using form1d::Graph1Form;
 // A new form of the given points, with no side box open.
 inline Graph1Form& NewForm(TestFrame& t, int points = 64) {
   int code = 0;
-  auto& f = static_cast<Graph1Form&>(*t.frame.NewForm(FormKind::Graph1, code));
+  auto& f = *NewFormOf<Graph1Form>(t.frame, code);
   f.SetPoints(points);
   return f;
 }
@@ -29,6 +30,6 @@ inline void Plot(Graph1Form& f, const std::string& formula, const std::string& e
 }
 
 // The newest open form, as a one-dimensional form.
-inline Graph1Form& Last(TestFrame& t) { return static_cast<Graph1Form&>(*t.frame.OpenForms().back()); }
+inline Graph1Form& Last(TestFrame& t) { return *FormAs<Graph1Form>(t.frame.OpenForms().back()); }
 
 }  // namespace keldo::testing

@@ -57,7 +57,7 @@ struct FieldReader {
 };
 
 Graph1Form* Open(TestFrame& t, const std::string& path) {
-  return dynamic_cast<Graph1Form*>(t.frame.OpenFormFile(FormKind::Graph1, path, "t.kd1"));
+  return FormAs<Graph1Form>(t.frame.OpenFormFile(FormKind::Graph1, path, "t.kd1"));
 }
 
 TEST(FormFile, WrittenFieldByFieldAsTheTableSays) {
@@ -380,7 +380,7 @@ TEST(FormFile, OpenFormFromAFormPassesTheQuantizationParameters) {
   t.platform.fileDialog.QueueAnswer(kData + "version5.kd1");
   f.RunMenu("mnuOpenSave", 0);
   ASSERT_EQ(t.frame.OpenForms().size(), 2u);
-  auto* g = dynamic_cast<Graph1Form*>(t.frame.OpenForms()[1]);
+  auto* g = FormAs<Graph1Form>(t.frame.OpenForms()[1]);
   ASSERT_NE(g, nullptr);
   EXPECT_EQ(g->GraphCount(), 2);
   EXPECT_EQ(g->QuantParams()[1], "b|");

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "form1d/graph1_form.h"
+#include "kit/typed_forms.h"
 #include "test_frame.h"
 
 namespace keldo {
@@ -10,7 +11,7 @@ using testing::TestFrame;
 
 form1d::Graph1Form& NewGraph1(TestFrame& t) {
   int code = 0;
-  return static_cast<form1d::Graph1Form&>(*t.frame.NewForm(FormKind::Graph1, code));
+  return *NewFormOf<form1d::Graph1Form>(t.frame, code);
 }
 
 TEST(Graph1Form, Defaults) {

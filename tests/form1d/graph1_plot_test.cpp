@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "form1d/graph1_form.h"
+#include "kit/typed_forms.h"
 #include "test_frame.h"
 
 namespace keldo {
@@ -14,7 +15,7 @@ using testing::TestFrame;
 
 form1d::Graph1Form& NewGraph1(TestFrame& t, int points = 64) {
   int code = 0;
-  auto& f = static_cast<form1d::Graph1Form&>(*t.frame.NewForm(FormKind::Graph1, code));
+  auto& f = *NewFormOf<form1d::Graph1Form>(t.frame, code);
   f.SetPoints(points);
   f.RunMenu("mnuPlotGraph");
   return f;

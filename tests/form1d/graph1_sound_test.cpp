@@ -77,7 +77,7 @@ TEST(WaveLoading, LongFilesGoToTheSoundEditor) {
   auto& f = NewForm(t, 64);
   ASSERT_TRUE(f.LoadDataFile(kWaves + "long66000.wav", "long66000.wav"));
   EXPECT_EQ(f.GraphCount(), 0);
-  auto* editor = dynamic_cast<sound::SoundEditorForm*>(t.frame.OpenForms().back());
+  auto* editor = FormAs<sound::SoundEditorForm>(t.frame.OpenForms().back());
   ASSERT_NE(editor, nullptr);
   EXPECT_EQ(editor->SampleCount(), 66000);
   EXPECT_EQ(editor->Rate(), 44100);
