@@ -74,6 +74,28 @@ constexpr auto kMenuBar = JoinRows(std::to_array<MenuRow>({{0, "mnuFile", "&File
 
 }  // namespace
 
+constexpr MenuRow kPopup[] = {
+    {0, "mnuGraphPopUp", "Graph"},
+    {1, "mnuZoom", "&Zoom"},
+    {1, "mnuRestoreFullImage", "&Restore full image"},
+    {1, "mnuChangeViewSize", "&View large size"},
+    {1, "mnuChangeGraphStyle", "&Graph style"},
+    {1, "mnuHistogram", "&Histogram"},
+    {1, "mnuClip", "Cl&ip"},
+    {1, "mnuCopyGraph", "&Copy graph"},
+    {1, "mnuPasteGraph", "&Paste graph"},
+    {1, "mnuDeleteGraph", "&Delete graph"},
+    {1, "mnuLoad", "&Load "},
+    {2, "mnuLoadImage", "&Image"},
+    {2, "mnuLoadGraph", "&Graph"},
+    {1, "mnuSave", "&Save graph"},
+    {2, "mnuSaveImage", "&Image"},
+    {2, "mnuSaveGraph", "&Graph"},
+    {1, "mnuPrintGraph", "Pri&nt graph"},
+    {1, "mnuDisplayCursorCoordinates", "Displ&ay cursor coordinates"},
+};
+
 std::span<const MenuRow> Graph2MenuBar() { return kMenuBar; }
+std::span<const MenuRow> Graph2PopupMenu() { return kPopup; }
 
 }  // namespace keldo::form2d
