@@ -27,20 +27,20 @@ bool SpanFits(double lo, double hi) {
 
 double Graph1Form::MAXW() const {
   double hi = 0.0;
-  for (int g = 0; g <= graphCount_ && g < static_cast<int>(b_.size()); ++g) hi = std::max(hi, b_[static_cast<std::size_t>(g)]);
+  for (int g = 0; g <= graphCount_ && g < static_cast<int>(store_.b.size()); ++g) hi = std::max(hi, store_.b[static_cast<std::size_t>(g)]);
   return hi;
 }
 
 double Graph1Form::MINW() const {
   double lo = 0.0;
-  for (int g = 0; g <= graphCount_ && g < static_cast<int>(a_.size()); ++g) lo = std::min(lo, a_[static_cast<std::size_t>(g)]);
+  for (int g = 0; g <= graphCount_ && g < static_cast<int>(store_.a.size()); ++g) lo = std::min(lo, store_.a[static_cast<std::size_t>(g)]);
   return lo;
 }
 
 double Graph1Form::FUNCMAX() const {
   double f = 0.01;
-  for (int g = 0; g <= graphCount_ && g < static_cast<int>(peak_.size()); ++g)
-    f = std::max(f, peak_[static_cast<std::size_t>(g)]);
+  for (int g = 0; g <= graphCount_ && g < static_cast<int>(store_.peak.size()); ++g)
+    f = std::max(f, store_.peak[static_cast<std::size_t>(g)]);
   f *= 1.5;
   if (f > 0.5) f = std::floor(f) + 1.0;
   return f;

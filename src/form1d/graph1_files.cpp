@@ -104,8 +104,8 @@ void Graph1Form::ReadFormRecord(const FormFileRecord& r) {
   intervalLeft_ = r.intervalLeft;
   intervalRight_ = r.intervalRight;
   const int count = static_cast<int>(r.graphs.size());
-  if (count > capacity_) {
-    capacity_ = count;
+  if (count > store_.capacity) {
+    store_.capacity = count;
     n_ = 0;  // so that SetPoints sizes the store again
   }
   SetPoints(r.points);

@@ -84,24 +84,9 @@ void Graph1Form::BuildControls() {
 
 // ------------------------------------------------------------ graph store
 
-void Graph1Form::SizeStore(bool keep) {
-  const std::size_t rows = static_cast<std::size_t>(capacity_ + 1) * Row();
-  const std::size_t perGraph = static_cast<std::size_t>(capacity_) + 2;
-  if (!keep) values_.clear();
-  values_.resize(rows, 0.0);
-  for (std::vector<double>* v : {&a_, &b_, &h_, &peak_}) {
-    if (!keep) v->clear();
-    v->resize(perGraph, 0.0);
-  }
-}
+void Graph1Form::Reallocate() { store_.Size(Row(), store_.capacity, false); }
 
-void Graph1Form::Reallocate() { SizeStore(false); }
-
-void Graph1Form::Extend(int slots) {
-  if (slots <= capacity_) return;
-  capacity_ = slots;
-  SizeStore(true);
-}
+void Graph1Form::Extend(int slots) { store_.Grow(slots); }
 
 void Graph1Form::SetPoints(int n) {
   if (n == n_) return;
@@ -141,17 +126,17 @@ void Graph1Form::UpDateFnData(int count, const std::vector<double>& y, double a,
   if (reallocate) SetPoints(count);
   else Extend(graphCount_ + 1);
   const std::size_t slot = static_cast<std::size_t>(graphCount_);
-  double* row = values_.data() + Row() * slot;
+  double* row = store_.Row(graphCount_);
   const int last = std::min(count, n_);
   double peak = 0.0;
   for (int i = 0; i <= last && i < static_cast<int>(y.size()); ++i) {
     row[i] = y[static_cast<std::size_t>(i)];
     peak = std::max(peak, std::fabs(row[i]));
   }
-  peak_[slot] = peak;
-  a_[slot] = a;
-  b_[slot] = b;
-  h_[slot] = h;
+  store_.peak[slot] = peak;
+  store_.a[slot] = a;
+  store_.b[slot] = b;
+  store_.h[slot] = h;
   ++graphCount_;
   controls_.SetText("EndRValue", PlainNumber(b));
   ResetMenu();
@@ -163,15 +148,7 @@ void Graph1Form::RemoveGraph(int g) {
     if (graphCount_ > 0) --graphCount_;
     return;
   }
-  const std::size_t row = Row();
-  for (int k = g; k < graphCount_; ++k) {
-    std::copy_n(values_.data() + row * static_cast<std::size_t>(k), n_ + 1,
-                values_.data() + row * static_cast<std::size_t>(k - 1));
-    a_[static_cast<std::size_t>(k - 1)] = a_[static_cast<std::size_t>(k)];
-    b_[static_cast<std::size_t>(k - 1)] = b_[static_cast<std::size_t>(k)];
-    h_[static_cast<std::size_t>(k - 1)] = h_[static_cast<std::size_t>(k)];
-    peak_[static_cast<std::size_t>(k - 1)] = peak_[static_cast<std::size_t>(k)];
-  }
+  store_.Remove(g - 1, graphCount_, static_cast<std::size_t>(n_) + 1);
   --graphCount_;
   Touch();
 }
@@ -194,7 +171,7 @@ void Graph1Form::RemoveTheGraph() {
 
 void Graph1Form::ClearGraphs() {
   graphCount_ = 0;
-  values_.assign(values_.size(), 0.0);
+  store_.values.assign(store_.values.size(), 0.0);
   ResetMenu();
   Touch();
 }
@@ -268,14 +245,14 @@ void Graph1Form::SetIntervalChoice(double a) {
 }
 
 void Graph1Form::SetIntervalData(int g) {
-  if (g >= 0 && g < static_cast<int>(b_.size())) controls_.SetText("EndRValue", PlainNumber(b_[static_cast<std::size_t>(g)]));
+  if (g >= 0 && g < static_cast<int>(store_.b.size())) controls_.SetText("EndRValue", PlainNumber(store_.b[static_cast<std::size_t>(g)]));
 }
 
 std::vector<GraphSummary> Graph1Form::Graphs() const {
   std::vector<GraphSummary> out;
   for (int g = 0; g < graphCount_; ++g) {
     const std::size_t s = static_cast<std::size_t>(g);
-    GraphSummary summary{a_[s], b_[s], h_[s], peak_[s], {}};
+    GraphSummary summary{store_.a[s], store_.b[s], store_.h[s], store_.peak[s], {}};
     const double* first = GraphValues(g);
     summary.values.assign(first, first + n_ + 1);
     out.push_back(std::move(summary));
@@ -332,9 +309,9 @@ void Graph1Form::PlotGraph(std::string& error, const std::string& command, doubl
   const double h = (b - a) / n_;
   Extend(graphCount_ + 1);
   const std::size_t slot = static_cast<std::size_t>(graphCount_);
-  a_[slot] = a;
-  b_[slot] = b;
-  h_[slot] = h;
+  store_.a[slot] = a;
+  store_.b[slot] = b;
+  store_.h[slot] = h;
   std::vector<double> y(static_cast<std::size_t>(n_) + 1 + kSlack, 0.0);
   USERFN(n_ + 1, a, b, h, y, error, command);
 }
@@ -434,11 +411,11 @@ const formula::GraphTable* Graph1Form::FormulaGraphs() {
   graphTable_.points = n_;
   for (int g = 0; g < 5; ++g) {
     formula::GraphSlot& slot = graphTable_.entries[static_cast<std::size_t>(g)];
-    if (g <= capacity_) {
+    if (g <= store_.capacity) {
       slot.values = GraphValues(g);
-      slot.a = a_[static_cast<std::size_t>(g)];
-      slot.b = b_[static_cast<std::size_t>(g)];
-      slot.h = h_[static_cast<std::size_t>(g)];
+      slot.a = store_.a[static_cast<std::size_t>(g)];
+      slot.b = store_.b[static_cast<std::size_t>(g)];
+      slot.h = store_.h[static_cast<std::size_t>(g)];
     } else {
       slot = formula::GraphSlot{};
     }

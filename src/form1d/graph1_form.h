@@ -11,6 +11,7 @@
 
 #include "kit/form.h"
 #include "kit/formula_history.h"
+#include "kit/graph_store.h"
 #include "kit/pointer_trace.h"
 #include "form1d/graph_files.h"
 #include "form1d/plot_drawing.h"
@@ -236,10 +237,10 @@ class Graph1Form final : public Form, private formula::FormulaHost {
 
   int GraphCount() const { return graphCount_; }
   int Log2Points() const { return log2N_; }
-  const double* GraphValues(int g) const { return values_.data() + Row() * static_cast<std::size_t>(g); }
-  double GraphLeft(int g) const { return a_[static_cast<std::size_t>(g)]; }
-  double GraphRight(int g) const { return b_[static_cast<std::size_t>(g)]; }
-  double GraphStep(int g) const { return h_[static_cast<std::size_t>(g)]; }
+  const double* GraphValues(int g) const { return store_.Row(g); }
+  double GraphLeft(int g) const { return store_.a[static_cast<std::size_t>(g)]; }
+  double GraphRight(int g) const { return store_.b[static_cast<std::size_t>(g)]; }
+  double GraphStep(int g) const { return store_.h[static_cast<std::size_t>(g)]; }
   bool DotsMode() const { return dots_; }
   // The graph being computed, for a view to draw while a plot runs.
   struct LiveGraph {
@@ -266,9 +267,6 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   const formula::GraphTable* FormulaGraphs() override;
 
   void BuildControls();
-  // Sizes the value rows and per-graph arrays to the capacity, keeping or
-  // clearing what they hold.
-  void SizeStore(bool keep);
   void Reallocate();
   void Extend(int slots);
   std::size_t Row() const { return static_cast<std::size_t>(n_) + 1 + kSlack; }
@@ -356,9 +354,8 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   int n_ = kDefaultPoints;
   int log2N_ = 10;
   int graphCount_ = 0;
-  int capacity_ = 4;
-  std::vector<double> values_;  // (capacity+1) rows of N+1+kSlack samples
-  std::vector<double> a_, b_, h_, peak_;
+  // Four slots to begin with, rows of N+1+kSlack samples.
+  GraphStore<double> store_{0, 4, {}, {}, {}, {}, {}};
   double winLeft_ = -0.5, winRight_ = 0.5, winBottom_ = 0.0, winTop_ = 0.0;
   double intervalLeft_ = -0.5, intervalRight_ = 0.5;
   double step_ = 1.0 / kDefaultPoints;
