@@ -252,7 +252,7 @@ std::vector<GraphSummary> Graph1Form::Graphs() const {
   std::vector<GraphSummary> out;
   for (int g = 0; g < graphCount_; ++g) {
     const std::size_t s = static_cast<std::size_t>(g);
-    GraphSummary summary{store_.a[s], store_.b[s], store_.h[s], store_.peak[s], {}};
+    GraphSummary summary{store_.a[s], store_.b[s], store_.h[s], store_.peak[s], {}, 0, {}};
     const double* first = GraphValues(g);
     summary.values.assign(first, first + n_ + 1);
     out.push_back(std::move(summary));

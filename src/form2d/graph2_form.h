@@ -1,48 +1,192 @@
 #pragma once
 // The two-dimensional form: up to four functions of x and y over one square
-// grid of N intervals, shown as one large picture or four small ones. This
-// is its frame on the form kit: menus, caption, pictures and side-box panels;
-// the store, the formulas and the display fill it in.
+// grid of N intervals, (N+1) by (N+1) samples in single precision, shown as
+// one large picture or four small ones, each with its colour method,
+// intensity method and threshold, its view window and zoom.
 
+#include <array>
 #include <memory>
 #include <span>
+#include <string>
 #include <vector>
 
+#include "form2d/image_display.h"
+#include "formula/compiler.h"
 #include "kit/form.h"
+#include "kit/graph_store.h"
 
 namespace keldo::form2d {
 
 constexpr int kMinPoints = 64;
 constexpr int kMaxPoints = 2048;
+constexpr int kDefaultPoints = 256;
 constexpr int kMaxGraphs = 4;
-constexpr int kSmallSide = 128;  // pixels of a small picture at its natural size
+constexpr int kSlots = 5;        // per-graph arrays run to slot 4, never plotted
+constexpr int kMargin = 10;      // samples past N in each row and column
+constexpr int kSmallSide = 128;  // pixels of a small picture
 constexpr int kLargeSide = 256;  // pixels of the large picture
 
 // Side box panels (PicSideBox) by number.
 enum SideBoxPanel : int {
   kPanelGraph = 0,
-  kPanelRemarks = 1,
-  kPanelCount = 2,
+  kPanelGraphStyle = 1,
+  kPanelImage = 5,  // the panel of Label 16: statistics, zoom, down sampling ...
+  kPanelTrace = 6,
+  kPanelRemarks = 9,
+  kPanelCount = 10,
 };
 
-class Graph2Form final : public Form {
+// How one graph is shown, besides its samples and domain.
+struct GraphLook {
+  float viewXLeft = 0.0f, viewXRight = 0.0f, viewYLow = 0.0f, viewYHigh = 0.0f;
+  ColorMethod colorMethod = kGrey;
+  Intensity intensity = kLinear;
+  float threshold = 0.0f;
+  std::string thresholdText = "0";
+  std::string caption;
+  int linReg = 0;
+  int drawWidths = 1;
+};
+
+class Graph2Form final : public Form, private formula::FormulaHost {
  public:
   static constexpr FormKind kKind = FormKind::Graph2;
 
   explicit Graph2Form(FormContext& context);
 
-  // "S": four small pictures; "L": one large one.
-  char ViewSize() const { return viewSize_; }
+  // The store.
+  void SetPoints(int points);
+  void ChangePointsMenu(int points);
+  // Appends a graph of (points+1) by (points+1) samples, row-major with
+  // `stride` samples per row.
+  void UpDateFnData2(int points, const float* values, std::size_t stride, float left, float right, float step);
+  // Files a result and draws it; a fifth opens a new form, which then holds
+  // it. Returns the form that holds it, or null after reporting 72 or 73.
+  Graph2Form* DisplayFunction(int points, const float* values, std::size_t stride, float left, float right,
+                              float step);
+  Graph2Form* DisplayTwoGraphs(int points, const float* first, const float* second, std::size_t stride, float left,
+                               float right, float step);
+  void DeleteGraph(int d);
+  void EraseAllGraphs();
+  void ResetMenu();
+  int NumGraphsPlotted() const { return graphCount_; }
 
+  // The view model.
+  void ChangeToLargeGraph(bool fromMenu);
+  void ChangeToSmallGraphs();
+  void SelectGraph(int k);  // OpGraph(k) clicked
+  char ViewSize() const { return viewSize_; }
+  int CurrentGraph() const { return currentGraph_; }
+  int PopUpGraph() const { return popUpGraph_; }
+
+  // Display.
+  void PlotOneGraph(int pointsPlusOne, float left);
+  void PlotOneSmallGraph(int pointsPlusOne, float left);
+  void PlotGraphLarge(int g);
+  void PlotJustOneSmallGraph(int g, bool clearFollowing);
+  void PlotAllSmallGraphs();
+  void InitializeDrawWidths();
+  ImageGraph Image(int g) const;
+
+  // Graph styles, zoom and trace.
+  void SetGraphStyleForm(int k);
+  void ResetGraphStyleMenu(int g);
+  void ChangeGraphStyle();
+  void Zoom();
+  void RestoreImage(int g);
+  void SetupZoomSideBox(bool fromPopup);
+  void InitializeTrace();
+  void UpDateTrace();
+  void MoveCursor(int dColumn, int dRow);
+
+  // Reading the store.
+  int Log2Points() const { return log2N_; }
+  const float* GraphValues(int g) const { return store_.Row(g); }
+  std::size_t RowStride() const { return Stride(); }
+  float GraphLeft(int g) const { return store_.a[static_cast<std::size_t>(g)]; }
+  float GraphRight(int g) const { return store_.b[static_cast<std::size_t>(g)]; }
+  float GraphStep(int g) const { return store_.h[static_cast<std::size_t>(g)]; }
+  float GraphMax(int g) const { return store_.peak[static_cast<std::size_t>(g)]; }
+  const GraphLook& Look(int g) const { return looks_[static_cast<std::size_t>(g)]; }
+  int CursorColumn() const { return cursorCol_; }
+  int CursorRow() const { return cursorRow_; }
+
+  // The form base.
+  int Points() const override { return n_; }
+  std::vector<GraphSummary> Graphs() const override;
   std::vector<Picture> Pictures() const override;
   void Paint(int picture, platform::Surface& surface) const override;
+  bool Mouse(MouseAction action, double x, double y, MouseButton button) override;
+  bool PictureMouse(int picture, MouseAction action, double x, double y, MouseButton button) override;
+  bool TracksPointer() const override;
+  const std::string& CursorText() const override { return cursorText_; }
   const FormLayout& Layout() const override;
+  bool QueryClose() override;
+  void Activated() override;
+  void ControlChanged(const std::string& name) override;
+
+  // The value of a number field; `failed` when it cannot be evaluated.
+  double Value(const std::string& text, bool& failed);
 
  private:
+  std::size_t Stride() const { return static_cast<std::size_t>(n_) + 1 + kMargin; }
+  void BuildControls();
+  void BindCommands();
   static std::span<const SideBoxRow<Graph2Form>> SideBoxTable();
+  void SideBoxOpening(int panel) override;
   void ClearSideBox();
+  void InitializeSideBox();
+  void InitializeGraph();
+  void RefreshGraph(int g);
+  // The selectors of the large view, FrGraphs and OpGraph 0 to 3.
+  void ShowGraphSelectors(bool on);
+  void SetAxisLabels(float xLeft, float xRight, float yLow, float yHigh);
+  void SetSmallLabels(int g);
+  void RefreshGraphStyleForm();
+  // A new form for results that do not fit here, with this form's view
+  // settings; null after reporting 72 or 73.
+  Graph2Form* NewResultForm(int points);
+  void OpenGraphStyle(const SideBoxCommand& box);
+  void OpenImageZoom(const SideBoxCommand& box);
+  void OpenTrace(const SideBoxCommand& box);
+  void ImageGo();
+  void RestoreAll();
+  // The grid point under a picture point of graph g, rounded and clamped.
+  int GridIndex(double coordinate, int g) const;
+  platform::RgbImage& Box(int picture) { return pictures_[static_cast<std::size_t>(picture)]; }
 
+  // FormulaHost
+  int FormulaPoints() const override { return n_; }
+  int FormulaGraphCount() const override { return graphCount_; }
+  double FormulaIntervalLength() const override { return plotRight_ - plotLeft_; }
+  std::optional<std::string> FormulaPrompt(const std::string& prompt, const std::string& title) override;
+  void FormulaError(int number) override;
+  platform::Random* FormulaRandom() override;
+  const formula::GraphTable* FormulaGraphs() override { return &graphTable_; }
+
+  int n_ = kDefaultPoints;
+  int log2N_ = 8;
+  int graphCount_ = 0;
+  int currentGraph_ = 0;
+  int popUpGraph_ = 0;
   char viewSize_ = 'S';
+  ColorMethod defColorMethod_ = kGrey;
+  Intensity defIntensity_ = kLinear;
+  float defThreshold_ = 0.0f;
+  std::string defThresholdText_ = "0";
+  float plotLeft_ = -0.5f, plotRight_ = 0.5f, plotLow_ = -0.5f, plotHigh_ = 0.5f;
+  int cursorCol_ = kDefaultPoints / 2, cursorRow_ = kDefaultPoints / 2;
+  bool plotting_ = false;
+  double mouseX_ = 0.0, mouseY_ = 0.0;  // the last point of the pointer, in the picture's coordinates
+  std::string cursorText_;
+  GraphStore<float, float> store_{0, kMaxGraphs, {}, {}, {}, {}, {}};
+  std::array<GraphLook, kSlots> looks_{};
+  PixelMatrix pixels_;
+  // What each picture shows: the large one (index 4) and the four small ones.
+  std::array<platform::RgbImage, kMaxGraphs + 1> pictures_{};
+  formula::FormulaState formula_;
+  formula::Compiler compiler_{formula_, *this};
+  formula::GraphTable graphTable_;
 };
 
 std::unique_ptr<Form> MakeGraph2Form(FormContext& context);

@@ -44,6 +44,15 @@ struct Picture {
 struct GraphSummary {
   double a = 0, b = 0, h = 0, peak = 0;
   std::vector<double> values;
+  // A matrix: `rows` rows of values.size()/rows samples, row 0 first.
+  int rows = 0;
+  // Further fields of the graph by name: a text, or numbers.
+  struct Field {
+    std::string name;
+    std::string text;
+    std::vector<double> numbers;  // used when the text is empty and this is not
+  };
+  std::vector<Field> fields;
 };
 
 class Form {

@@ -43,6 +43,17 @@ class Surface {
     for (const UserPoint& p : points) SetPixel(p.x, p.y, color);
   }
   virtual void Text(double x, double y, const std::string& text, Rgb color) = 0;
+  // An image over the whole surface, each image pixel a block of surface
+  // pixels, nearest neighbour, no smoothing. The scale is left in pixels.
+  virtual void DrawImage(const RgbImage& image) {
+    if (image.Empty()) return;
+    const int w = PixelWidth(), h = PixelHeight();
+    SetScale({0.0, 0.0, static_cast<double>(w > 1 ? w - 1 : 1), static_cast<double>(h > 1 ? h - 1 : 1)});
+    for (int y = 0; y < h; ++y)
+      for (int x = 0; x < w; ++x)
+        SetPixel(x, y, image.At(static_cast<int>(static_cast<long long>(x) * image.width / w),
+                                static_cast<int>(static_cast<long long>(y) * image.height / h)));
+  }
   virtual void Refresh() = 0;
   // What the surface shows now.
   virtual RgbImage Snapshot() const = 0;

@@ -31,6 +31,16 @@ struct PixelMap {
 
 }  // namespace
 
+void PainterSurface::DrawImage(const platform::RgbImage& image) {
+  if (image.Empty()) return;
+  const QImage picture(reinterpret_cast<const uchar*>(image.pixels.data()), image.width, image.height,
+                       image.width * 4, QImage::Format_RGB32);
+  p_.save();
+  p_.setRenderHint(QPainter::SmoothPixmapTransform, false);
+  p_.drawImage(target_, picture);
+  p_.restore();
+}
+
 QPointF PainterSurface::ToPixel(double x, double y) const { return PixelMap(scale_, target_)(x, y); }
 
 QPointF PainterSurface::ToUser(const platform::UserScale& scale, QRect target, QPointF pixel) {

@@ -26,6 +26,7 @@ class PainterSurface final : public platform::Surface {
   // from a QImage device only, and black elsewhere.
   platform::Rgb GetPixel(double x, double y) const override;
   void Text(double x, double y, const std::string& text, platform::Rgb color) override;
+  void DrawImage(const platform::RgbImage& image) override;
   void Refresh() override {}
   platform::RgbImage Snapshot() const override;
 

@@ -131,8 +131,11 @@ QWidget* PanelBuilder::MakeWidget(const LayoutNode& node, QWidget* owner) {
     }
     case ControlKind::Check: {
       auto* check = new QCheckBox(Q(control->text), owner);
-      QObject::connect(check, &QCheckBox::toggled, check,
-                       [this, name](bool on) { form_.controls().SetFromUser(name, on ? "1" : "0"); });
+      // Clicked, not toggled: the model's own changes come back through Show.
+      QObject::connect(check, &QCheckBox::clicked, check, [this, name](bool on) {
+        form_.controls().SetFromUser(name, on ? "1" : "0");
+        form_.ControlChanged(name);
+      });
       Bind(name, check, [check, common](const Control& c) {
         check->setText(Q(c.text));
         check->setChecked(c.value != 0);
@@ -147,6 +150,7 @@ QWidget* PanelBuilder::MakeWidget(const LayoutNode& node, QWidget* owner) {
       option->setAutoExclusive(false);
       QObject::connect(option, &QRadioButton::clicked, option, [this, name] {
         form_.controls().SetFromUser(name, "1");
+        form_.ControlChanged(name);
         form_.Touch();
         actions_.changed();
       });

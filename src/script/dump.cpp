@@ -54,7 +54,26 @@ std::string DumpJson(Frame& frame, const Form* form, const std::vector<std::stri
       out += g ? ",\n    {" : "\n    {";
       out += "\"a\": " + JsonNumber(graphs[g].a) + ", \"b\": " + JsonNumber(graphs[g].b);
       out += ", \"h\": " + JsonNumber(graphs[g].h) + ", \"peak\": " + JsonNumber(graphs[g].peak);
-      out += ", \"values\": " + NumbersJson(graphs[g].values) + "}";
+      if (graphs[g].rows > 0) {
+        // A matrix: one array per row, row 0 first.
+        const std::size_t rows = static_cast<std::size_t>(graphs[g].rows);
+        const std::size_t columns = graphs[g].values.size() / rows;
+        out += ", \"values\": [";
+        for (std::size_t i = 0; i < rows; ++i) {
+          const auto first = graphs[g].values.begin() + static_cast<std::ptrdiff_t>(i * columns);
+          out += (i ? ",\n      " : "\n      ") + NumbersJson(std::vector<double>(first, first + static_cast<std::ptrdiff_t>(columns)));
+        }
+        out += "]";
+      } else {
+        out += ", \"values\": " + NumbersJson(graphs[g].values);
+      }
+      for (const GraphSummary::Field& f : graphs[g].fields) {
+        out += ", " + JsonString(f.name) + ": ";
+        if (!f.text.empty() || f.numbers.empty()) out += JsonString(f.text);
+        else if (f.numbers.size() == 1) out += JsonNumber(f.numbers[0]);
+        else out += NumbersJson(f.numbers);
+      }
+      out += "}";
     }
     out += graphs.empty() ? "],\n" : "\n  ],\n";
     out += "  \"controls\": " + ControlsJson(form->controls()) + ",\n";

@@ -29,7 +29,7 @@ bool SoundEditorForm::LoadWavFile(const std::string& path) {
 std::vector<GraphSummary> SoundEditorForm::Graphs() const {
   if (samples_.empty() || rate_ <= 0) return {};
   const double h = 1.0 / rate_;
-  return {GraphSummary{0.0, h * static_cast<double>(samples_.size()), h, 0.0, samples_}};
+  return {GraphSummary{0.0, h * static_cast<double>(samples_.size()), h, 0.0, samples_, 0, {}}};
 }
 
 std::unique_ptr<Form> MakeSoundEditorForm(FormContext& context) { return std::make_unique<SoundEditorForm>(context); }

@@ -1,0 +1,54 @@
+// The panels of the two-dimensional form's side box and its formula row.
+
+#include "form2d/graph2_form.h"
+
+namespace keldo::form2d {
+namespace {
+
+using namespace layout;
+using F = LayoutNode;
+
+FormLayout MakeLayout() {
+  FormLayout l;
+  std::vector<LayoutNode> frames;
+  for (int k = 0; k < kMaxGraphs; ++k)
+    frames.push_back(GroupOf(IndexedName("FrTrace", k), Column({Item(IndexedName("LabTrace", k))})));
+  std::vector<LayoutNode> moves;
+  for (const char* name : {"cmdMoveLeft", "cmdMoveOnceLeft", "cmdMoveOnceRight", "cmdMoveRight", "cmdMoveDown",
+                           "cmdMoveOnceDown", "cmdMoveOnceUp", "cmdMoveUp"})
+    moves.push_back(Item(name, F::kNarrow));
+  frames.push_back(Grid(4, std::move(moves)));
+  LayoutNode remarks = Column({Item("Remarks", F::kMultiLine)});
+  remarks.flags = F::kNoMargins;
+  l.sideBox = {
+      {kPanelGraph, Rows({Item("LabSquare"), Field("L =", "EndRValue"), Item("GoButton(1)"), Item("PercentDone")})},
+      {kPanelGraphStyle,
+       Rows({Title("labGraphStyle"), Item("optColor"), Item("optGrey"), Item("opGreyPm"), Item("optLinear"),
+             Item("optLog"), Pair("OpWaveLog", "txtLinReg"), CaptionedBy("LabThreshold", "TxtThreshold"),
+             Item("GoButton(2)")})},
+      {kPanelImage, Rows({Title("Label(16)"), Field("Graph:", "TxtGraphStat"), Field("Column:", "txtZoomCoord(0)"),
+                          Field("Row:", "txtZoomCoord(1)"), Item("GoButton(11)"), Item("GoButton(12)"),
+                          Item("GoButton(13)")})},
+      {kPanelTrace, Column(std::move(frames))},
+      {kPanelRemarks, remarks},
+  };
+  LayoutNode formula = Item("Formula", F::kStretch | F::kFormulaBox);
+  formula.enter = "GoButton(1)";
+  formula.minimumWidth = 240;
+  l.bottom = Line({Text("Enter a formula for f(x,y)."), formula, Item("OpGraph(0)"), Item("OpGraph(1)"), Item("OpGraph(2)"),
+                   Item("OpGraph(3)")});
+  l.titleControl = "mnuHelpSideBox";
+  l.titleSkip = 9;  // "Help for "
+  l.focusField = "Formula";
+  l.focusWhileEnabled = "GoButton(1)";
+  return l;
+}
+
+}  // namespace
+
+const FormLayout& Graph2Form::Layout() const {
+  static const FormLayout kLayout = MakeLayout();
+  return kLayout;
+}
+
+}  // namespace keldo::form2d
