@@ -67,14 +67,19 @@ void Graph2Form::SetSmallLabels(int g) {
     controls_.SetText(names[static_cast<std::size_t>(k)], g < graphCount_ ? FormatLabel(values[k]) : "");
 }
 
-void Graph2Form::PlotOneGraph(int pointsPlusOne, float left) {
-  const int g = graphCount_ - 1;
-  if (g < 0) return;
-  const int a = AdjustValue(pointsPlusOne);
+int Graph2Form::NewestPlotWindow(int pointsPlusOne, float left) {
+  // The new graph's right end is taken as the negative of its left end.
   plotLeft_ = left;
   plotRight_ = -left;
   plotLow_ = left;
   plotHigh_ = -left;
+  return AdjustValue(pointsPlusOne);
+}
+
+void Graph2Form::PlotOneGraph(int pointsPlusOne, float left) {
+  const int g = graphCount_ - 1;
+  if (g < 0) return;
+  const int a = NewestPlotWindow(pointsPlusOne, left);
   controls_.SetText("LabGraph", looks_[static_cast<std::size_t>(g)].caption);
   ShowGraphSelectors(true);
   controls_.SetFromUser(IndexedName("OpGraph", g), "1");
@@ -89,11 +94,7 @@ void Graph2Form::PlotOneGraph(int pointsPlusOne, float left) {
 void Graph2Form::PlotOneSmallGraph(int pointsPlusOne, float left) {
   const int g = graphCount_ - 1;
   if (g < 0) return;
-  const int a = AdjustValue(pointsPlusOne);
-  plotLeft_ = left;
-  plotRight_ = -left;
-  plotLow_ = left;
-  plotHigh_ = -left;
+  const int a = NewestPlotWindow(pointsPlusOne, left);
   SetSmallLabels(g);
   controls_.SetText(IndexedName("LabGraphSm", g), looks_[static_cast<std::size_t>(g)].caption);
   FillImageMatrix(Image(g), pixels_);

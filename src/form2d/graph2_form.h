@@ -140,6 +140,8 @@ class Graph2Form final : public Form, private formula::FormulaHost {
   void RefreshGraph(int g);
   // The selectors of the large view, FrGraphs and OpGraph 0 to 3.
   void ShowGraphSelectors(bool on);
+  // The plot window of a graph just filed; its adjusted point count.
+  int NewestPlotWindow(int pointsPlusOne, float left);
   void SetAxisLabels(float xLeft, float xRight, float yLow, float yHigh);
   void SetSmallLabels(int g);
   void RefreshGraphStyleForm();
