@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "kit/form_context.h"
+#include "kit/formula_file.h"
 #include "kit/typed_forms.h"
 #include "common/file_io.h"
 #include "common/number_text.h"
@@ -18,7 +19,7 @@ namespace {
 constexpr const char* kFormFilter = "(*.kd1)|*.kd1";
 constexpr const char* kSaveGraphFilter = "Binary data files (*.kb1)|*.kb1";
 constexpr const char* kLoadGraphFilter = "KELDO data file (*.kb1)|*.kb1|VRN data file (*.kdt)|*.kdt";
-constexpr const char* kFormulaFilter = "Formula files (*.uf1)|*.uf1";
+constexpr FormulaFileKind kFormulaFile{"Formula files (*.uf1)|*.uf1", ".uf1"};
 
 
 // Text in a file is one byte per character; the controls hold UTF-8.
@@ -270,40 +271,15 @@ void Graph1Form::NextFormula() {
   Touch();
 }
 
-namespace {
-
-// The dialog of the formula file buttons, at folder 6 or "Formulas".
-std::optional<platform::FileDialogResult> FormulaFileDialog(FormContext& context, platform::FileDialogMode mode) {
-  const bool open = mode == platform::FileDialogMode::Open;
-  return context.services().fileDialog->Run({mode, open ? "Load formula" : "Save formula", kFormulaFilter, 1,
-                                           open ? platform::kFlagFileMustExist : platform::kFlagOverwritePrompt,
-                                           open ? "" : ".uf1", context.DialogFolder(kFolderFormulas, "Formulas")});
-}
-
-}  // namespace
-
 void Graph1Form::LoadFormulaFile() {
-  const auto chosen = FormulaFileDialog(context_, platform::FileDialogMode::Open);
-  if (!chosen) return;
-  std::vector<std::uint8_t> bytes;
-  if (!ReadFileBytes(chosen->path, bytes)) {
-    context_.ShowError(20);
-    return;
-  }
-  controls_.SetText("Formula", FromFile(std::string(bytes.begin(), bytes.end())));
-  context_.RememberDialogFolder(kFolderFormulas, chosen->path);
+  const std::optional<std::string> bytes = keldo::LoadFormulaFile(context_, kFormulaFile);
+  if (!bytes) return;
+  controls_.SetText("Formula", FromFile(*bytes));
   Touch();
 }
 
 void Graph1Form::SaveFormulaFile() {
-  const auto chosen = FormulaFileDialog(context_, platform::FileDialogMode::Save);
-  if (!chosen) return;
-  const std::string text = ToFile(controls_.Text("Formula")) + "\r\n";
-  if (!WriteFileBytes(chosen->path, std::vector<std::uint8_t>(text.begin(), text.end()))) {
-    context_.ShowError(36);
-    return;
-  }
-  context_.RememberDialogFolder(kFolderFormulas, chosen->path);
+  keldo::SaveFormulaFile(context_, kFormulaFile, ToFile(controls_.Text("Formula")) + "\r\n");
 }
 
 }  // namespace keldo::form1d

@@ -395,6 +395,12 @@ bool Graph2Form::TracksPointer() const { return true; }
 
 // ------------------------------------------------------------ plot face
 
+std::array<double, 4> Graph2Form::Window() const {
+  if (currentGraph_ >= graphCount_) return {plotLeft_, plotRight_, plotLow_, plotHigh_};
+  const GraphLook& look = looks_[static_cast<std::size_t>(currentGraph_)];
+  return {look.viewXLeft, look.viewXRight, look.viewYLow, look.viewYHigh};
+}
+
 std::vector<Picture> Graph2Form::Pictures() const {
   const auto window = [this](int g, Picture& p) {
     if (g < graphCount_) {

@@ -35,6 +35,9 @@ Graph2Form::Graph2Form(FormContext& context) : Form(context, FormKind::Graph2) {
   n_ = ValidPoints(framePoints) ? framePoints : kDefaultPoints;
   log2N_ = Log2(n_);
   cursorCol_ = cursorRow_ = n_ / 2;
+  formula_.twoDimensional = true;
+  formula_.noiseTerms = 64;
+  formulaHistory_.Initialize(context_.settings().formulas2d);
   BuildControls();
   store_.Size(Stride() * Stride(), kMaxGraphs, false);
   store_.a[0] = plotLeft_;
@@ -67,6 +70,16 @@ void Graph2Form::BuildControls() {
   Control& go1 = controls_.Add("GoButton(1)", ControlKind::Button, "&Plot");
   go1.tip = "Draws the formula as an image.";
   controls_.Add("PercentDone", ControlKind::Label, "0% done.").visible = false;
+  static const char* kGraphButtons[5][2] = {{"Previous", "Previous formula"},
+                                            {"Next", "Next formula"},
+                                            {"Load", "Load a formula file (*.uf2)"},
+                                            {"Save", "Save the formula to a file (*.uf2)"},
+                                            {"Help", "Help on two-dimensional formulas"}};
+  for (int k = 0; k < 5; ++k) {
+    Control& b = controls_.Add(IndexedName("cmdGraph", k), ControlKind::Button, kGraphButtons[k][0]);
+    b.tip = kGraphButtons[k][1];
+    b.enabled = false;
+  }
   // The graph style box.
   controls_.Add("labGraphStyle", ControlKind::Label, "Graph 1");
   controls_.AddOption("optColor", "Color (+/-)", "ColorMethod");
@@ -121,6 +134,7 @@ std::span<const SideBoxRow<Graph2Form>> Graph2Form::SideBoxTable() {
   using G = Graph2Form;
   // Rows that share a key open the same box again; the first one is restored.
   static const SideBoxRow<G> kRows[] = {
+      {{"mnuPlot", "Graph", "Graphing", kPanelGraph, 1}, &G::OpenGraphing, &G::PlotTheGraph2},
       {{"mnuChangeGraphStyle", "GrStyle", "Graph style", kPanelGraphStyle, 2}, &G::OpenGraphStyle,
        &G::ChangeGraphStyle},
       {{"mnuViewZoom", "ImageZoom", "Image zoom", kPanelImage, 11}, &G::OpenImageZoom, &G::ImageGo},
@@ -162,6 +176,16 @@ void Graph2Form::BindCommands() {
     RestoreImage(static_cast<int>(std::nearbyint(Val(text))) - 1);
   });
   OnButton("GoButton(13)", [this](int) { RestoreAll(); });
+  OnButton("cmdGraph", [this](int index) {
+    switch (index) {
+      case 0: PreviousFormula(); break;
+      case 1: NextFormula(); break;
+      case 2: LoadFormula(); break;
+      case 3: SaveFormula(); break;
+      case 4: FormulaHelp(""); break;
+      default: break;
+    }
+  });
   const std::pair<const char*, std::pair<int, int>> moves[8] = {
       {"cmdMoveLeft", {-1, 0}},  {"cmdMoveOnceLeft", {-1, 0}}, {"cmdMoveOnceRight", {1, 0}}, {"cmdMoveRight", {1, 0}},
       {"cmdMoveDown", {0, -1}},  {"cmdMoveOnceDown", {0, -1}}, {"cmdMoveOnceUp", {0, 1}},    {"cmdMoveUp", {0, 1}}};
@@ -464,6 +488,11 @@ void Graph2Form::InitializeSideBox() {
 
 void Graph2Form::SideBoxOpening(int) { InitializeSideBox(); }
 
+void Graph2Form::OpenGraphing(const SideBoxCommand&) {
+  controls_.SetVisible("GoButton(1)", true);
+  for (int k = 0; k < 5; ++k) controls_.SetEnabled(IndexedName("cmdGraph", k), true);
+}
+
 void Graph2Form::InitializeGraph() {
   SetSideBoxKey("Graph");
   controls_.SetVisible("GoButton(1)", true);
@@ -486,8 +515,13 @@ bool Graph2Form::QueryClose() {
 }
 
 void Graph2Form::Activated() {
+  formulaHistory_.Initialize(context_.settings().formulas2d);
   controls_.SetEnabled("mnuPasteGraph", false);
   Touch();
+}
+
+void Graph2Form::FormulaHelp(const std::string& selected) {
+  context_.GetHelp("KELDOX.HLP", selected.empty() ? "Two-dimensional formulas" : selected);
 }
 
 std::vector<GraphSummary> Graph2Form::Graphs() const {

@@ -13,6 +13,7 @@
 #include "form2d/image_display.h"
 #include "formula/compiler.h"
 #include "kit/form.h"
+#include "kit/formula_history.h"
 #include "kit/graph_store.h"
 
 namespace keldo::form2d {
@@ -99,6 +100,22 @@ class Graph2Form final : public Form, private formula::FormulaHost {
   void UpDateTrace();
   void MoveCursor(int dColumn, int dRow);
 
+  // Formulas of x and y.
+  void PlotTheGraph2();
+  void PlotGraph2(std::string& error, const std::string& command, float l);
+  // Evaluates the formula over count by count points, rows of y outermost,
+  // into values (rows of Stride() samples), and files it; error "E" after a
+  // run-time error, nothing filed when stopped.
+  void USERFN2(int count, float left, float right, float step, std::vector<float>& values, std::string& error,
+               const std::string& command);
+  void RestorePlotButton();
+  bool Plotting() const { return plotting_; }
+  void PreviousFormula();
+  void NextFormula();
+  void LoadFormula();
+  void SaveFormula();
+  const std::vector<std::string>& History() const { return formulaHistory_.Plotted(); }
+
   // Reading the store.
   int Log2Points() const { return log2N_; }
   const float* GraphValues(int g) const { return store_.Row(g); }
@@ -113,6 +130,8 @@ class Graph2Form final : public Form, private formula::FormulaHost {
 
   // The form base.
   int Points() const override { return n_; }
+  // The view window of the current graph.
+  std::array<double, 4> Window() const override;
   std::vector<GraphSummary> Graphs() const override;
   std::vector<Picture> Pictures() const override;
   void Paint(int picture, platform::Surface& surface) const override;
@@ -124,6 +143,7 @@ class Graph2Form final : public Form, private formula::FormulaHost {
   bool QueryClose() override;
   void Activated() override;
   void ControlChanged(const std::string& name) override;
+  void FormulaHelp(const std::string& selected) override;
 
   // The value of a number field; `failed` when it cannot be evaluated.
   double Value(const std::string& text, bool& failed);
@@ -134,6 +154,8 @@ class Graph2Form final : public Form, private formula::FormulaHost {
   void BindCommands();
   static std::span<const SideBoxRow<Graph2Form>> SideBoxTable();
   void SideBoxOpening(int panel) override;
+  bool IsStopButton(int k) const override;
+  bool StopWork() override;
   void ClearSideBox();
   void InitializeSideBox();
   void InitializeGraph();
@@ -148,6 +170,7 @@ class Graph2Form final : public Form, private formula::FormulaHost {
   // A new form for results that do not fit here, with this form's view
   // settings; null after reporting 72 or 73.
   Graph2Form* NewResultForm(int points);
+  void OpenGraphing(const SideBoxCommand& box);
   void OpenGraphStyle(const SideBoxCommand& box);
   void OpenImageZoom(const SideBoxCommand& box);
   void OpenTrace(const SideBoxCommand& box);
@@ -179,6 +202,8 @@ class Graph2Form final : public Form, private formula::FormulaHost {
   float plotLeft_ = -0.5f, plotRight_ = 0.5f, plotLow_ = -0.5f, plotHigh_ = 0.5f;
   int cursorCol_ = kDefaultPoints / 2, cursorRow_ = kDefaultPoints / 2;
   bool plotting_ = false;
+  float formulaLeft_ = -0.5f, formulaRight_ = 0.5f, formulaStep_ = 1.0f / kDefaultPoints;
+  FormulaHistory formulaHistory_;
   double mouseX_ = 0.0, mouseY_ = 0.0;  // the last point of the pointer, in the picture's coordinates
   std::string cursorText_;
   GraphStore<float, float> store_{0, kMaxGraphs, {}, {}, {}, {}, {}};

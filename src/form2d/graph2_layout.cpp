@@ -35,8 +35,13 @@ FormLayout MakeLayout() {
   LayoutNode formula = Item("Formula", F::kStretch | F::kFormulaBox);
   formula.enter = "GoButton(1)";
   formula.minimumWidth = 240;
-  l.bottom = Line({Text("Enter a formula for f(x,y)."), formula, Item("OpGraph(0)"), Item("OpGraph(1)"), Item("OpGraph(2)"),
-                   Item("OpGraph(3)")});
+  std::vector<LayoutNode> row{Text("Enter a formula for f(x,y)."), formula};
+  for (int k = 0; k < 5; ++k) row.push_back(Item(IndexedName("cmdGraph", k), F::kFitWidth));
+  // The selectors of the large view stand on a line of their own.
+  std::vector<LayoutNode> selectors;
+  for (int k = 0; k < kMaxGraphs; ++k) selectors.push_back(Item(IndexedName("OpGraph", k)));
+  selectors.push_back(Stretch());
+  l.bottom = Column({Line(std::move(selectors)), Line(std::move(row))});
   l.titleControl = "mnuHelpSideBox";
   l.titleSkip = 9;  // "Help for "
   l.focusField = "Formula";

@@ -61,6 +61,12 @@ int OperatorCode(char c) {
 }
 
 bool IsFunction(char c) { return FunctionCharacters().find(c) != std::string_view::npos; }
+
+// In the two-dimensional language the characters of G1 to G4 are variables.
+constexpr std::string_view kGraphVariables = "@#%:";
+bool IsFunctionIn(char c, bool twoDimensional) {
+  return IsFunction(c) && !(twoDimensional && kGraphVariables.find(c) != std::string_view::npos);
+}
 bool IsNumberChar(char c) { return NumberCharacters().find(c) != std::string_view::npos; }
 
 bool IsLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
@@ -70,7 +76,8 @@ bool IsLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 // carry their own opening, so the typed ones are spelled out once, before any
 // pass runs: "S(" becomes "SIN(" and "@(" becomes "@". An S or G that ends a
 // word (ABS, COS, ACS, LOG, RANG) is left alone.
-void ExpandTypedFunctions(std::string& text) {
+void ExpandTypedFunctions(std::string& text, bool twoDimensional) {
+  const std::string_view opening = twoDimensional ? "?$;~" : "?$;~@#%:";
   std::string out;
   out.reserve(text.size() + 8);
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -81,7 +88,7 @@ void ExpandTypedFunctions(std::string& text) {
       out += "SIN";
     } else if (paren && !afterLetter && (c == 'G' || c == 'g')) {
       out += "GRI";
-    } else if (paren && std::string_view("?$;~@#%:").find(c) != std::string_view::npos) {
+    } else if (paren && opening.find(c) != std::string_view::npos) {
       out.push_back(c);
       ++i;  // the character opens its own group
     } else {
@@ -109,6 +116,7 @@ void BindEvaluator(Evaluator& ev, const FormulaState& state) {
   ev.state = state.initialValues.data();
   ev.bounds = BoundsOf(state);
   ev.noiseTerms = state.noiseTerms;
+  ev.single = state.twoDimensional;
 }
 
 double ScanNumber(const std::string& text) {
@@ -181,6 +189,12 @@ void Compiler::CHSTAT(std::string& command) {
 }
 
 void Compiler::FIRPASS(std::string& text) {
+  const bool plane = s_.twoDimensional;
+  if (plane) {
+    // G1 to G4 are plain variables here, the samples of the stored graphs.
+    static const char* kWordsG[4] = {"G1", "G2", "G3", "G4"};
+    for (int g = 0; g < 4; ++g) ReplaceAll(text, kWordsG[g], Paren(kGraphVariables[static_cast<std::size_t>(g)]));
+  }
   ReplaceAll(text, "D-", "DDE");
   ReplaceAll(text, "RANU(", "RAN(");
   ReplaceAll(text, "POINTS", "(" + std::to_string(host_.FormulaPoints()) + ")");
@@ -208,6 +222,7 @@ void Compiler::FIRPASS(std::string& text) {
   ReplaceAll(text, "-+", "-");
   ReplaceAll(text, "--", "+");
   ReplaceAll(text, "++", "+");
+  if (plane) ReplaceAll(text, "TANH(", std::string(1, ch::kEntr));  // opcode 13 is TANH here
   static const std::pair<const char*, char> kWords[] = {
       {"EXP(", ch::kExp},   {"COS(", ch::kCos},     {"SIN(", ch::kSin},     {"SQR(", ch::kSqr},
       {"ABS(", ch::kAbs},   {"TAN(", ch::kTan},     {"ATN(", ch::kAtn},     {"LOG(", ch::kLog},
@@ -218,8 +233,9 @@ void Compiler::FIRPASS(std::string& text) {
       {"SUMN(", ch::kSumN}, {"PRODP(", ch::kProdP}, {"PRODQ(", ch::kProdQ}, {"BELL(", ch::kBell}};
   for (const auto& [word, c] : kWords) {
     if (word == nullptr) ReplaceAll(text, std::string(1, ch::kDeltaMark) + "(", std::string(1, c));
-    else ReplaceAll(text, word, std::string(1, c));
+    else if (!(plane && c == ch::kEntr)) ReplaceAll(text, word, std::string(1, c));
   }
+  if (plane) return;
   static const char kGraphs[5] = {ch::kG1, ch::kG2, ch::kG3, ch::kG4, ch::kG5};
   const int graphs = host_.FormulaGraphCount();
   for (int g = 0; g < 5 && g < graphs; ++g)
@@ -263,8 +279,8 @@ bool IsComparator(char c) { return c == ch::kAtLeast || c == '<' || c == ch::kAt
 
 // How a character moves the chain depth: "(" and function characters open,
 // ")" and "&" close; everything else leaves it.
-int ChainDepthStep(char c) {
-  if (c == '(' || IsFunction(c)) return 1;
+int ChainDepthStep(char c, bool twoDimensional) {
+  if (c == '(' || IsFunctionIn(c, twoDimensional)) return 1;
   if (c == ')' || c == ch::kAnd) return -1;
   return 0;
 }
@@ -273,12 +289,12 @@ int ChainDepthStep(char c) {
 // its own depth before the depth falls below it; npos where there is none.
 // One left-to-right sweep: a stack of comparators still waiting, deepest on
 // top, is cut back whenever the depth falls.
-std::vector<std::size_t> ChainPartners(const std::string& text) {
+std::vector<std::size_t> ChainPartners(const std::string& text, bool twoDimensional) {
   std::vector<std::size_t> partner(text.size(), std::string::npos);
   std::vector<std::pair<long, std::size_t>> waiting;  // (depth, position)
   long depth = 0;
   for (std::size_t k = 0; k < text.size(); ++k) {
-    depth += ChainDepthStep(text[k]);
+    depth += ChainDepthStep(text[k], twoDimensional);
     while (!waiting.empty() && waiting.back().first > depth) waiting.pop_back();
     if (!IsComparator(text[k])) continue;
     if (!waiting.empty() && waiting.back().first == depth) {
@@ -301,9 +317,9 @@ std::vector<std::size_t> ChainPartners(const std::string& text) {
 // rescanning the growing text from every comparator. The text only grows, so
 // the first output past the length limit already decides the outcome: the
 // expansion stops there and the caller refuses the text.
-void Compiler::DINEQ(std::string& text) {
+void Compiler::DINEQ(std::string& text, bool twoDimensional) {
   if (text.size() > kLongestText) return;
-  const std::vector<std::size_t> partner = ChainPartners(text);
+  const std::vector<std::size_t> partner = ChainPartners(text, twoDimensional);
   struct Segment {
     std::size_t pos, end, outStart;
   };
@@ -341,7 +357,7 @@ void Compiler::PARVALI(std::string& text, std::string& command, bool& found) {
   ReplaceAll(c, "<=", "<|");
   ReplaceAll(c, "=<", "|<");
   ReplaceAll(c, ">=", ">|");
-  const std::string& letters = s_.formType == 0 ? kLongLetters : kShortLetters;
+  const std::string& letters = s_.formType == 0 && !s_.twoDimensional ? kLongLetters : kShortLetters;
   std::size_t pos = 0;
   for (;;) {
     const std::string token = NextToken(pos, c, kSeparators);
@@ -388,7 +404,8 @@ void Compiler::THRPASS(std::string& text) {
     ReplaceAll(text, find, Paren(ch::kY[k]));
     s_.order = k + 1;
   }
-  if (Contains(text, 'Y')) {
+  // In the two-dimensional language a bare Y is the variable.
+  if (!s_.twoDimensional && Contains(text, 'Y')) {
     ReplaceAll(text, "Y", Paren(ch::kY[0]));
     if (s_.order < 1) s_.order = 1;
   }
@@ -458,7 +475,7 @@ void Compiler::COMPILE(int mode, const std::string& typed, std::string& command)
   std::string text = ToFormulaText(mode == kModeValue ? s_.valueText : typed);
   RemoveChar(text, ch::kLeftQuote);
   RPRIMES(text);
-  ExpandTypedFunctions(text);
+  ExpandTypedFunctions(text, s_.twoDimensional);
   command.clear();
   for (int pass = 1;; ++pass) {
     if (pass > 60) {
@@ -508,7 +525,7 @@ void Compiler::COMPILE(int mode, const std::string& typed, std::string& command)
       return;
     }
     InsertLogicalTokens(formula);
-    DINEQ(formula);
+    DINEQ(formula, s_.twoDimensional);
     if (formula.size() > kLongestText) {
       command = kErrorResult;
       return;
@@ -520,7 +537,7 @@ void Compiler::COMPILE(int mode, const std::string& typed, std::string& command)
       text = formula + "\\" + cmd;
       continue;
     }
-    const std::string& letters = s_.formType == 0 ? kLongLetters : kShortLetters;
+    const std::string& letters = s_.formType == 0 && !s_.twoDimensional ? kLongLetters : kShortLetters;
     std::string marks(letters.size(), 'N');
     bool any = false;
     for (std::size_t k = 0; k < letters.size(); ++k) {
@@ -565,19 +582,23 @@ void Compiler::COMPILE(int mode, const std::string& typed, std::string& command)
 }
 
 bool Compiler::COMBG(std::string t, bool allowP) {
+  const bool plane = s_.twoDimensional;
+  const auto isFunction = [plane](char c) { return IsFunctionIn(c, plane); };
   // Unary signs: a sign after "(" or a function character gets a 0 before it.
   for (std::size_t i = 1; i < t.size(); ++i) {
-    if ((t[i] == '+' || t[i] == '-') && (t[i - 1] == '(' || IsFunction(t[i - 1]))) {
+    if ((t[i] == '+' || t[i] == '-') && (t[i - 1] == '(' || isFunction(t[i - 1]))) {
       t.insert(i, 1, '0');
       ++i;
     }
   }
   // Implied multiplication.
+  // The two-dimensional sets read Y after X and the graph variables last.
   const std::string states(StateCharacters());
-  const std::string setA = std::string(".X)IJKNPQ") + states + std::string(NumberCharacters());
-  const std::string setB = std::string("X(IJKNPQ") + states + std::string(FunctionCharacters());
-  const std::string setC = std::string(")XIJKNPQ") + states;
-  if (t != "(XIJKNPQ" + states) {
+  const std::string y = plane ? "Y" : "", graphs = plane ? std::string(kGraphVariables) : "";
+  const std::string setA = ".X" + y + ")IJKNPQ" + states + std::string(NumberCharacters()) + graphs;
+  const std::string setB = "X" + y + "(IJKNPQ" + states + std::string(FunctionCharacters()) + graphs;
+  const std::string setC = ")X" + y + "IJKNPQ" + states + graphs;
+  if (t != "(X" + y + "IJKNPQ" + states + graphs) {
     for (std::size_t i = 1; i < t.size(); ++i) {
       if (Contains(setA, t[i - 1]) && Contains(setB, t[i])) {
         t.insert(i, 1, '*');
@@ -597,7 +618,7 @@ bool Compiler::COMBG(std::string t, bool allowP) {
   int depth = 0, deepest = 0;
   bool negative = false;
   for (std::size_t i = 1; i < t.size(); ++i) {
-    if (t[i] == '(' || IsFunction(t[i])) ++depth;
+    if (t[i] == '(' || isFunction(t[i])) ++depth;
     else if (t[i] == ')') --depth;
     if (depth < 0) negative = true;
     map[i] = depth;
@@ -666,6 +687,11 @@ bool Compiler::COMBG(std::string t, bool allowP) {
       const auto operandCode = [&](const std::string& operand) -> std::int32_t {
         const char c = operand.empty() ? '\0' : operand[0];
         if (c == 'X') return kOperandX;
+        if (plane && c == 'Y') return kOperandY;
+        if (plane && c != '\0') {
+          if (const std::size_t g = kGraphVariables.find(c); g != std::string_view::npos)
+            return kOperandGraph + static_cast<std::int32_t>(g);
+        }
         if (c == ')') return kOperandGroup;
         if (const std::size_t k = kIndexLetters.find(c); c != '\0' && k != std::string::npos)
           return kOperandIndex + static_cast<std::int32_t>(k);
@@ -675,7 +701,7 @@ bool Compiler::COMBG(std::string t, bool allowP) {
           for (int k = 0; k < 5; ++k)
             if (c == ch::kF[k]) return kOperandSlot + k;
         }
-        out.pool.push_back(VALUQ(operand));
+        out.pool.push_back(VALUQ(operand, plane));
         return kOperandNumber;
       };
       prog.push_back(operandCode(operands[0]));
@@ -696,8 +722,8 @@ bool Compiler::COMBG(std::string t, bool allowP) {
   return true;
 }
 
-double Compiler::VALUQ(std::string text) {
-  ReplaceAll(text, "DDE", "D-");
+double Compiler::VALUQ(std::string text, bool twoDimensional) {
+  ReplaceAll(text, "DDE", twoDimensional ? "E-" : "D-");
   if (text == std::string(1, ch::kPi) || text == "PI") return kPiLiteral;
   if (text.size() > 1 && text.compare(text.size() - 2, 2, "PI") == 0) {
     text.erase(text.size() - 2);
@@ -733,7 +759,7 @@ double Compiler::VALU(std::string& text) {
   ev.random = host_.FormulaRandom();
   ev.graphs = host_.FormulaGraphs();
   ev.Prepare();
-  const double value = ev.Eval(0, 0.0);
+  const double value = s_.twoDimensional ? ev.Eval2(0, 0, 0.0, 0.0) : ev.Eval(0, 0.0);
   if (ev.fault() != kNoFault) {
     text = kValueFailure;
     s_.valueFault = -12;

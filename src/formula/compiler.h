@@ -30,6 +30,10 @@ struct FormulaState {
   std::string valueText;   // the text VALU compiles
   std::array<double, 11> initialValues{};  // the equation's state Y0..Y10
   int sumCode = 0;         // internal code of a duplicated sum (TMSP)
+  // The language of functions of x and y: Y is a variable, G1 to G4 are the
+  // samples of the stored graphs at the point, and values are single
+  // precision (see the two-dimensional passes in compiler.cpp).
+  bool twoDimensional = false;
 };
 
 class FormulaHost {
@@ -81,7 +85,7 @@ class Compiler {
   void FIRPASS(std::string& text);
   void RandomTerms(std::string& command);
   static void InsertLogicalTokens(std::string& text);
-  static void DINEQ(std::string& text);
+  static void DINEQ(std::string& text, bool twoDimensional = false);
   void PARVALI(std::string& text, std::string& command, bool& found);
   // False when the user cancelled or a letter cannot be asked for.
   bool PARVAL(std::string& text, const std::string& marks);
@@ -91,7 +95,9 @@ class Compiler {
   void INSHV(std::string& text);
   // Turns the prepared text into the program; false when it is improper.
   bool COMBG(std::string text, bool allowP);
-  static double VALUQ(std::string text);
+  // A number of the program text. The two-dimensional language turns the
+  // marker "DDE" back into "E-", the other into "D-": the same number.
+  static double VALUQ(std::string text, bool twoDimensional = false);
 
  private:
   void VSPTK(int index, int lo, int hi);

@@ -65,7 +65,7 @@ void Evaluator::Prepare() {
   previous_.assign(groups + 1, 0.0);
   tape_.clear();
   registers_.clear();
-  if (useTape) LinkTape();
+  if (useTape && !single) LinkTape();
 }
 
 namespace {
@@ -272,6 +272,18 @@ double Evaluator::EvalTape(int index, double x) {
 
 double Evaluator::Function(int fn, double x) {
   double r;
+  // The plane's sinc, sign, RECT and BELL take a single-precision argument.
+  if (single && (fn == 9 || fn == 10 || fn == 14 || fn == 28)) x = static_cast<float>(x);
+  if (single && fn == 13) {
+    // TANH from four exponentials.
+    r = (std::exp(x) - std::exp(-x)) / (std::exp(x) + std::exp(-x));
+    if (!std::isfinite(r)) {
+      fault_ = FaultOf(r);
+      return 0.0;
+    }
+    return r;
+  }
+  if (single && fn >= 29) return x;  // no graph functions in the plane
   switch (fn) {
     case 0: r = x; break;
     case 1: r = std::fabs(x); break;
@@ -356,6 +368,48 @@ double Evaluator::Function(int fn, double x) {
   return r;
 }
 
+double Evaluator::Eval2(int column, int row, double x, double y) {
+  fault_ = kNoFault;
+  column_ = column;
+  row_ = row;
+  y_ = static_cast<float>(y);
+  const double v = EvalProgram(column, static_cast<float>(x));
+  return fault_ != kNoFault ? 0.0 : static_cast<double>(static_cast<float>(v));
+}
+
+bool Evaluator::Operand(int code, int index, double x, std::size_t& constant, double& v) const {
+  const std::vector<double>& pool = formula->pool;
+  if (code == kOperandNumber) {
+    v = constant < pool.size() ? pool[constant] : 0.0;
+    if (single) v = static_cast<float>(v);
+    ++constant;
+  } else if (code == kOperandX) {
+    v = x;
+  } else if (single && code == kOperandY) {
+    v = y_;
+  } else if (single && code >= kOperandGraph && code < kOperandGraph + 4) {
+    const float* plane = planes[code - kOperandGraph];
+    v = plane != nullptr ? plane[static_cast<std::size_t>(row_) * planeStride + static_cast<std::size_t>(column_)]
+                         : 0.0;
+  } else if (code < kOperandState) {
+    v = running_[code - kOperandIndex];
+  } else if (code < kOperandSlot) {
+    const int k = code - kOperandState;
+    if (formType == 1) {
+      v = state != nullptr ? state[k] : 0.0;
+    } else {
+      const int at = index - order + k;
+      v = (computed != nullptr && at >= 0 && at < computedSize) ? computed[at] : 0.0;
+    }
+    if (single) v = static_cast<float>(v);
+  } else if (code < kOperandGraph) {
+    v = fSlots != nullptr ? fSlots[code - kOperandSlot] : 0.0;
+  } else {
+    return false;
+  }
+  return true;
+}
+
 double Evaluator::Eval(int index, double x) {
   fault_ = kNoFault;
   if (!tape_.empty()) {
@@ -373,8 +427,6 @@ double Evaluator::EvalProgram(int index, double x) {
     return 0.0;
   }
   const std::int32_t* p = formula->program.data();
-  const double* pool = formula->pool.data();
-  const std::size_t poolSize = formula->pool.size();
   const int depth = p[2];
   for (int s = 0; s < 6; ++s) {
     running_[s] = bounds[static_cast<std::size_t>(s)];
@@ -399,45 +451,21 @@ restart:
       // The first operand.
       {
         const int code = p[read++];
-        double v;
-        if (code == kOperandNumber) {
-          v = constant < poolSize ? pool[constant] : 0.0;
-          ++constant;
-        } else if (code == kOperandX) {
-          v = x;
-        } else if (code == kOperandGroup) {
-          v = previous[below++];
-        } else if (code < kOperandState) {
-          v = running_[code - kOperandIndex];
-        } else if (code < kOperandSlot) {
-          const int k = code - kOperandState;
-          if (formType == 1) {
-            v = state != nullptr ? state[k] : 0.0;
-          } else {
-            const int at = index - order + k;
-            v = (computed != nullptr && at >= 0 && at < computedSize) ? computed[at] : 0.0;
-          }
-        } else {
-          v = fSlots != nullptr ? fSlots[code - kOperandSlot] : 0.0;
-        }
+        double v = 0.0;
+        if (code == kOperandGroup) v = previous[below++];
+        else Operand(code, index, x, constant, v);
         stack[1] = v;
       }
-      // Operator and operand pairs. Codes 9 to 18 have no case here: the
-      // stack entry keeps what stood there.
+      // Operator and operand pairs. The state codes 9 to 18 have no case
+      // here: the stack entry keeps what stood there.
       for (int k = 1; k <= nOps; ++k) {
         opcodes[k] = p[read++];
         const int code = p[read++];
-        if (code == kOperandNumber) {
-          stack[k + 1] = constant < poolSize ? pool[constant] : 0.0;
-          ++constant;
-        } else if (code == kOperandX) {
-          stack[k + 1] = x;
-        } else if (code == kOperandGroup) {
+        if (code == kOperandGroup) {
           stack[k + 1] = previous[below++];
-        } else if (code < kOperandState) {
-          stack[k + 1] = running_[code - kOperandIndex];
-        } else if (code >= kOperandSlot) {
-          stack[k + 1] = fSlots != nullptr ? fSlots[code - kOperandSlot] : 0.0;
+        } else if (code < kOperandState || code >= kOperandSlot) {
+          double v = 0.0;
+          if (Operand(code, index, x, constant, v)) stack[k + 1] = v;
         }
       }
       for (int k = 1; k <= nOps; ++k) sequence[k] = p[read++];
@@ -475,6 +503,7 @@ restart:
             r = (a == 0.0 && b == 0.0) ? 1.0 : std::pow(a, b);
             break;
         }
+        if (single) r = static_cast<float>(r);
         if (!std::isfinite(r)) {
           fault_ = FaultOf(r);
           return 0.0;
@@ -495,7 +524,7 @@ restart:
         if (step == SumStep::kFault) return 0.0;
         if (step == SumStep::kRestart) goto restart;
       } else if (fn == 18) {
-        if (abortField != nullptr && *abortField == -1000) return results[1];
+        if (!single && abortField != nullptr && *abortField == -1000) return results[1];
       } else {
         results[g] = Function(fn, v);
         if (fault_ != kNoFault) return 0.0;

@@ -43,7 +43,9 @@ enum BinaryOp : std::int32_t {
 enum OperandCode : std::int32_t {
   kOperandNumber = 0, kOperandX = 1, kOperandGroup = 2, kOperandIndex = 3,  // 3..8 I J K N P Q
   kOperandState = 9,                                                         // 9..18 Y0..Y9
-  kOperandSlot = 19                                                          // 19..23 F0..F4
+  kOperandSlot = 19,                                                         // 19..23 F0..F4
+  kOperandGraph = 24,                                                        // 24..27 G1..G4 of the plane
+  kOperandY = 10000                                                          // y of the plane
 };
 
 // 0! to 70!, built by v(n) = n v(n-1).
@@ -85,6 +87,16 @@ class Evaluator {
   // Runs the program at point `index`, abscissa x. On a fault the result is
   // 0 and fault() says which.
   double Eval(int index, double x);
+
+  // The plane (EVAL2): every stored value single precision, each binary
+  // result rounded to it, functions computed in double, the result rounded.
+  // Y loads y; G1 to G4 load the stored graphs' samples at (row, column);
+  // opcode 13 is TANH and 18 tests nothing; computed values are those of the
+  // present row, by column.
+  bool single = false;
+  const float* planes[4] = {nullptr, nullptr, nullptr, nullptr};  // rows of `planeStride` samples
+  std::size_t planeStride = 0;
+  double Eval2(int column, int row, double x, double y);
   int fault() const { return fault_; }
 
  private:
@@ -112,6 +124,11 @@ class Evaluator {
   std::vector<std::int32_t> opcodes_, order_;
   int fault_ = kNoFault;
   int running_[6] = {};
+  double y_ = 0.0;
+  int row_ = 0, column_ = 0;
+  // The value of a program operand other than a group; false for codes that
+  // leave the stack entry as it stands.
+  bool Operand(int code, int index, double x, std::size_t& constant, double& v) const;
   double accumulator_[6] = {};
 };
 

@@ -1,0 +1,178 @@
+// Formulas of x and y on the two-dimensional form: compiling the formula,
+// evaluating it over the (N+1) by (N+1) grid row by row with the Stop button
+// live, and filing the result; the formula list and its files.
+
+#include <cmath>
+
+#include "common/number_text.h"
+#include "form2d/graph2_form.h"
+#include "formula/formula_text.h"
+#include "kit/form_context.h"
+#include "kit/formula_file.h"
+#include "platform/event_loop.h"
+#include "platform/random.h"
+#include "platform/services.h"
+
+namespace keldo::form2d {
+namespace {
+
+constexpr FormulaFileKind kFormulaFile{"Formula files (*.uf2)|*.uf2", ".uf2"};
+
+}  // namespace
+
+void Graph2Form::RestorePlotButton() {
+  Control& go = controls_["GoButton(1)"];
+  go.text = "&Plot";
+  go.tip = "Draws the formula as an image.";
+  Touch();
+}
+
+bool Graph2Form::IsStopButton(int k) const { return k == 1 && plotting_; }
+
+bool Graph2Form::StopWork() {
+  if (!plotting_) return false;
+  plotting_ = false;  // the running loop notices at its next yield
+  return true;
+}
+
+void Graph2Form::PlotTheGraph2() {
+  if (plotting_) {
+    plotting_ = false;
+    return;
+  }
+  const float oldLeft = formulaLeft_, oldRight = formulaRight_;
+  bool failed = false;
+  const float l = static_cast<float>(Value(controls_.Text("EndRValue"), failed));
+  formulaLeft_ = -l;
+  formulaRight_ = l;
+  const std::string typed = controls_.Text("Formula");
+  formula_.order = 0;
+  formula_.formType = 0;
+  std::string command;
+  compiler_.COMPILE(formula::kModeTyped, typed, command);
+  if (command == formula::kErrorResult) {
+    formulaLeft_ = oldLeft;
+    formulaRight_ = oldRight;
+    context_.ShowError(23);
+    return;
+  }
+  std::string error;
+  PlotGraph2(error, command, l);
+  RestorePlotButton();
+  if (error != "E") {
+    formulaHistory_.Update(context_.settings().formulas2d, typed);
+  } else {
+    controls_.SetText("Formula", typed);
+    formulaLeft_ = oldLeft;
+    formulaRight_ = oldRight;
+  }
+  plotting_ = false;
+  Touch();
+}
+
+void Graph2Form::PlotGraph2(std::string& error, const std::string& command, float l) {
+  const float left = -l;
+  const float step = (l - left) / static_cast<float>(n_);
+  formulaStep_ = step;
+  // The slot of the new graph knows its domain, so that G references and H
+  // see it while the formula runs.
+  if (graphCount_ < kMaxGraphs) {
+    const auto s = static_cast<std::size_t>(graphCount_);
+    store_.a[s] = left;
+    store_.b[s] = l;
+    store_.h[s] = step;
+    GraphLook& look = looks_[s];
+    look.viewXLeft = look.viewYLow = left;
+    look.viewXRight = look.viewYHigh = l;
+  }
+  std::vector<float> values(Stride() * Stride(), 0.0f);
+  USERFN2(n_ + 1, left, l, step, values, error, command);
+}
+
+void Graph2Form::USERFN2(int count, float left, float right, float step, std::vector<float>& values,
+                         std::string& error, const std::string& command) {
+  (void)command;
+  formula::Evaluator ev;
+  formula::BindEvaluator(ev, formula_);
+  ev.dx = step;
+  ev.random = context_.services().random;
+  if (ev.random != nullptr) ev.random->SeedFromClock();
+  for (int g = 0; g < kMaxGraphs; ++g) ev.planes[g] = store_.Row(g);
+  ev.planeStride = Stride();
+  // Computed values, for the state letters: those of the present row.
+  std::vector<double> row(static_cast<std::size_t>(count) + 10, 0.0);
+  ev.computed = row.data();
+  ev.computedSize = count;
+  ev.Prepare();
+
+  plotting_ = true;
+  Control& go = controls_["GoButton(1)"];
+  go.text = "&Stop";
+  go.tip = "Stops the graphing.";
+  controls_.SetText("PercentDone", "0% done.");
+  controls_.SetVisible("PercentDone", true);
+  Touch();
+  context_.ShowBusyArrow();
+  platform::EventLoop& loop = *context_.services().eventLoop;
+  const int every = std::max(1, n_ / 32);
+  long long percent = 0;
+  const std::size_t stride = Stride();
+  for (int i = 0; i < count; ++i) {
+    const float y = static_cast<float>(i) * step + left;
+    for (int j = 0; j < count; ++j) {
+      const float x = static_cast<float>(j) * step + left;
+      const double v = ev.Eval2(j, i, x, y);
+      if (ev.fault() != formula::kNoFault) {
+        plotting_ = false;
+        controls_.SetVisible("PercentDone", false);
+        context_.ShowIdle();
+        context_.ShowCritical(ev.fault() == formula::kOverflow ? "Overflow.  " : "Run Error.  ");
+        error = "E";
+        Touch();
+        return;
+      }
+      values[static_cast<std::size_t>(i) * stride + static_cast<std::size_t>(j)] = static_cast<float>(v);
+      row[static_cast<std::size_t>(j)] = v;
+    }
+    if (i % every != 0) continue;
+    percent += std::llround(static_cast<double>(every) / count * 100.0);
+    controls_.SetText("PercentDone", std::to_string(percent) + "% done.");
+    Touch();
+    loop.Yield();
+    if (!plotting_) {
+      // Stopped: nothing is filed.
+      controls_.SetVisible("PercentDone", false);
+      context_.ShowIdle();
+      Touch();
+      return;
+    }
+  }
+  RestorePlotButton();
+  controls_.SetVisible("PercentDone", false);
+  context_.ShowIdle();
+  plotting_ = false;
+  DisplayFunction(count - 1, values.data(), stride, left, right, step);
+}
+
+void Graph2Form::PreviousFormula() {
+  controls_.SetText("Formula", formulaHistory_.Previous());
+  Touch();
+}
+
+void Graph2Form::NextFormula() {
+  controls_.SetText("Formula", formulaHistory_.Next());
+  Touch();
+}
+
+void Graph2Form::LoadFormula() {
+  const std::optional<std::string> bytes = LoadFormulaFile(context_, kFormulaFile);
+  if (!bytes) return;
+  controls_.SetText("Formula", formula::FromAnsiText(*bytes));
+  Touch();
+}
+
+void Graph2Form::SaveFormula() {
+  SaveFormulaFile(context_, kFormulaFile, formula::ToFormulaText(controls_.Text("Formula")) + "\r\n");
+}
+
+}  // namespace keldo::form2d
