@@ -330,7 +330,8 @@ double Evaluator::Function(int fn, double x) {
       r = s / std::sqrt(static_cast<double>(noiseTerms)) / kRangDivisor;
       break;
     }
-    case 20: r = (-dx / 2.0 <= x && x < dx / 2.0) ? 1.0 : 0.0; break;
+    // The plane's DELTA includes both ends of the step around 0.
+    case 20: r = (-dx / 2.0 <= x && (single ? x <= dx / 2.0 : x < dx / 2.0)) ? 1.0 : 0.0; break;
     case 21: {
       const double n = std::nearbyint(x);
       if (!(n >= 0.0 && n <= 70.0)) {

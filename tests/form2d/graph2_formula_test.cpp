@@ -1,0 +1,141 @@
+// Plotting formulas of x and y on the two-dimensional form.
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "form2d/graph2_form.h"
+#include "kit/typed_forms.h"
+#include "test_frame.h"
+
+namespace keldo {
+namespace {
+
+using form2d::Graph2Form;
+using testing::TestFrame;
+
+Graph2Form& NewForm(TestFrame& t, int points = 64) {
+  int code = 0;
+  Graph2Form& f = *NewFormOf<Graph2Form>(t.frame, code);
+  f.SetPoints(points);
+  return f;
+}
+
+void Plot(Graph2Form& f, const std::string& formula, const std::string& l = ".5") {
+  f.RunMenu("mnuPlot");
+  f.controls().SetText("Formula", formula);
+  f.controls().SetText("EndRValue", l);
+  ASSERT_TRUE(f.Go());
+}
+
+float Sample(const Graph2Form& f, int g, int i, int j) {
+  return f.GraphValues(g)[static_cast<std::size_t>(i) * f.RowStride() + static_cast<std::size_t>(j)];
+}
+
+TEST(PlotTheGraph2, XPlusYRunsFromMinusOneAtTheBottomLeftToOneAtTheTopRight) {
+  TestFrame t;
+  Graph2Form& f = NewForm(t, 64);
+  Plot(f, "X+Y");
+  ASSERT_EQ(f.NumGraphsPlotted(), 1);
+  EXPECT_EQ(Sample(f, 0, 0, 0), -1.0f);
+  EXPECT_EQ(Sample(f, 0, 64, 64), 1.0f);
+  EXPECT_EQ(Sample(f, 0, 0, 64), 0.0f);
+  EXPECT_EQ(Sample(f, 0, 10, 0), -1.0f + 10.0f / 64);  // row i is y
+  EXPECT_EQ(f.GraphLeft(0), -0.5f);
+  EXPECT_EQ(f.GraphStep(0), 1.0f / 64);
+  EXPECT_EQ(f.History(), std::vector<std::string>{"X+Y"});
+  EXPECT_EQ(t.frame.settings().formulas2d.maxFormNum, 1);
+  EXPECT_EQ(t.frame.settings().formulas1d.maxFormNum, 0);
+}
+
+TEST(PlotTheGraph2, G1CopiesTheFirstGraphSampleBySample) {
+  TestFrame t;
+  Graph2Form& f = NewForm(t, 64);
+  Plot(f, "sin(7*x)*y");
+  Plot(f, "G1");
+  ASSERT_EQ(f.NumGraphsPlotted(), 2);
+  for (int i = 0; i <= 64; i += 7)
+    for (int j = 0; j <= 64; j += 5) ASSERT_EQ(Sample(f, 1, i, j), Sample(f, 0, i, j));
+}
+
+TEST(PlotTheGraph2, TheSquareFollowsL) {
+  TestFrame t;
+  Graph2Form& f = NewForm(t, 64);
+  Plot(f, "x", "2");
+  EXPECT_EQ(Sample(f, 0, 0, 0), -2.0f);
+  EXPECT_EQ(Sample(f, 0, 0, 64), 2.0f);
+  EXPECT_EQ(f.GraphRight(0), 2.0f);
+  EXPECT_EQ(f.controls().Text("EndRValue"), "2");
+}
+
+TEST(PlotTheGraph2, AnImproperFormulaReports23AndFilesNothing) {
+  TestFrame t;
+  Graph2Form& f = NewForm(t, 64);
+  Plot(f, "x+(");
+  EXPECT_EQ(f.NumGraphsPlotted(), 0);
+  ASSERT_EQ(t.lines.size(), 1u);
+  EXPECT_NE(t.lines[0].find("23"), std::string::npos);
+}
+
+TEST(PlotTheGraph2, ARunTimeErrorEndsThePlotWithNoGraph) {
+  TestFrame t;
+  Graph2Form& f = NewForm(t, 64);
+  Plot(f, "1/x");  // x = 0 on the middle column
+  EXPECT_EQ(f.NumGraphsPlotted(), 0);
+  EXPECT_FALSE(f.Plotting());
+  EXPECT_EQ(f.controls()["GoButton(1)"].text, "&Plot");
+}
+
+TEST(PlotTheGraph2, StopFilesNothingAndShowsTheProgressUntilThen) {
+  TestFrame t;
+  Graph2Form& f = NewForm(t, 64);
+  Plot(f, "x");
+  ASSERT_EQ(f.NumGraphsPlotted(), 1);
+  int yields = 0;
+  std::string caption, percent;
+  t.platform.eventLoop.SetHook([&] {
+    if (++yields == 3) {
+      caption = f.controls()["GoButton(1)"].text;
+      percent = f.controls().Text("PercentDone");
+      EXPECT_TRUE(f.controls()["PercentDone"].visible);
+      f.Click("GoButton(1)");
+    }
+  });
+  Plot(f, "y");
+  EXPECT_EQ(caption, "&Stop");
+  EXPECT_EQ(percent, "9% done.");  // rows 0, 2 and 4, each round(2/65*100) = 3
+  EXPECT_EQ(yields, 3);
+  EXPECT_EQ(f.NumGraphsPlotted(), 1);
+  EXPECT_FALSE(f.Plotting());
+  EXPECT_FALSE(f.controls()["PercentDone"].visible);
+  EXPECT_EQ(f.controls()["GoButton(1)"].text, "&Plot");
+}
+
+TEST(PlotTheGraph2, TheFormulaButtonsStepThroughTheTwoDimensionalList) {
+  TestFrame t;
+  Graph2Form& f = NewForm(t, 64);
+  Plot(f, "x");
+  Plot(f, "y");
+  f.Click("cmdGraph(0)");
+  EXPECT_EQ(f.controls().Text("Formula"), "x");
+  f.Click("cmdGraph(1)");
+  EXPECT_EQ(f.controls().Text("Formula"), "y");
+  f.Click("cmdGraph(1)");
+  EXPECT_EQ(f.controls().Text("Formula"), "");
+}
+
+TEST(PlotTheGraph2, AFifthFormulaGoesToANewForm) {
+  TestFrame t;
+  Graph2Form& f = NewForm(t, 64);
+  for (const char* formula : {"x", "y", "x*y", "x+y"}) Plot(f, formula);
+  Plot(f, "x-y");
+  ASSERT_EQ(t.frame.OpenForms().size(), 2u);
+  Graph2Form* next = FormAs<Graph2Form>(t.frame.OpenForms().back());
+  ASSERT_NE(next, nullptr);
+  EXPECT_EQ(next->NumGraphsPlotted(), 1);
+  EXPECT_EQ(next->Points(), 64);
+  EXPECT_EQ(Sample(*next, 0, 0, 64), 1.0f);
+}
+
+}  // namespace
+}  // namespace keldo

@@ -1,0 +1,143 @@
+// The plane dialect of the formula language: formulas of x and y against
+// tests/data/formula2d_table.tsv, written by make_formula2d_table.py with
+// numpy in single precision, and the rules that differ from one variable.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <vector>
+
+#include "formula_test_host.h"
+
+namespace keldo {
+namespace {
+
+using testing::FormulaBench;
+
+// A bench compiling in the plane dialect on the grid of N = n.
+struct PlaneBench : FormulaBench {
+  explicit PlaneBench(int n = 8) {
+    state.twoDimensional = true;
+    state.noiseTerms = 64;
+    host.points = n;
+    host.intervalLength = 1.0;
+  }
+  formula::Evaluator Evaluator(double dx) {
+    formula::Evaluator ev;
+    formula::BindEvaluator(ev, state);
+    ev.dx = dx;
+    ev.Prepare();
+    return ev;
+  }
+};
+
+struct Expected {
+  int i, j;
+  float value;
+};
+
+std::map<std::string, std::vector<Expected>> ReadTable() {
+  std::ifstream in(KELDO_TEST_DATA "/formula2d_table.tsv");
+  std::map<std::string, std::vector<Expected>> table;
+  std::string line;
+  while (std::getline(in, line)) {
+    if (line.empty() || line[0] == '#') continue;
+    std::vector<std::string> f;
+    std::stringstream ss(line);
+    std::string field;
+    while (std::getline(ss, field, '\t')) f.push_back(field);
+    if (f.size() != 4) {
+      ADD_FAILURE() << "bad line: " << line;
+      continue;
+    }
+    table[f[0]].push_back({std::stoi(f[1]), std::stoi(f[2]), std::stof(f[3])});
+  }
+  return table;
+}
+
+TEST(PlaneFormulas, MatchSinglePrecisionNumpyOnTheGrid) {
+  const auto table = ReadTable();
+  ASSERT_GE(table.size(), 60u);
+  for (const auto& [text, points] : table) {
+    PlaneBench b;
+    const std::string command = b.Compile(text);
+    ASSERT_NE(command, formula::kErrorResult) << text;
+    formula::Evaluator ev = b.Evaluator(1.0 / 8);
+    for (const Expected& e : points) {
+      const float x = static_cast<float>(-0.5 + e.j / 8.0), y = static_cast<float>(-0.5 + e.i / 8.0);
+      const float got = static_cast<float>(ev.Eval2(e.j, e.i, x, y));
+      ASSERT_EQ(ev.fault(), formula::kNoFault) << text;
+      std::uint32_t gotBits, wantBits;
+      std::memcpy(&gotBits, &got, 4);
+      std::memcpy(&wantBits, &e.value, 4);
+      EXPECT_EQ(gotBits, wantBits) << text << " at row " << e.i << " column " << e.j << ": " << got << " vs "
+                                   << e.value;
+    }
+  }
+}
+
+TEST(PlaneFormulas, GraphWordsAreSamplesOfTheStoredGraphsWhateverTheirCount) {
+  PlaneBench b;
+  b.host.graphCount = 1;  // G3 compiles all the same and reads its slot
+  ASSERT_NE(b.Compile("G1+10*G3"), formula::kErrorResult);
+  std::vector<float> g1(9 * 9), g3(9 * 9, 0.0f);
+  for (std::size_t k = 0; k < g1.size(); ++k) g1[k] = static_cast<float>(k) * 0.5f;
+  formula::Evaluator ev = b.Evaluator(0.125);
+  ev.planes[0] = g1.data();
+  ev.planes[2] = g3.data();
+  ev.planeStride = 9;
+  EXPECT_EQ(ev.Eval2(3, 2, 0.0, 0.0), g1[2 * 9 + 3]);
+  g3[2 * 9 + 3] = 1.0f;
+  EXPECT_EQ(ev.Eval2(3, 2, 0.0, 0.0), g1[2 * 9 + 3] + 10.0f);
+  ev.planes[2] = nullptr;  // an empty slot reads 0
+  EXPECT_EQ(ev.Eval2(3, 2, 0.0, 0.0), g1[2 * 9 + 3]);
+}
+
+TEST(PlaneFormulas, AGraphWordBeforeABracketIsNoCall) {
+  // "G1(x)" is the sample times the bracket.
+  PlaneBench b;
+  ASSERT_NE(b.Compile("G1(x+1)"), formula::kErrorResult);
+  std::vector<float> g1(81, 3.0f);
+  formula::Evaluator ev = b.Evaluator(0.125);
+  ev.planes[0] = g1.data();
+  ev.planeStride = 9;
+  EXPECT_EQ(ev.Eval2(0, 0, 0.5, 0.0), 4.5);
+}
+
+TEST(PlaneFormulas, YIsAVariableNotAParameter) {
+  PlaneBench b;
+  ASSERT_NE(b.Compile("y*2"), formula::kErrorResult);
+  EXPECT_TRUE(b.host.prompts.empty());
+  formula::Evaluator ev = b.Evaluator(0.125);
+  EXPECT_EQ(ev.Eval2(0, 0, 0.0, 0.375), 0.75);
+}
+
+TEST(PlaneFormulas, ValuesOfNumberFieldsAreSinglePrecision) {
+  PlaneBench b;
+  EXPECT_EQ(b.compiler.VALU("0.1"), static_cast<double>(0.1f));
+  EXPECT_EQ(b.compiler.VALU("1/3"), static_cast<double>(1.0f / 3.0f));
+  FormulaBench one;
+  EXPECT_EQ(one.compiler.VALU("1/3"), 1.0 / 3.0);
+}
+
+TEST(PlaneFormulas, EntrIsNoWordHereAndTanhIsNoneInOneVariable) {
+  PlaneBench b;
+  ASSERT_NE(b.Compile("tanh(x)"), formula::kErrorResult);
+  formula::Evaluator ev = b.Evaluator(0.125);
+  EXPECT_NEAR(ev.Eval2(0, 0, 0.5, 0.0), std::tanh(0.5), 1e-7);
+}
+
+TEST(PlaneFormulas, AResultBeyondSinglePrecisionOverflows) {
+  PlaneBench b;
+  ASSERT_NE(b.Compile("x*1E30*1E30"), formula::kErrorResult);
+  formula::Evaluator ev = b.Evaluator(0.125);
+  ev.Eval2(0, 0, 0.5, 0.0);
+  EXPECT_EQ(ev.fault(), formula::kOverflow);
+}
+
+}  // namespace
+}  // namespace keldo
