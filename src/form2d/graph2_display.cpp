@@ -82,7 +82,7 @@ void Graph2Form::PlotOneGraph(int pointsPlusOne, float left) {
   const int a = NewestPlotWindow(pointsPlusOne, left);
   controls_.SetText("LabGraph", looks_[static_cast<std::size_t>(g)].caption);
   ShowGraphSelectors(true);
-  controls_.SetFromUser(IndexedName("OpGraph", g), "1");
+  SelectGraph(g, false);
   SetAxisLabels(plotLeft_, plotRight_, plotLow_, plotHigh_);
   FillImageMatrix(Image(g), pixels_);
   PaintWholeGraph(pixels_, a, kLargeSide, Box(kLargeBox));
@@ -107,7 +107,7 @@ void Graph2Form::PlotGraphLarge(int g) {
   if (g < 0 || g >= graphCount_) return;
   const GraphLook& look = looks_[static_cast<std::size_t>(g)];
   controls_.SetText("LabGraph", look.caption);
-  controls_.SetFromUser(IndexedName("OpGraph", g), "1");
+  SelectGraph(g, false);
   SetAxisLabels(look.viewXLeft, look.viewXRight, look.viewYLow, look.viewYHigh);
   const ImageGraph image = Image(g);
   FillImageMatrix(image, pixels_);

@@ -157,6 +157,11 @@ void Graph2Form::BindCommands() {
     else ChangeToSmallGraphs();
   });
   OnMenu("mnuRefresh", [this](int) { Touch(); });
+  OnMenu("mnuKELDOHelp", [this](int) { context_.GetHelp("KELDOX2.HLP", ""); });
+  OnMenu("mnuHelpSideBox", [this](int) {
+    const std::string& caption = controls_.Text("mnuHelpSideBox");
+    context_.GetHelp("KELDOX2.HLP", caption.size() > 9 ? caption.substr(9) : "");
+  });
   OnMenu("mnuClearSideBox", [this](int) { ClearSideBox(); });
   OnMenu("mnuEndTrace", [this](int) {
     ClearSideBox();
@@ -459,7 +464,7 @@ void Graph2Form::RefreshGraph(int g) {
   SelectGraph(g);
 }
 
-void Graph2Form::SelectGraph(int k) {
+void Graph2Form::SelectGraph(int k, bool replot) {
   if (k < 0 || k >= kMaxGraphs) return;
   controls_.SetFromUser(IndexedName("OpGraph", k), "1");
   if (controls_.Text("Label(16)") == "Image zoom" && VisiblePanel() == kPanelImage)
@@ -472,7 +477,7 @@ void Graph2Form::SelectGraph(int k) {
   } else {
     currentGraph_ = k;
     popUpGraph_ = k;
-    if (viewSize_ == 'L') PlotGraphLarge(k);
+    if (replot && viewSize_ == 'L') PlotGraphLarge(k);
   }
   Touch();
 }
@@ -521,7 +526,7 @@ void Graph2Form::Activated() {
 }
 
 void Graph2Form::FormulaHelp(const std::string& selected) {
-  context_.GetHelp("KELDOX.HLP", selected.empty() ? "Two-dimensional formulas" : selected);
+  context_.GetHelp("KELDOX2.HLP", selected.empty() ? "Two-dimensional formulas" : selected);
 }
 
 std::vector<GraphSummary> Graph2Form::Graphs() const {

@@ -75,7 +75,9 @@ class Graph2Form final : public Form, private formula::FormulaHost {
   // The view model.
   void ChangeToLargeGraph(bool fromMenu);
   void ChangeToSmallGraphs();
-  void SelectGraph(int k);  // OpGraph(k) clicked
+  // OpGraph(k) clicked: the graph becomes the current one and, with
+  // `replot`, is drawn in the large view. Drawing selects without replot.
+  void SelectGraph(int k, bool replot = true);
   char ViewSize() const { return viewSize_; }
   int CurrentGraph() const { return currentGraph_; }
   int PopUpGraph() const { return popUpGraph_; }

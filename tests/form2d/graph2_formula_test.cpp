@@ -139,3 +139,22 @@ TEST(PlotTheGraph2, AFifthFormulaGoesToANewForm) {
 
 }  // namespace
 }  // namespace keldo
+
+namespace keldo {
+namespace {
+
+TEST(Graph2Help, TheSideBoxAndFormulaHelpOpenTheTwoDimensionalPage) {
+  testing::TestFrame t;
+  int code = 0;
+  form2d::Graph2Form& f = *NewFormOf<form2d::Graph2Form>(t.frame, code);
+  f.RunMenu("mnuPlot");
+  EXPECT_EQ(f.controls().Text("mnuHelpSideBox"), "Help for Graphing");
+  f.RunMenu("mnuHelpSideBox");
+  EXPECT_NE(t.platform.help.LastPage().find("two-dimensional-form.md"), std::string::npos);
+  f.FormulaHelp("");
+  EXPECT_NE(t.platform.help.LastPage().find("two-dimensional-form.md"), std::string::npos);
+  EXPECT_TRUE(t.lines.empty());
+}
+
+}  // namespace
+}  // namespace keldo
