@@ -1,7 +1,10 @@
 // Any text through the formula compiler, as a typed formula and as a value:
 // it must end, never crash, and the linked tape must agree with the walk
-// over the program bit for bit, faults included.
+// over the program bit for bit, faults included. Built with KELDO_FUZZ_PLANE
+// (target formula_compiler2) it does the same in the plane's language, where
+// every finite value must be single precision.
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
@@ -29,6 +32,45 @@ class FuzzHost final : public keldo::formula::FormulaHost {
   keldo::formula::GraphTable graphs;
 };
 
+// The span of the sums a program runs, capped: a budget keeps one input short.
+long long SumSpan(const keldo::formula::FormulaState& state) {
+  long long budget = 1;
+  for (std::size_t s = 0; s < 6; ++s) {
+    const long long span = static_cast<long long>(state.upper[s]) - state.lower[s] + 1;
+    budget *= std::max(1LL, std::min(1000LL, span));
+  }
+  return budget;
+}
+
+// The same text as a formula of x and y, over a small plane with a graph.
+void PlaneRun(const std::string& text) {
+  FuzzHost host;
+  keldo::formula::FormulaState state;
+  state.twoDimensional = true;
+  state.noiseTerms = 64;
+  keldo::formula::Compiler compiler(state, host);
+  compiler.valueWorkBudget = 400000;
+  std::string value = text;
+  compiler.VALU(value);
+  std::string command;
+  compiler.COMPILE(keldo::formula::kModeTyped, text, command);
+  if (command == keldo::formula::kErrorResult || SumSpan(state) > 20000) return;
+  static float plane[9 * 9] = {};
+  keldo::formula::Evaluator ev;
+  keldo::formula::BindEvaluator(ev, state);
+  ev.dx = 0.125;
+  ev.planes[0] = plane;
+  ev.planeStride = 9;
+  ev.restartBudget = std::max<long long>(1, 2000000 / static_cast<long long>(state.compiled.program.size() + 1));
+  ev.Prepare();
+  for (int k : {0, 4, 8}) {
+    const double v = ev.Eval2(k, 8 - k, -0.5 + k * 0.125, 0.5 - k * 0.125);
+    // A plane value is single precision whenever it is finite.
+    if (ev.fault() == keldo::formula::kNoFault && std::isfinite(v) && static_cast<double>(static_cast<float>(v)) != v)
+      std::abort();
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -45,18 +87,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   // build; the number field's work bound shrinks with them, so that a long
   // sum is judged as the release program judges it, within the time-out.
   compiler.valueWorkBudget = 400000;
+#ifdef KELDO_FUZZ_PLANE
+  PlaneRun(text);
+  return 0;
+#endif
   std::string value = text;
   compiler.VALU(value);
   std::string command;
   compiler.COMPILE(keldo::formula::kModeTyped, text, command);
   if (command == keldo::formula::kErrorResult) return 0;
   // Sums may run long; a budget keeps one input short.
-  long long budget = 1;
-  for (std::size_t s = 0; s < 6; ++s) {
-    const long long span = static_cast<long long>(state.upper[s]) - state.lower[s] + 1;
-    budget *= std::max(1LL, std::min(1000LL, span));
-  }
-  if (budget > 20000) return 0;
+  if (SumSpan(state) > 20000) return 0;
   keldo::formula::Evaluator fast, slow;
   for (keldo::formula::Evaluator* ev : {&fast, &slow}) {
     keldo::formula::BindEvaluator(*ev, state);

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstring>
 #include <fstream>
+#include <iterator>
 #include <map>
 #include <sstream>
 #include <vector>
@@ -137,6 +138,25 @@ TEST(PlaneFormulas, AResultBeyondSinglePrecisionOverflows) {
   formula::Evaluator ev = b.Evaluator(0.125);
   ev.Eval2(0, 0, 0.5, 0.0);
   EXPECT_EQ(ev.fault(), formula::kOverflow);
+}
+
+}  // namespace
+}  // namespace keldo
+
+namespace keldo {
+namespace {
+
+// A text whose parameters feed their own letters: the substitution doubles
+// it pass by pass until the length limit refuses it, in either language.
+TEST(PlaneFormulas, ATextDoubledByItsParametersIsRefusedInBothLanguages) {
+  std::ifstream in(KELDO_SOURCE_DIR "/fuzz/seeds/formula_compiler2/parameters_doubling_in_the_plane.txt",
+                   std::ios::binary);
+  const std::string text((std::istreambuf_iterator<char>(in)), {});
+  ASSERT_FALSE(text.empty());
+  PlaneBench plane;
+  EXPECT_EQ(plane.Compile(text), formula::kErrorResult);
+  FormulaBench line;
+  EXPECT_EQ(line.Compile(text), formula::kErrorResult);
 }
 
 }  // namespace
