@@ -355,7 +355,7 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   int log2N_ = 10;
   int graphCount_ = 0;
   // Four slots to begin with, rows of N+1+kSlack samples.
-  GraphStore<double> store_{0, 4, {}, {}, {}, {}, {}};
+  GraphStore<double> store_{0, 4, 1, {}, {}, {}, {}, {}};
   double winLeft_ = -0.5, winRight_ = 0.5, winBottom_ = 0.0, winTop_ = 0.0;
   double intervalLeft_ = -0.5, intervalRight_ = 0.5;
   double step_ = 1.0 / kDefaultPoints;

@@ -1,6 +1,6 @@
 #pragma once
 // The samples of a form's graphs and the domain of each: `capacity` slots
-// of one row length, one more row for work, and per slot (two to spare) the
+// of one row length, `workRows` more rows, and per slot (two to spare) the
 // left end a, right end b, step h and largest magnitude. A one-dimensional
 // form keeps rows of N+1 samples and a margin; a two-dimensional form keeps
 // a whole matrix in each row.
@@ -15,7 +15,8 @@ template <class Sample, class Scalar = double>
 struct GraphStore {
   std::size_t rowLength = 0;
   int capacity = 0;
-  std::vector<Sample> values;  // (capacity + 1) rows
+  int workRows = 1;
+  std::vector<Sample> values;  // capacity + workRows rows
   std::vector<Scalar> a, b, h, peak;
 
   // Sizes every array for `count` slots of `length` samples; `keep`
@@ -24,7 +25,7 @@ struct GraphStore {
     rowLength = length;
     capacity = count;
     if (!keep) values.clear();
-    values.resize(static_cast<std::size_t>(capacity + 1) * rowLength, Sample{});
+    values.resize(static_cast<std::size_t>(capacity + workRows) * rowLength, Sample{});
     for (std::vector<Scalar>* v : {&a, &b, &h, &peak}) {
       if (!keep) v->clear();
       v->resize(static_cast<std::size_t>(capacity) + 2, Scalar{});

@@ -64,6 +64,11 @@ def b(v):
     return 1.0 if v else 0.0
 
 
+def g1(i, j):
+    """The stored graph G1 of the table's runs: (i - j) / 8 at row i, column j."""
+    return R((i - j) / 8.0)
+
+
 def delta(a):
     return b(-STEP / 2 <= a <= STEP / 2)
 
@@ -134,19 +139,37 @@ CASES = [
     ("sin(x)^2+cos(x)^2", lambda x, y: R(R(math.sin(x) ** 2) + R(math.cos(x) ** 2))),
     ("delta(x)", lambda x, y: delta(x)),
     ("delta(y-0.0625)", lambda x, y: delta(R(y - C(0.0625)))),
+    ("x<y<0.25", lambda x, y: b(b(x < y) == 1 and b(y < C(0.25)) == 1)),
+    ("x>=y>=-0.25", lambda x, y: b(b(x >= y) == 1 and b(y >= C(-0.25)) == 1)),
+    ("sumi(x*i)\\i=1,3", lambda x, y: R(x * 1) + R(x * 2) + R(x * 3)),
+    ("sumi(y^i)\\i=0,4", lambda x, y: sum(R(y ** k) for k in range(5))),
+    ("sumj(x*j+y)\\j=1,2", lambda x, y: R(R(x * 1) + y) + R(R(x * 2) + y)),
     # The parameters are spliced in as groups: "(2)*X+(0-3)*Y".
     ("a*x+b*y\\a=2\\b=-3", lambda x, y: R(R(2 * x) + R(R(0 - 3) * y))),
 ]
 
 
+# Formulas that read the stored graph G1; fn(x, y, g) with g = G1 there.
+GRAPH_CASES = [
+    ("G1", lambda x, y, g: g),
+    ("G1+x", lambda x, y, g: R(g + x)),
+    ("G1*G1-y", lambda x, y, g: R(R(g * g) - y)),
+    ("x<G1", lambda x, y, g: b(x < g)),
+    ("abs(G1)^0.5*sign(G1)", lambda x, y, g: R(R(abs(g) ** 0.5) * sign(g))),
+    ("G1+G2", lambda x, y, g: g),  # G2 is empty: it reads 0
+]
+
+
 def main():
-    print("# formula\ti\tj\tvalue (row i is y, column j is x); written by make_formula2d_table.py")
-    for text, fn in CASES:
-        for i in range(N + 1):
-            for j in range(N + 1):
-                x = R(-0.5 + j * STEP)
-                y = R(-0.5 + i * STEP)
+    print("# formula\ti\tj\tvalue (row i is y, column j is x; G1 is (i-j)/8); written by make_formula2d_table.py")
+    for i in range(N + 1):
+        for j in range(N + 1):
+            x = R(-0.5 + j * STEP)
+            y = R(-0.5 + i * STEP)
+            for text, fn in CASES:
                 print(f"{text}\t{i}\t{j}\t{R(fn(x, y))!r}")
+            for text, fn in GRAPH_CASES:
+                print(f"{text}\t{i}\t{j}\t{R(fn(x, y, g1(i, j)))!r}")
 
 
 main()

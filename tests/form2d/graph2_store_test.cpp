@@ -220,3 +220,35 @@ TEST(Graph2Trace, AClickSetsTheCursorAndTheTraceShowsTheSample) {
 
 }  // namespace
 }  // namespace keldo
+
+#include <fstream>
+
+namespace keldo {
+namespace {
+
+// Resident pages of this process.
+long ResidentPages() {
+  std::ifstream in("/proc/self/statm");
+  long size = 0, resident = 0;
+  in >> size >> resident;
+  return resident;
+}
+
+TEST(Graph2Store, TenFormsOf2048PointsOpenedAndClosedLeaveNoGrowth) {
+  TestFrame t;
+  long afterFirst = 0;
+  for (int k = 0; k < 10; ++k) {
+    Graph2Form& f = NewForm(t, 2048);
+    for (float v : {1.0f, 2.0f, 3.0f, 4.0f}) File(f, v);
+    EXPECT_EQ(f.NumGraphsPlotted(), 4);
+    ASSERT_TRUE(t.frame.CloseForm(f));
+    t.frame.CollectClosedForms();  // as the program does once the command has returned
+    if (k == 0) afterFirst = ResidentPages();
+  }
+  ASSERT_EQ(t.frame.OpenForms().size(), 0u);
+  const long growthMb = (ResidentPages() - afterFirst) * sysconf(_SC_PAGESIZE) / (1024 * 1024);
+  EXPECT_LT(growthMb, 20) << "the process grew by " << growthMb << " MB";
+}
+
+}  // namespace
+}  // namespace keldo

@@ -169,3 +169,63 @@ TEST(PaintWholeGraph, LargeGridsFoldSeveralSamplesOntoAPixel) {
 
 }  // namespace
 }  // namespace keldo::form2d
+
+#include <fstream>
+#include <sstream>
+#include <string>
+
+namespace keldo::form2d {
+namespace {
+
+// Every method, intensity, threshold and block side on a small graph against
+// tests/data/image_colours.tsv, from make_image_colours.py.
+TEST(FillImageMatrix, EveryMethodMatchesTheIndependentColourTable) {
+  std::ifstream in(KELDO_TEST_DATA "/image_colours.tsv");
+  ASSERT_TRUE(in.good());
+  std::vector<float> samples(19 * 19, 0.0f);
+  float mx = 0.0f;
+  for (int i = 0; i <= 8; ++i)
+    for (int j = 0; j <= 8; ++j) {
+      const float v = static_cast<float>(((i * 9 + j) % 11 - 5) / 4.0);
+      samples[static_cast<std::size_t>(i * 19 + j)] = v;
+      mx = std::max(mx, std::fabs(v));
+    }
+  std::string line;
+  int checked = 0;
+  std::string last;
+  PixelMatrix pixels;
+  while (std::getline(in, line)) {
+    if (line.empty() || line[0] == '#') continue;
+    std::stringstream ss(line);
+    std::string method, intensity;
+    double threshold = 0;
+    int block = 0, i = 0, j = 0;
+    long long colour = 0;
+    ss >> method >> intensity >> threshold >> block >> i >> j >> colour;
+    const std::string key = method + intensity + std::to_string(threshold) + std::to_string(block);
+    if (key != last) {
+      ImageGraph g;
+      g.data = samples.data();
+      g.rowLength = 19;
+      g.n = 8;
+      g.max = mx;
+      g.left = -0.5f;
+      g.right = 0.5f;
+      g.step = 0.125f;
+      g.viewXLeft = g.viewYLow = -0.5f;
+      g.viewXRight = g.viewYHigh = 0.5f;
+      g.colorMethod = static_cast<ColorMethod>(method[0]);
+      g.intensity = static_cast<Intensity>(intensity[0]);
+      g.threshold = static_cast<float>(threshold);
+      g.linReg = block;
+      FillImageMatrix(g, pixels);
+      last = key;
+    }
+    EXPECT_EQ(pixels.At(i, j), colour) << key << " at " << i << "," << j;
+    ++checked;
+  }
+  EXPECT_EQ(checked, 3 * (2 + 2 + 6) * 81);
+}
+
+}  // namespace
+}  // namespace keldo::form2d

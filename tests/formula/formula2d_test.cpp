@@ -63,11 +63,17 @@ std::map<std::string, std::vector<Expected>> ReadTable() {
 TEST(PlaneFormulas, MatchSinglePrecisionNumpyOnTheGrid) {
   const auto table = ReadTable();
   ASSERT_GE(table.size(), 60u);
+  // The stored graph G1 of the table: (i - j) / 8 at row i, column j.
+  std::vector<float> g1(81);
+  for (int i = 0; i <= 8; ++i)
+    for (int j = 0; j <= 8; ++j) g1[static_cast<std::size_t>(i * 9 + j)] = static_cast<float>((i - j) / 8.0);
   for (const auto& [text, points] : table) {
     PlaneBench b;
     const std::string command = b.Compile(text);
     ASSERT_NE(command, formula::kErrorResult) << text;
     formula::Evaluator ev = b.Evaluator(1.0 / 8);
+    ev.planes[0] = g1.data();
+    ev.planeStride = 9;
     for (const Expected& e : points) {
       const float x = static_cast<float>(-0.5 + e.j / 8.0), y = static_cast<float>(-0.5 + e.i / 8.0);
       const float got = static_cast<float>(ev.Eval2(e.j, e.i, x, y));
