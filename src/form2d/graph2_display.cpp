@@ -417,6 +417,7 @@ std::vector<Picture> Graph2Form::Pictures() const {
     p.bottomLabels = {controls_.Text("GrLbl(0)"), "", controls_.Text("GrLbl(1)"), "", controls_.Text("GrLbl(2)")};
     p.leftLabels = {controls_.Text("GrLbl(5)"), "", controls_.Text("GrLbl(4)"), "", controls_.Text("GrLbl(3)")};
     p.caption = controls_.Text("LabGraph");
+    p.captioned = true;
     return {p};
   }
   std::vector<Picture> pictures;
@@ -430,6 +431,7 @@ std::vector<Picture> Graph2Form::Pictures() const {
     p.bottomLabels = {controls_.Text(names[0]), "", controls_.Text(names[1]), "", controls_.Text(names[2])};
     p.leftLabels = {controls_.Text(names[5]), "", controls_.Text(names[4]), "", controls_.Text(names[3])};
     p.caption = controls_.Text(IndexedName("LabGraphSm", k));
+    p.captioned = true;
     pictures.push_back(std::move(p));
   }
   return pictures;

@@ -287,16 +287,10 @@ Graph2Form* Graph2Form::NewResultForm(int points) {
     context_.ReportFactoryFailure(code);
     return nullptr;
   }
-  form->viewSize_ = viewSize_;
-  form->defColorMethod_ = defColorMethod_;
-  form->defIntensity_ = defIntensity_;
   form->InitializeSideBox();
   form->ShowPanel(kPanelGraph);
   form->InitializeGraph();
-  if (viewSize_ == 'L') {
-    form->viewSize_ = 'S';
-    form->ChangeToLargeGraph(false);
-  }
+  form->SetViewParameters(viewSize_, defColorMethod_, defIntensity_, quantParams_);
   form->InitializeDrawWidths();
   return form;
 }

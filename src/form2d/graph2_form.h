@@ -91,6 +91,22 @@ class Graph2Form final : public Form, private formula::FormulaHost {
   void InitializeDrawWidths();
   ImageGraph Image(int g) const;
 
+  // Settings passed on and taken over.
+  void SetViewParameters(char view, ColorMethod colorMethod, Intensity intensity,
+                         const std::array<std::string, 3>& quantParams);
+  // The default intensity and threshold, and captions "text, Threshold:t",
+  // for the slots not yet used.
+  void ResetView(const std::string& text);
+  void ChangeColorMethod(ColorMethod method);
+  void SetGrColorMethod(int g, ColorMethod method);
+  void SetLinRegValue(int value, int g);
+  // Asks for the default threshold until it is a non-negative number.
+  void GetNewThresholdValue();
+  // Asks for a new caption of graph g; an empty answer keeps the old one.
+  void ChangeTheCaption(int g);
+  void PictureCaptionActivated(int picture) override;
+  const std::array<std::string, 3>& QuantParams() const { return quantParams_; }
+
   // Graph styles, zoom and trace.
   void SetGraphStyleForm(int k);
   void ResetGraphStyleMenu(int g);
@@ -206,6 +222,7 @@ class Graph2Form final : public Form, private formula::FormulaHost {
   bool plotting_ = false;
   float formulaLeft_ = -0.5f, formulaRight_ = 0.5f, formulaStep_ = 1.0f / kDefaultPoints;
   FormulaHistory formulaHistory_;
+  std::array<std::string, 3> quantParams_{"0|1/2^16|Q|N|B|N|", "Y|1/2^16|Y|N|Y|N|", "N|1/2^16:1/2^8|Y|N|Y|N|"};
   double mouseX_ = 0.0, mouseY_ = 0.0;  // the last point of the pointer, in the picture's coordinates
   std::string cursorText_;
   // Four matrices and no work row: about 68 MB at N = 2048.

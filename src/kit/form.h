@@ -33,8 +33,10 @@ struct Picture {
   // top to bottom. Empty texts are not drawn.
   std::array<std::string, 5> bottomLabels;
   std::array<std::string, 5> leftLabels;
-  // A caption under this picture; empty for none.
+  // A caption under this picture; `captioned` keeps its place even while it
+  // is empty, so that a double click there can set it.
   std::string caption;
+  bool captioned = false;
   // 0: the picture fills its cell. Otherwise its natural side in pixels: it
   // is drawn at the largest whole multiple of it that fits, so it stays crisp.
   int side = 0;
@@ -103,6 +105,8 @@ class Form {
   // The read-out beside the pointer, empty for none, and its colour.
   virtual const std::string& CursorText() const;
   virtual platform::Rgb ReadoutColour() const { return platform::kWhite; }
+  // A double click on a picture's caption.
+  virtual void PictureCaptionActivated(int /*picture*/) {}
   // The quick help of a field on F1 or a press; false when it has none.
   virtual bool FieldHelp(const std::string& /*name*/) { return false; }
   // F1 in the formula box: help on the selected text, or on formulas.

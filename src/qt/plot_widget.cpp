@@ -45,7 +45,7 @@ std::vector<PlotWidget::Placed> PlotWidget::Layout() const {
   for (const Picture& p : pictures) {
     const QRect cell(p.column * cellWidth, p.row * cellHeight, cellWidth, cellHeight);
     QRect box = cell.adjusted(kLabelLeft, kMarginTop, -kMarginRight,
-                              -kLabelBottom - (p.caption.empty() ? 0 : kCaptionHeight));
+                              -kLabelBottom - (p.caption.empty() && !p.captioned ? 0 : kCaptionHeight));
     if (p.side > 0) {
       // The largest whole multiple of the natural side that fits; a cell
       // too small for one gets the picture shrunk to fit.
@@ -148,6 +148,21 @@ void PlotWidget::mouseMoveEvent(QMouseEvent* event) {
 void PlotWidget::mouseReleaseEvent(QMouseEvent* event) {
   if (held_ >= 0) SendMouse(MouseAction::Up, event->position(), MouseButton::Left);
   held_ = -1;
+}
+
+void PlotWidget::mouseDoubleClickEvent(QMouseEvent* event) {
+  const std::vector<Placed> placed = Layout();
+  const QPoint at = event->position().toPoint();
+  for (std::size_t k = 0; k < placed.size(); ++k) {
+    const QRect box = placed[k].box;
+    const QRect caption(box.left(), box.bottom() + kLabelBottom, box.width(), kCaptionHeight);
+    if ((placed[k].picture.captioned || !placed[k].picture.caption.empty()) && caption.contains(at)) {
+      form_.PictureCaptionActivated(static_cast<int>(k));
+      changed_();
+      update();
+      return;
+    }
+  }
 }
 
 void PlotWidget::leaveEvent(QEvent*) {

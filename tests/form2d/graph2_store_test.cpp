@@ -252,3 +252,54 @@ TEST(Graph2Store, TenFormsOf2048PointsOpenedAndClosedLeaveNoGrowth) {
 
 }  // namespace
 }  // namespace keldo
+
+namespace keldo {
+namespace {
+
+TEST(Graph2Views, ANewFormForResultsTakesTheViewAndStylesOfThisOne) {
+  TestFrame t;
+  Graph2Form& f = NewForm(t, 64);
+  f.ChangeColorMethod(form2d::kColor);
+  for (float v : {1.0f, 2.0f, 3.0f, 4.0f}) File(f, v);
+  f.RunMenu("mnuLarge");
+  File(f, 5.0f);
+  Graph2Form* next = FormAs<Graph2Form>(t.frame.OpenForms().back());
+  ASSERT_NE(next, nullptr);
+  EXPECT_EQ(next->ViewSize(), 'L');
+  EXPECT_EQ(next->Look(0).colorMethod, form2d::kColor);
+  EXPECT_EQ(next->QuantParams(), f.QuantParams());
+}
+
+TEST(Graph2Views, TheDefaultThresholdIsAskedUntilItIsANonNegativeNumber) {
+  TestFrame t;
+  Graph2Form& f = NewForm(t, 64);
+  File(f, 1.0f);
+  t.platform.dialogs.QueueAnswer("x+(");
+  t.platform.dialogs.QueueAnswer("-1");
+  t.platform.dialogs.QueueAnswer("1/4");
+  f.GetNewThresholdValue();
+  EXPECT_EQ(f.Look(1).threshold, 0.25f);
+  EXPECT_EQ(f.Look(1).thresholdText, "1/4");
+  EXPECT_EQ(f.Look(1).caption, "Linear, Threshold:1/4");
+  EXPECT_EQ(f.controls().Text("LabGraphSm(1)"), "Linear, Threshold:1/4");
+  EXPECT_EQ(f.Look(0).threshold, 0.0f);  // a graph held keeps its own
+  int beeps = 0;
+  for (const std::string& line : t.lines) beeps += line == "beep";
+  EXPECT_EQ(beeps, 2);
+}
+
+TEST(Graph2Views, AnEmptyCaptionAnswerKeepsTheCaption) {
+  TestFrame t;
+  Graph2Form& f = NewForm(t, 64);
+  File(f, 1.0f);
+  t.platform.dialogs.QueueAnswer("Noise");
+  f.PictureCaptionActivated(0);
+  EXPECT_EQ(f.Look(0).caption, "Noise");
+  EXPECT_EQ(f.controls().Text("LabGraphSm(0)"), "Noise");
+  t.platform.dialogs.QueueAnswer("");
+  f.ChangeTheCaption(0);
+  EXPECT_EQ(f.Look(0).caption, "Noise");
+}
+
+}  // namespace
+}  // namespace keldo
