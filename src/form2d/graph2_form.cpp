@@ -114,6 +114,11 @@ void Graph2Form::BuildControls() {
       {"cmdMoveDown", "vv"}, {"cmdMoveOnceDown", "v"}, {"cmdMoveOnceUp", "^"},     {"cmdMoveUp", "^^"}};
   for (const auto& [name, caption] : moves) controls_.Add(name, ControlKind::Button, caption);
   controls_.Add("Remarks", ControlKind::Text, "");
+  // The calculator.
+  controls_.Add("CalcFormula", ControlKind::Text).tip = "A formula of numbers, as in a formula field.";
+  Control& go9 = controls_.Add("GoButton(9)", ControlKind::Button, "&Compute");
+  go9.tip = "Computes the value of the formula.";
+  controls_.Add("TxtCalculation", ControlKind::Text);
   // The pictures: selectors of the large view, captions and axis labels.
   controls_.Add("FrGraphs", ControlKind::Label, "Graphs").visible = false;
   for (int k = 0; k < kMaxGraphs; ++k)
@@ -140,6 +145,7 @@ std::span<const SideBoxRow<Graph2Form>> Graph2Form::SideBoxTable() {
       {{"mnuViewZoom", "ImageZoom", "Image zoom", kPanelImage, 11}, &G::OpenImageZoom, &G::ImageGo},
       {{"mnuZoom", "ImageZoom", "Image zoom", kPanelImage, 11}, &G::OpenImageZoom, &G::ImageGo},
       {{"mnuRemarks", "Rem", "Remarks", kPanelRemarks, -1}, nullptr, nullptr},
+      {{"mnuCalculator", "Calc", "Calculator", kPanelCalculator, 9}, nullptr, &G::PerformCalculation},
       {{"mnuTrace", "", "Trace", kPanelTrace, -1}, &G::OpenTrace, nullptr},
   };
   return kRows;
@@ -196,6 +202,18 @@ void Graph2Form::BindCommands() {
       {"cmdMoveDown", {0, -1}},  {"cmdMoveOnceDown", {0, -1}}, {"cmdMoveOnceUp", {0, 1}},    {"cmdMoveUp", {0, 1}}};
   for (const auto& [name, step] : moves)
     OnButton(name, [this, step = step](int) { MoveCursor(step.first, step.second); });
+}
+
+void Graph2Form::PerformCalculation() {
+  std::string text = controls_.Text("CalcFormula");
+  const double value = compiler_.VALU(text);
+  if (text == formula::kValueFailure) {
+    formula_.valueFault = 0;
+    context_.ShowError(52);
+    return;
+  }
+  controls_.SetText("TxtCalculation", PlainNumber(value));
+  Touch();
 }
 
 void Graph2Form::ControlChanged(const std::string& name) {

@@ -34,6 +34,7 @@ enum SideBoxPanel : int {
   kPanelImage = 5,  // the panel of Label 16: statistics, zoom, down sampling ...
   kPanelTrace = 6,
   kPanelRemarks = 9,
+  kPanelCalculator = 4,
   kPanelCount = 10,
 };
 
@@ -193,6 +194,7 @@ class Graph2Form final : public Form, private formula::FormulaHost {
   void OpenImageZoom(const SideBoxCommand& box);
   void OpenTrace(const SideBoxCommand& box);
   void ImageGo();
+  void PerformCalculation();
   void RestoreAll();
   // The grid point under a picture point of graph g, rounded and clamped.
   int GridIndex(double coordinate, int g) const;

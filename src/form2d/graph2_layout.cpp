@@ -31,6 +31,8 @@ FormLayout MakeLayout() {
                           Item("GoButton(13)")})},
       {kPanelTrace, Column(std::move(frames))},
       {kPanelRemarks, remarks},
+      {kPanelCalculator, Rows({Field("Formula:", "CalcFormula"), Item("GoButton(9)"),
+                               Field("Value:", "TxtCalculation", F::kReadOnly)})},
   };
   LayoutNode formula = Item("Formula", F::kStretch | F::kFormulaBox);
   formula.enter = "GoButton(1)";

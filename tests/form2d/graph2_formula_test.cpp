@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "common/number_text.h"
 #include "form2d/graph2_form.h"
 #include "kit/typed_forms.h"
 #include "test_frame.h"
@@ -154,6 +155,26 @@ TEST(Graph2Help, TheSideBoxAndFormulaHelpOpenTheTwoDimensionalPage) {
   f.FormulaHelp("");
   EXPECT_NE(t.platform.help.LastPage().find("two-dimensional-form.md"), std::string::npos);
   EXPECT_TRUE(t.lines.empty());
+}
+
+}  // namespace
+}  // namespace keldo
+
+namespace keldo {
+namespace {
+
+TEST(Graph2Calculator, GivesSinglePrecisionValuesAndReports52OnAnError) {
+  testing::TestFrame t;
+  int code = 0;
+  form2d::Graph2Form& f = *NewFormOf<form2d::Graph2Form>(t.frame, code);
+  ASSERT_TRUE(f.RunMenu("mnuCalculator"));
+  f.controls().SetText("CalcFormula", "1/3");
+  ASSERT_TRUE(f.Go());
+  EXPECT_EQ(f.controls().Text("TxtCalculation"), PlainNumber(static_cast<double>(1.0f / 3.0f)));
+  f.controls().SetText("CalcFormula", "1/0");
+  f.Go();
+  ASSERT_EQ(t.lines.size(), 1u);
+  EXPECT_NE(t.lines[0].find("52"), std::string::npos);
 }
 
 }  // namespace
