@@ -55,18 +55,25 @@ void PlaneRun(const std::string& text) {
   std::string command;
   compiler.COMPILE(keldo::formula::kModeTyped, text, command);
   if (command == keldo::formula::kErrorResult || SumSpan(state) > 20000) return;
-  static float plane[9 * 9] = {};
-  keldo::formula::Evaluator ev;
-  keldo::formula::BindEvaluator(ev, state);
-  ev.dx = 0.125;
-  ev.planes[0] = plane;
-  ev.planeStride = 9;
-  ev.restartBudget = std::max<long long>(1, 2000000 / static_cast<long long>(state.compiled.program.size() + 1));
-  ev.Prepare();
+  static const float plane[9 * 9] = {0.5f, -1.25f, 3.0f, 0.0f, 7.5f};
+  keldo::formula::Evaluator fast, slow;
+  for (keldo::formula::Evaluator* ev : {&fast, &slow}) {
+    keldo::formula::BindEvaluator(*ev, state);
+    ev->dx = 0.125;
+    ev->planes[0] = plane;
+    ev->planeStride = 9;
+    ev->restartBudget = std::max<long long>(1, 2000000 / static_cast<long long>(state.compiled.program.size() + 1));
+  }
+  slow.useTape = false;
+  fast.Prepare();
+  slow.Prepare();
   for (int k : {0, 4, 8}) {
-    const double v = ev.Eval2(k, 8 - k, -0.5 + k * 0.125, 0.5 - k * 0.125);
-    // A plane value is single precision whenever it is finite.
-    if (ev.fault() == keldo::formula::kNoFault && std::isfinite(v) && static_cast<double>(static_cast<float>(v)) != v)
+    const double v = fast.Eval2(k, 8 - k, -0.5 + k * 0.125, 0.5 - k * 0.125);
+    const double w = slow.Eval2(k, 8 - k, -0.5 + k * 0.125, 0.5 - k * 0.125);
+    // The tape and the walk agree bit for bit, and a finite plane value is
+    // single precision.
+    if (fast.fault() != slow.fault() || std::memcmp(&v, &w, sizeof v) != 0) std::abort();
+    if (fast.fault() == keldo::formula::kNoFault && std::isfinite(v) && static_cast<double>(static_cast<float>(v)) != v)
       std::abort();
   }
 }

@@ -65,13 +65,15 @@ void Evaluator::Prepare() {
   previous_.assign(groups + 1, 0.0);
   tape_.clear();
   registers_.clear();
-  if (useTape && !single) LinkTape();
+  if (useTape) LinkTape();
 }
 
 namespace {
 constexpr int kRegisterX = 1;
 constexpr int kRegisterIndex = 2;  // 2..7: I J K N P Q
-constexpr int kFirstFreeRegister = 8;
+constexpr int kRegisterY = 8;      // the plane's y
+constexpr int kRegisterGraph = 9;  // 9..12: the plane's G1..G4 at the point
+constexpr int kFirstFreeRegister = 13;
 }  // namespace
 
 void Evaluator::LinkTape() {
@@ -105,10 +107,15 @@ void Evaluator::LinkTape() {
         const int code = next();
         std::int32_t reg;
         if (code == kOperandNumber) {
-          reg = fresh(constant < pool.size() ? pool[constant] : 0.0);
+          const double c = constant < pool.size() ? pool[constant] : 0.0;
+          reg = fresh(single ? static_cast<float>(c) : c);
           ++constant;
         } else if (code == kOperandX) {
           reg = kRegisterX;
+        } else if (single && code == kOperandY) {
+          reg = kRegisterY;
+        } else if (single && code >= kOperandGraph && code < kOperandGraph + 4) {
+          reg = kRegisterGraph + (code - kOperandGraph);
         } else if (code == kOperandGroup) {
           if (below >= previous.size()) return;
           reg = previous[below++];
@@ -118,7 +125,7 @@ void Evaluator::LinkTape() {
           if (k > 0) return;  // a further operand of this kind keeps a stale entry
           reg = fresh(0.0);
           tape.push_back({kTapeState, 0, reg, code - kOperandState, 0});
-        } else if (code >= kOperandSlot && code < kOperandSlot + 5) {
+        } else if (code >= kOperandSlot && code < kOperandGraph) {
           reg = fresh(0.0);
           tape.push_back({kTapeSlot, 0, reg, code - kOperandSlot, 0});
         } else {
@@ -247,6 +254,7 @@ double Evaluator::EvalTape(int index, double x) {
           const int at = index - order + k;
           r[in->dst] = (computed != nullptr && at >= 0 && at < computedSize) ? computed[at] : 0.0;
         }
+        if (single) r[in->dst] = static_cast<float>(r[in->dst]);
         continue;
       }
       case kTapeSlot:
@@ -261,6 +269,7 @@ double Evaluator::EvalTape(int index, double x) {
         continue;
       }
     }
+    if (single) v = static_cast<float>(v);
     if (!std::isfinite(v)) {
       fault_ = FaultOf(v);
       return 0.0;
@@ -374,8 +383,26 @@ double Evaluator::Eval2(int column, int row, double x, double y) {
   column_ = column;
   row_ = row;
   y_ = static_cast<float>(y);
-  const double v = EvalProgram(column, static_cast<float>(x));
+  const double fx = static_cast<float>(x);
+  double v;
+  if (TapeRuns()) {
+    double* r = registers_.data();
+    r[kRegisterY] = y_;
+    const std::size_t at = static_cast<std::size_t>(row) * planeStride + static_cast<std::size_t>(column);
+    for (int g = 0; g < 4; ++g) r[kRegisterGraph + g] = planes[g] != nullptr ? planes[g][at] : 0.0;
+    v = EvalTape(column, fx);
+  } else {
+    v = EvalProgram(column, fx);
+  }
   return fault_ != kNoFault ? 0.0 : static_cast<double>(static_cast<float>(v));
+}
+
+bool Evaluator::TapeRuns() const {
+  if (tape_.empty()) return false;
+  if (tapeHasSums_)
+    for (std::size_t s = 0; s < 6; ++s)
+      if (bounds[s] > bounds[s + 6]) return false;
+  return true;
 }
 
 bool Evaluator::Operand(int code, int index, double x, std::size_t& constant, double& v) const {
@@ -413,12 +440,7 @@ bool Evaluator::Operand(int code, int index, double x, std::size_t& constant, do
 
 double Evaluator::Eval(int index, double x) {
   fault_ = kNoFault;
-  if (!tape_.empty()) {
-    bool ordered = true;
-    if (tapeHasSums_)
-      for (std::size_t s = 0; s < 6; ++s) ordered = ordered && bounds[s] <= bounds[s + 6];
-    if (ordered) return EvalTape(index, x);
-  }
+  if (TapeRuns()) return EvalTape(index, x);
   return EvalProgram(index, x);
 }
 

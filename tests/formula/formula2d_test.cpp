@@ -87,6 +87,34 @@ TEST(PlaneFormulas, MatchSinglePrecisionNumpyOnTheGrid) {
   }
 }
 
+TEST(PlaneFormulas, TheLinkedTapeAgreesWithTheWalkBitForBit) {
+  const auto table = ReadTable();
+  std::vector<float> g1(81);
+  for (std::size_t k = 0; k < g1.size(); ++k) g1[k] = static_cast<float>(k % 7) - 2.5f;
+  int taped = 0;
+  for (const auto& [text, points] : table) {
+    PlaneBench b;
+    ASSERT_NE(b.Compile(text), formula::kErrorResult) << text;
+    formula::Evaluator fast = b.Evaluator(0.125), slow;
+    formula::BindEvaluator(slow, b.state);
+    slow.dx = 0.125;
+    slow.useTape = false;
+    slow.Prepare();
+    taped += fast.HasTape();
+    for (formula::Evaluator* ev : {&fast, &slow}) {
+      ev->planes[0] = g1.data();
+      ev->planeStride = 9;
+    }
+    for (const Expected& e : points) {
+      const double x = -0.5 + e.j / 8.0, y = -0.5 + e.i / 8.0;
+      const double v = fast.Eval2(e.j, e.i, x, y), w = slow.Eval2(e.j, e.i, x, y);
+      ASSERT_EQ(fast.fault(), slow.fault()) << text;
+      ASSERT_EQ(std::memcmp(&v, &w, sizeof v), 0) << text << ": " << v << " vs " << w;
+    }
+  }
+  EXPECT_GT(taped, 60);  // the tape serves nearly every formula
+}
+
 TEST(PlaneFormulas, GraphWordsAreSamplesOfTheStoredGraphsWhateverTheirCount) {
   PlaneBench b;
   b.host.graphCount = 1;  // G3 compiles all the same and reads its slot
