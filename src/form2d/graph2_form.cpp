@@ -516,6 +516,22 @@ void Graph2Form::InitializeGraph() {
   ShowPanel(kPanelGraph);
 }
 
+void Graph2Form::RestoreSideBoxFromKey(const std::string& key) {
+  SetSideBoxKey(key);
+  RestoreSideBox();
+}
+
+void Graph2Form::RestoreOtherKey(const std::string& key) {
+  // "GrStyle1" to "GrStyle4" open the graph style box of that graph; any
+  // other key clears the side box.
+  if (key.size() == 8 && key.compare(0, 7, "GrStyle") == 0 && key[7] >= '1' && key[7] <= '4') {
+    popUpGraph_ = key[7] - '1';
+    RunHandler("mnuChangeGraphStyle");
+    return;
+  }
+  ClearSideBox();
+}
+
 void Graph2Form::ClearSideBox() {
   ShowPanel(-1);
   ForgetSideBox();

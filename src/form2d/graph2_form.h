@@ -108,6 +108,9 @@ class Graph2Form final : public Form, private formula::FormulaHost {
   void PictureCaptionActivated(int picture) override;
   const std::array<std::string, 3>& QuantParams() const { return quantParams_; }
 
+  // Opens the side box a form file names by its key again.
+  void RestoreSideBoxFromKey(const std::string& key);
+
   // Graph styles, zoom and trace.
   void SetGraphStyleForm(int k);
   void ResetGraphStyleMenu(int g);
@@ -173,6 +176,7 @@ class Graph2Form final : public Form, private formula::FormulaHost {
   void BindCommands();
   static std::span<const SideBoxRow<Graph2Form>> SideBoxTable();
   void SideBoxOpening(int panel) override;
+  void RestoreOtherKey(const std::string& key) override;
   bool IsStopButton(int k) const override;
   bool StopWork() override;
   void ClearSideBox();

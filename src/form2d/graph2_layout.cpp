@@ -14,9 +14,10 @@ FormLayout MakeLayout() {
   for (int k = 0; k < kMaxGraphs; ++k)
     frames.push_back(GroupOf(IndexedName("FrTrace", k), Column({Item(IndexedName("LabTrace", k))})));
   std::vector<LayoutNode> moves;
+  // The outer arrows keep moving while they are held.
   for (const char* name : {"cmdMoveLeft", "cmdMoveOnceLeft", "cmdMoveOnceRight", "cmdMoveRight", "cmdMoveDown",
                            "cmdMoveOnceDown", "cmdMoveOnceUp", "cmdMoveUp"})
-    moves.push_back(Item(name, F::kNarrow));
+    moves.push_back(Item(name, F::kNarrow | (std::string(name).find("Once") == std::string::npos ? F::kAutoRepeat : 0u)));
   frames.push_back(Grid(4, std::move(moves)));
   LayoutNode remarks = Column({Item("Remarks", F::kMultiLine)});
   remarks.flags = F::kNoMargins;

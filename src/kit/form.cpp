@@ -149,6 +149,7 @@ void Form::RestoreSideBox() {
     if (CommandBuilt(bound.box.menuItem)) RunHandler(bound.box.menuItem);
     return;
   }
+  RestoreOtherKey(sideBoxKey_);
 }
 
 void Form::ShowPanel(int panel) {

@@ -169,6 +169,8 @@ class Form {
   void RestoreSideBox();
   // Shows one panel and hides the others; the open command stays.
   void ShowPanel(int panel);
+  // A stored key that names no row of the table: the form's own rule.
+  virtual void RestoreOtherKey(const std::string& /*key*/) {}
   // Forgets the open command and its key; the panels are left as they are.
   void ForgetSideBox();
   void SetSideBoxKey(const std::string& key) { sideBoxKey_ = key; }

@@ -303,3 +303,25 @@ TEST(Graph2Views, AnEmptyCaptionAnswerKeepsTheCaption) {
 
 }  // namespace
 }  // namespace keldo
+
+namespace keldo {
+namespace {
+
+TEST(Graph2SideBox, StoredKeysOpenTheirBoxesAndAnUnknownKeyClearsIt) {
+  TestFrame t;
+  Graph2Form& f = NewForm(t, 64);
+  File(f, 1.0f);
+  File(f, 2.0f);
+  f.RestoreSideBoxFromKey("GrStyle2");
+  EXPECT_EQ(f.VisiblePanel(), form2d::kPanelGraphStyle);
+  EXPECT_EQ(f.controls().Text("labGraphStyle"), "Graph  2");
+  EXPECT_EQ(f.SideBoxKey(), "GrStyle2");
+  f.RestoreSideBoxFromKey("Calc");
+  EXPECT_EQ(f.VisiblePanel(), form2d::kPanelCalculator);
+  f.RestoreSideBoxFromKey("PrnGr");
+  EXPECT_EQ(f.VisiblePanel(), -1);
+  EXPECT_EQ(f.SideBoxKey(), "");
+}
+
+}  // namespace
+}  // namespace keldo
