@@ -87,7 +87,13 @@ TEST(Graph2Store, DeletingTheSecondOfThreeMovesSamplesButNotCaptions) {
   TestFrame t;
   Graph2Form& f = NewForm(t, 64);
   for (float v : {1.0f, 2.0f, 3.0f}) File(f, v);
+  for (const char* caption : {"one", "two", "three"}) {
+    t.platform.dialogs.QueueAnswer(caption);
+    f.ChangeTheCaption(caption[0] == 'o' ? 0 : caption[1] == 'w' ? 1 : 2);
+  }
   f.DeleteGraph(1);
+  EXPECT_EQ(f.Look(1).caption, "two");  // the caption stays with its slot
+  EXPECT_EQ(f.Look(2).caption, "three");
   EXPECT_EQ(f.NumGraphsPlotted(), 2);
   EXPECT_EQ(Sample(f, 0, 10, 10), 1.0f);
   EXPECT_EQ(Sample(f, 1, 10, 10), 3.0f);
