@@ -371,6 +371,10 @@ void Compiler::PARVALI(std::string& text, std::string& command, bool& found) {
     // compiler then ends the substitution.
     ReplaceEach(text, token, value);
     found = true;
+    // A letter becomes a bracket at least, so the text never shrinks here:
+    // past the length limit the next pass refuses it whatever follows, and
+    // further letters of the command would only multiply it.
+    if (text.size() > kLongestText) return;
   }
 }
 

@@ -137,6 +137,24 @@ TEST(Compile, AChainDoubledPastTheLimitIsImproper) {
   EXPECT_EQ(value, formula::kValueFailure);
 }
 
+TEST(Compile, ParametersMultipliedByTheCommandStopAtTheLimit) {
+  // The command names the letter A again and again, and A's value holds
+  // many A: each substitution multiplies the text. It is refused as soon as
+  // it passes the length limit, as the next pass would refuse it anyway.
+  std::string typed = "A";
+  for (int k = 0; k < 12; ++k) typed += "\\A=AAAAAAAA";
+  FormulaBench b;
+  EXPECT_EQ(b.Compile(typed), kErrorResult);
+  std::string value = typed;
+  b.compiler.VALU(value);
+  EXPECT_EQ(value, formula::kValueFailure);
+  // Below the limit the same substitution stands, one sweep per pass.
+  FormulaBench small;
+  std::string command = small.Compile("A\\A=2");
+  EXPECT_NE(command, kErrorResult);
+  EXPECT_EQ(small.Eval(0.0, 0.0), 2.0);
+}
+
 TEST(Values, ALongSumInANumberFieldGivesUpByItsWork) {
   FormulaBench b;
   std::string small = "SUMI(I)\\I=1,1000";
