@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <type_traits>
 #include <utility>
 
 namespace keldo::fourier {
@@ -15,7 +16,8 @@ inline double HalfAngleSine(const double* s, int k, double reciprocal) {
 }
 
 // One butterfly: the rotated value (v, w) against element j.
-inline void Butterfly(double* x, double* y, int j, int r, double v, double w) {
+template <typename T>
+inline void Butterfly(T* x, T* y, int j, int r, T v, T w) {
   x[r] = x[j] - v;
   y[r] = y[j] - w;
   x[j] += v;
@@ -49,7 +51,10 @@ void BuildTrigTables(int n, int m, double* s, double* t, double& c) {
   for (int k = 1; k < quarter; ++k) t[k] = (1.0 - s[quarter - k]) / s[k];
 }
 
-void BitReversePair(double* x, double* y, int n, int m) {
+namespace {
+
+template <typename T>
+void BitReverseBoth(T* x, T* y, int n, int m) {
   const auto exchange = [&](int i, int j) {
     std::swap(x[i], x[j]);
     std::swap(y[i], y[j]);
@@ -76,7 +81,7 @@ void BitReversePair(double* x, double* y, int n, int m) {
   static constexpr int kReversed[8] = {0, 4, 2, 6, 1, 5, 3, 7};
   const int middleCount = 1 << (m - 2 * kBits);
   const int highShift = m - kBits;
-  double bufferX[8][8], bufferY[8][8];
+  T bufferX[8][8], bufferY[8][8];
   const auto row = [&](int high, int middle) { return (high << highShift) | (middle << kBits); };
   int reversedMiddle = 0;
   for (int middle = 0; middle < middleCount; ++middle) {
@@ -119,21 +124,37 @@ void BitReversePair(double* x, double* y, int n, int m) {
   }
 }
 
-namespace {
-
-// Two or four doubles in the lanes of one vector register.
+// Two or four doubles, or four or eight floats, in the lanes of one vector
+// register of 16 or 32 bytes.
 typedef double Pair __attribute__((vector_size(16)));
 typedef double Quad __attribute__((vector_size(32)));
+typedef float Float4 __attribute__((vector_size(16)));
+typedef float Float8 __attribute__((vector_size(32)));
+
+template <typename T>
+struct Lanes;
+template <>
+struct Lanes<double> {
+  using Narrow = Pair;
+  using Wide = Quad;
+  static constexpr int kNarrow = 2, kWide = 4;
+};
+template <>
+struct Lanes<float> {
+  using Narrow = Float4;
+  using Wide = Float8;
+  static constexpr int kNarrow = 4, kWide = 8;
+};
 
 // Vectors go in and out by reference, so that no vector crosses a call in
 // a register of a width the caller may not have.
-template <typename V>
-inline __attribute__((always_inline)) void Load(V& v, const double* p) {
+template <typename V, typename T>
+inline __attribute__((always_inline)) void Load(V& v, const T* p) {
   std::memcpy(&v, p, sizeof v);
 }
 
-template <typename V>
-inline __attribute__((always_inline)) void Store(double* p, const V& v) {
+template <typename V, typename T>
+inline __attribute__((always_inline)) void Store(T* p, const V& v) {
   std::memcpy(p, &v, sizeof v);
 }
 
@@ -142,8 +163,8 @@ constexpr int kChunk = 2048;
 
 // The outputs of one vector of butterflies: the left elements at lo become
 // left + (v, w), the right elements at r become left - (v, w).
-template <typename V>
-inline __attribute__((always_inline)) void ButterflyOut(double* x, double* y, int lo, int r, const V& v, const V& w) {
+template <typename V, typename T>
+inline __attribute__((always_inline)) void ButterflyOut(T* x, T* y, int lo, int r, const V& v, const V& w) {
   V xl, yl;
   Load(xl, x + lo);
   Load(yl, y + lo);
@@ -159,9 +180,9 @@ inline __attribute__((always_inline)) void ButterflyOut(double* x, double* y, in
 
 // L twiddle indices k .. k+L-1 of one block in the lanes of a vector V,
 // each lane doing the operations of the scalar step in StageBody.
-template <typename V, int L>
-inline __attribute__((always_inline)) void VectorStep(double* x, double* y, const double* s, const double* t, int j,
-                                                      int k, int d, int q, int tstep) {
+template <typename V, int L, typename T>
+inline __attribute__((always_inline)) void VectorStep(T* x, T* y, const T* s, const T* t, int j, int k, int d, int q,
+                                                      int tstep) {
   V sk, tk;
   if (tstep == 1) {
     Load(sk, s + k);
@@ -196,32 +217,34 @@ inline __attribute__((always_inline)) void VectorStep(double* x, double* y, cons
 // and the twiddle index inside, so that the four elements of each step
 // advance through memory together; L twiddle indices at a time go into the
 // lanes of a vector V (then pairs, then one at a time for what is left).
-template <typename V, int L>
-inline __attribute__((always_inline)) void StageBody(double* x, double* y, const double* s, const double* t, int d,
-                                                     int tstep, int begin, int end) {
+template <typename V, int L, typename T>
+inline __attribute__((always_inline)) void StageBody(T* x, T* y, const T* s, const T* t, int d, int tstep, int begin,
+                                                     int end) {
   const int q = d / 2;
   const int blockStep = 2 * d;
   for (int j = begin; j < end; j += blockStep) {
     // The trivial twiddles: 1 and +i.
-    const double a0 = x[j + d], b0 = y[j + d];
+    const T a0 = x[j + d], b0 = y[j + d];
     Butterfly(x, y, j, j + d, a0, b0);
     const int p0 = j + q, r0 = j + d + q;
-    const double a = x[r0], b = y[r0];
+    const T a = x[r0], b = y[r0];
     x[r0] = x[p0] + b;
     y[r0] = y[p0] - a;
     x[p0] -= b;
     y[p0] += a;
     int k = 1;
     for (; q >= 2 * L && k + L - 1 < q; k += L) VectorStep<V, L>(x, y, s, t, j, k, d, q, tstep);
-    if constexpr (L > 2)
-      for (; k + 1 < q; k += 2) VectorStep<Pair, 2>(x, y, s, t, j, k, d, q, tstep);
+    constexpr int kNarrow = Lanes<T>::kNarrow;
+    if constexpr (L > kNarrow)
+      for (; k + kNarrow - 1 < q; k += kNarrow)
+        VectorStep<typename Lanes<T>::Narrow, kNarrow>(x, y, s, t, j, k, d, q, tstep);
     for (; k < q; ++k) {
-      const double sk = s[k * tstep], tk = t[k * tstep];
+      const T sk = s[k * tstep], tk = t[k * tstep];
       // Rotation by theta = pi k / d in three shears.
       int r = j + k + d;
-      double u = y[r] + tk * x[r];
-      double v = x[r] - sk * u;
-      double w = u + tk * v;
+      T u = y[r] + tk * x[r];
+      T v = x[r] - sk * u;
+      T w = u + tk * v;
       Butterfly(x, y, j + k, r, v, w);
       // The mirror pair, at theta + pi / 2.
       const int p = j + k + q;
@@ -234,47 +257,46 @@ inline __attribute__((always_inline)) void StageBody(double* x, double* y, const
   }
 }
 
-void ButterflyStagePairs(double* x, double* y, const double* s, const double* t, int d, int tstep, int begin,
-                         int end) {
-  StageBody<Pair, 2>(x, y, s, t, d, tstep, begin, end);
+template <typename T>
+void ButterflyStageNarrow(T* x, T* y, const T* s, const T* t, int d, int tstep, int begin, int end) {
+  StageBody<typename Lanes<T>::Narrow, Lanes<T>::kNarrow>(x, y, s, t, d, tstep, begin, end);
 }
 
 // The same for processors with 256-bit vectors. Without fused multiply-add
 // each lane rounds exactly as the scalar code does.
-__attribute__((target("avx"))) void ButterflyStageQuads(double* x, double* y, const double* s, const double* t, int d,
-                                                          int tstep, int begin, int end) {
-  StageBody<Quad, 4>(x, y, s, t, d, tstep, begin, end);
+template <typename T>
+__attribute__((target("avx"))) void ButterflyStageWide(T* x, T* y, const T* s, const T* t, int d, int tstep,
+                                                         int begin, int end) {
+  StageBody<typename Lanes<T>::Wide, Lanes<T>::kWide>(x, y, s, t, d, tstep, begin, end);
 }
 
-void ButterflyStage(double* x, double* y, const double* s, const double* t, int d, int tstep, int begin, int end) {
-  static const bool quads = __builtin_cpu_supports("avx");
-  if (quads) ButterflyStageQuads(x, y, s, t, d, tstep, begin, end);
-  else ButterflyStagePairs(x, y, s, t, d, tstep, begin, end);
+template <typename T>
+void ButterflyStage(T* x, T* y, const T* s, const T* t, int d, int tstep, int begin, int end) {
+  static const bool wide = __builtin_cpu_supports("avx");
+  if (wide) ButterflyStageWide(x, y, s, t, d, tstep, begin, end);
+  else ButterflyStageNarrow(x, y, s, t, d, tstep, begin, end);
 }
-
-}  // namespace
-
-namespace {
 
 // The first three stages (spans 1, 2 and 4) on eight elements at a time,
 // held in registers between the stages. The operations are those of the
 // stages one by one.
-void FirstThreeStages(double* x, double* y, double s1, double t1, int n) {
+template <typename T>
+void FirstThreeStages(T* x, T* y, T s1, T t1, int n) {
   for (int j = 0; j < n; j += 8) {
-    double a[8], b[8];
+    T a[8], b[8];
     for (int i = 0; i < 8; ++i) {
       a[i] = x[j + i];
       b[i] = y[j + i];
     }
     for (int i = 0; i < 8; i += 2) {
-      const double a0 = a[i], a1 = a[i + 1], b0 = b[i], b1 = b[i + 1];
+      const T a0 = a[i], a1 = a[i + 1], b0 = b[i], b1 = b[i + 1];
       a[i] = a0 + a1;
       a[i + 1] = a0 - a1;
       b[i] = b0 + b1;
       b[i + 1] = b0 - b1;
     }
     for (int i = 0; i < 8; i += 4) {
-      double v = a[i + 2], w = b[i + 2];
+      T v = a[i + 2], w = b[i + 2];
       a[i + 2] = a[i] - v;
       b[i + 2] = b[i] - w;
       a[i] += v;
@@ -287,7 +309,7 @@ void FirstThreeStages(double* x, double* y, double s1, double t1, int n) {
       b[i + 1] += v;
     }
     // Span 4: the trivial twiddles, then k = 1 and its mirror.
-    double v = a[4], w = b[4];
+    T v = a[4], w = b[4];
     a[4] = a[0] - v;
     b[4] = b[0] - w;
     a[0] += v;
@@ -298,7 +320,7 @@ void FirstThreeStages(double* x, double* y, double s1, double t1, int n) {
     b[6] = b[2] - v;
     a[2] -= w;
     b[2] += v;
-    double u = b[5] + t1 * a[5];
+    T u = b[5] + t1 * a[5];
     v = a[5] - s1 * u;
     w = u + t1 * v;
     a[5] = a[1] - v;
@@ -319,9 +341,8 @@ void FirstThreeStages(double* x, double* y, double s1, double t1, int n) {
   }
 }
 
-}  // namespace
-
-void ComplexFFTCore(double* x, double* y, const double* s, const double* t, int n, int stride) {
+template <typename T>
+void FFTCore(T* x, T* y, const T* s, const T* t, int n, int stride) {
   const auto tstepOf = [&](int d) { return stride * (n / (2 * d)); };
   int first = 2;
   if (n >= 8) {
@@ -329,7 +350,7 @@ void ComplexFFTCore(double* x, double* y, const double* s, const double* t, int 
     first = 8;
   } else {
     for (int j = 0; j < n; j += 2) {
-      const double x0 = x[j], x1 = x[j + 1], y0 = y[j], y1 = y[j + 1];
+      const T x0 = x[j], x1 = x[j + 1], y0 = y[j], y1 = y[j + 1];
       x[j] = x0 + x1;
       x[j + 1] = x0 - x1;
       y[j] = y0 + y1;
@@ -344,30 +365,35 @@ void ComplexFFTCore(double* x, double* y, const double* s, const double* t, int 
   for (int d = std::max(chunk, first); d < n; d *= 2) ButterflyStage(x, y, s, t, d, tstepOf(d), 0, n);
 }
 
-void RealFFT(int n, double* x, double* y, const double* s, const double* t, int mHalf) {
+template <typename T>
+void RealTransform(int n, T* x, T* y, const T* s, const T* t, int mHalf) {
   const int h = n / 2, q = n / 4;
   // The odd samples go to y, the even ones move down. Two at a time: the
   // four values are read before the two writes, which land below them.
-  for (int k = 0; k + 1 < h; k += 2) {
-    Pair first, second;
-    Load(first, x + 2 * k);
-    Load(second, x + 2 * k + 2);
-    const Pair evens = {first[0], second[0]}, odds = {first[1], second[1]};
-    Store(y + k, odds);
-    Store(x + k, evens);
+  int rest = 0;
+  if constexpr (std::is_same_v<T, double>) {
+    for (int k = 0; k + 1 < h; k += 2) {
+      Pair first, second;
+      Load(first, x + 2 * k);
+      Load(second, x + 2 * k + 2);
+      const Pair evens = {first[0], second[0]}, odds = {first[1], second[1]};
+      Store(y + k, odds);
+      Store(x + k, evens);
+    }
+    rest = h & ~1;
   }
-  for (int k = h & ~1; k < h; ++k) {
+  for (int k = rest; k < h; ++k) {
     y[k] = x[2 * k + 1];
     x[k] = x[2 * k];
   }
-  BitReversePair(x, y, h, mHalf);
-  ComplexFFTCore(x, y, s, t, h, 2);
+  BitReverseBoth(x, y, h, mHalf);
+  FFTCore(x, y, s, t, h, 2);
   // The step of k for one k: the halves of the spectrum from the transform
   // of the even and odd samples.
   const auto post = [&](int k) {
-    const double sk = s[k], tk = t[k];
-    double d = x[k] - x[h - k], a = y[h - k] + y[k];
-    double u = d * tk + a, v = d - u * sk;
+    const T sk = s[k], tk = t[k];
+    T d = x[k] - x[h - k], a = y[h - k] + y[k];
+    T u = d * tk + a, v = d - u * sk;
     x[n - k] = (x[h - k] + x[k] + (v * tk + u)) / 2;
     y[n - k] = (y[h - k] - y[k] + v) / 2;
     const int e = q + k;
@@ -378,9 +404,9 @@ void RealFFT(int n, double* x, double* y, const double* s, const double* t, int 
     x[n - e] = (x[h - e] + x[e] + (v * tk + u)) / 2;
     y[n - e] = (y[h - e] - y[e] + v) / 2;
   };
-  if (q < 4) {
+  if (q < 4 || !std::is_same_v<T, double>) {
     for (int k = 1; k < q; ++k) post(k);
-  } else {
+  } else if constexpr (std::is_same_v<T, double>) {
     post(1);
     // Two values of k at a time in the lanes of a vector, each lane doing
     // the operations of `post`; the elements read and written backwards are
@@ -422,10 +448,10 @@ void RealFFT(int n, double* x, double* y, const double* s, const double* t, int 
   y[n - q] = -y[q];
   {
     // The upper half, read backwards, into the lower half: no index is both.
-    double* __restrict xLow = x;
-    double* __restrict yLow = y;
-    const double* __restrict xHigh = x + n;
-    const double* __restrict yHigh = y + n;
+    T* __restrict xLow = x;
+    T* __restrict yLow = y;
+    const T* __restrict xHigh = x + n;
+    const T* __restrict yHigh = y + n;
     for (int k = 1; k < h; ++k) {
       xLow[k] = xHigh[-k];
       yLow[k] = -yHigh[-k];
@@ -433,8 +459,25 @@ void RealFFT(int n, double* x, double* y, const double* s, const double* t, int 
   }
   x[h] = x[0] - y[0];
   x[0] = x[0] + y[0];
-  y[0] = 0.0;
-  y[h] = 0.0;
+  y[0] = 0;
+  y[h] = 0;
+}
+
+}  // namespace
+
+void BitReversePair(double* x, double* y, int n, int m) { BitReverseBoth(x, y, n, m); }
+void BitReversePair(float* x, float* y, int n, int m) { BitReverseBoth(x, y, n, m); }
+void ComplexFFTCore(double* x, double* y, const double* s, const double* t, int n, int stride) {
+  FFTCore(x, y, s, t, n, stride);
+}
+void ComplexFFTCore(float* x, float* y, const float* s, const float* t, int n, int stride) {
+  FFTCore(x, y, s, t, n, stride);
+}
+void RealFFT(int n, double* x, double* y, const double* s, const double* t, int mHalf) {
+  RealTransform(n, x, y, s, t, mHalf);
+}
+void RealFFT(int n, float* x, float* y, const float* s, const float* t, int mHalf) {
+  RealTransform(n, x, y, s, t, mHalf);
 }
 
 void RealInverseFFT(int n, int mOffset, double* x, double* y, const double* s, const double* t) {
@@ -548,6 +591,13 @@ TrigTables::TrigTables(int size) : n(size) {
   sine.assign(static_cast<std::size_t>(n / 4 + 4), 0.0);
   tan.assign(static_cast<std::size_t>(n / 4 + 4), 0.0);
   BuildTrigTables(n, m, sine.data(), tan.data(), cosConstant);
+}
+
+FloatTrigTables::FloatTrigTables(int size) : n(size) {
+  const TrigTables exact(size);
+  m = exact.m;
+  sine.assign(exact.sine.begin(), exact.sine.end());
+  tan.assign(exact.tan.begin(), exact.tan.end());
 }
 
 }  // namespace keldo::fourier

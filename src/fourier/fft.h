@@ -22,14 +22,18 @@ void BuildTrigTables(int n, int m, double* sineTable, double* tanTable, double& 
 
 // The bit-reversal permutation of both arrays of length n = 2^m.
 void BitReversePair(double* x, double* y, int n, int m);
+void BitReversePair(float* x, float* y, int n, int m);
 
 // Butterflies over bit-reversed data of length n; stride 1 when the tables
-// were built for n, 2 when built for 2n.
+// were built for n, 2 when built for 2n. The single-precision version does
+// the same operations in floats.
 void ComplexFFTCore(double* x, double* y, const double* sineTable, const double* tanTable, int n, int stride);
+void ComplexFFTCore(float* x, float* y, const float* sineTable, const float* tanTable, int n, int stride);
 
 // Full spectrum of real x[0..N-1]; mHalf = M - 1. Y's input is ignored;
 // Y[0] = Y[N/2] = 0 on output.
 void RealFFT(int n, double* x, double* y, const double* sineTable, const double* tanTable, int mHalf);
+void RealFFT(int n, float* x, float* y, const float* sineTable, const float* tanTable, int mHalf);
 
 // Real signal from a half spectrum X, Y[0..N/2]; mOffset = M - 6. Y is
 // destroyed. Of RealFFT's output it gives N times the signal.
@@ -55,6 +59,15 @@ struct TrigTables {
   std::vector<double> sine;
   std::vector<double> tan;
   double cosConstant = 0.0;
+};
+
+// The same tables rounded to single precision, for the float kernels.
+struct FloatTrigTables {
+  explicit FloatTrigTables(int n);
+  int n = 0;
+  int m = 0;
+  std::vector<float> sine;
+  std::vector<float> tan;
 };
 
 }  // namespace keldo::fourier

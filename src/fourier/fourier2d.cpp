@@ -1,0 +1,298 @@
+#include "fourier/fourier2d.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "fourier/fft.h"
+#include "fourier/transforms.h"
+
+namespace keldo::fourier {
+namespace {
+
+// Columns gathered into contiguous rows at a time, so that each row of the
+// matrix is read in runs of this many floats.
+constexpr int kGroup = 16;
+
+// Exchanges the halves of every row and of every column of the N by N part:
+// the quadrants trade places diagonally.
+void QuadrantSwap(int n, const Plane& a) {
+  const int h = n / 2;
+  for (int i = 0; i < h; ++i) {
+    float* low = a.Row(i);
+    float* high = a.Row(i + h);
+    for (int j = 0; j < h; ++j) {
+      std::swap(low[j], high[j + h]);
+      std::swap(low[j + h], high[j]);
+    }
+  }
+}
+
+void Scale(int n, const Plane& a, float factor) {
+  for (int i = 0; i < n; ++i) {
+    float* row = a.Row(i);
+    for (int j = 0; j < n; ++j) row[j] *= factor;
+  }
+}
+
+// Transforms rows 0..N-1 in place, each then multiplied by `scale`.
+void RowPass(int n, const FloatTrigTables& t, const Plane& re, const Plane& im, float scale) {
+  for (int i = 0; i < n; ++i) {
+    float* x = re.Row(i);
+    float* y = im.Row(i);
+    BitReversePair(x, y, n, t.m);
+    ComplexFFTCore(x, y, t.sine.data(), t.tan.data(), n, 1);
+    if (scale != 1.0f)
+      for (int j = 0; j < n; ++j) {
+        x[j] *= scale;
+        y[j] *= scale;
+      }
+  }
+}
+
+// Transforms columns first..last-1 over rows 0..N-1, each then multiplied by
+// `scale`, a group of columns at a time through contiguous buffers.
+void ColumnPass(int n, const FloatTrigTables& t, const Plane& re, const Plane& im, int first, int last, float scale) {
+  const std::size_t length = static_cast<std::size_t>(n);
+  std::vector<float> bx(length * kGroup), by(length * kGroup);
+  for (int j0 = first; j0 < last; j0 += kGroup) {
+    const int g = std::min(kGroup, last - j0);
+    for (int i = 0; i < n; ++i) {
+      const float* x = re.Row(i) + j0;
+      const float* y = im.Row(i) + j0;
+      for (int c = 0; c < g; ++c) {
+        bx[static_cast<std::size_t>(c) * length + static_cast<std::size_t>(i)] = x[c];
+        by[static_cast<std::size_t>(c) * length + static_cast<std::size_t>(i)] = y[c];
+      }
+    }
+    for (int c = 0; c < g; ++c) {
+      float* x = bx.data() + static_cast<std::size_t>(c) * length;
+      float* y = by.data() + static_cast<std::size_t>(c) * length;
+      BitReversePair(x, y, n, t.m);
+      ComplexFFTCore(x, y, t.sine.data(), t.tan.data(), n, 1);
+    }
+    for (int i = 0; i < n; ++i) {
+      float* x = re.Row(i) + j0;
+      float* y = im.Row(i) + j0;
+      for (int c = 0; c < g; ++c) {
+        x[c] = bx[static_cast<std::size_t>(c) * length + static_cast<std::size_t>(i)] * scale;
+        y[c] = by[static_cast<std::size_t>(c) * length + static_cast<std::size_t>(i)] * scale;
+      }
+    }
+  }
+}
+
+void CopyPlane(int n, const Plane& from, float* to, std::size_t stride) {
+  for (int i = 0; i <= n; ++i) std::copy(from.Row(i), from.Row(i) + n + 1, to + static_cast<std::size_t>(i) * stride);
+}
+
+double SumOfSquares(int n, const Plane& a) {
+  double sum = 0.0;
+  for (int i = 0; i < n; ++i)
+    for (int j = 0; j < n; ++j) sum += static_cast<double>(a.At(i, j)) * a.At(i, j);
+  return sum;
+}
+
+// The profiles of the weighting filters on u in 0..1; `parameter` is the
+// damping power of "Diffusion".
+double Profile(const std::string& name, double u, double parameter) {
+  if (name == "hanning") return (1 + std::cos(kProgramPi * u)) / 2;
+  if (name == "Hamming") return 0.54 + 0.46 * std::cos(kProgramPi * u);
+  if (name == "Cesaro") return 1 - u;
+  if (name == "Blackman") return 0.42 + 0.5 * std::cos(kProgramPi * u) + 0.08 * std::cos(2 * kProgramPi * u);
+  return std::exp(-parameter * u * u);  // "Diffusion"
+}
+
+// u = a / limit, taken as 0 at a limit of 0 (only the centre is left then).
+double Ratio(double a, double limit) { return limit > 0 ? a / limit : 0.0; }
+
+}  // namespace
+
+void Fourier2DComplex(int n, float width, const Plane& re, const Plane& im) {
+  const FloatTrigTables t(n);
+  const float h = width / static_cast<float>(n);
+  QuadrantSwap(n, re);
+  QuadrantSwap(n, im);
+  RowPass(n, t, re, im, h);
+  ColumnPass(n, t, re, im, 0, n, h);
+  QuadrantSwap(n, re);
+  QuadrantSwap(n, im);
+}
+
+void Fourier2DReal(int n, float width, const Plane& re, const Plane& im) {
+  const FloatTrigTables t(n);
+  const float h = width / static_cast<float>(n);
+  QuadrantSwap(n, re);
+  for (int i = 0; i < n; ++i) RealFFT(n, re.Row(i), im.Row(i), t.sine.data(), t.tan.data(), t.m - 1);
+  // Columns 0..N/2 by transform, the others by F[-p][-q] = conj F[p][q].
+  ColumnPass(n, t, re, im, 0, n / 2 + 1, 1.0f);
+  for (int i = 0; i < n; ++i) {
+    const int mirror = i == 0 ? 0 : n - i;
+    float* x = re.Row(i);
+    float* y = im.Row(i);
+    const float* mx = re.Row(mirror);
+    const float* my = im.Row(mirror);
+    for (int j = n / 2 + 1; j < n; ++j) {
+      x[j] = mx[n - j];
+      y[j] = -my[n - j];
+    }
+  }
+  const float h2 = h * h;
+  Scale(n, re, h2);
+  Scale(n, im, h2);
+  QuadrantSwap(n, re);
+  QuadrantSwap(n, im);
+}
+
+void WrapEdges(int n, const Plane& a) {
+  std::copy(a.Row(0), a.Row(0) + n, a.Row(n));
+  for (int i = 0; i <= n; ++i) a.At(i, n) = a.At(i, 0);
+}
+
+const std::vector<std::string>& Filter2DNames() {
+  static const std::vector<std::string> kNames = {"hanning",  "Hamming",   "Cesaro",
+                                                  "Blackman", "Diffusion", "Diffraction"};
+  return kNames;
+}
+
+int FREQFILT(const std::string& name, int n, const Plane& re, const Plane& im, double limit1, double limit2,
+             bool rectangular, double right, double left, double parameter, int& message) {
+  message = 0;
+  const auto& names = Filter2DNames();
+  if (std::find(names.begin(), names.end(), name) == names.end()) return kFilterStop;
+  if ((name == "Diffusion" || name == "Diffraction") && !(parameter >= 0)) {
+    message = 8;
+    return kFilterStop;
+  }
+  const int centre = n / 2;
+  if (name == "Diffraction") {
+    const double piOverWidth = kProgramPi / (right - left);
+    const double t = parameter * piOverWidth * piOverWidth;
+    for (int i = 0; i <= n; ++i)
+      for (int j = 0; j <= n; ++j) {
+        const double r = i - centre, c = j - centre;
+        const double angle = t * (r * r + c * c);
+        const double cr = std::cos(angle), ci = std::sin(angle);
+        const double a = re.At(i, j), b = im.At(i, j);
+        re.At(i, j) = static_cast<float>(a * cr - b * ci);
+        im.At(i, j) = static_cast<float>(a * ci + b * cr);
+      }
+    return kFilterDiffraction;
+  }
+  for (int i = 0; i <= n; ++i)
+    for (int j = 0; j <= n; ++j) {
+      const double r = std::abs(centre - i), c = std::abs(centre - j);
+      double weight;
+      if (rectangular) {
+        if (r > limit2 || c > limit1) continue;
+        weight = Profile(name, Ratio(c, limit1), parameter) * Profile(name, Ratio(r, limit2), parameter);
+      } else {
+        const double d = r * r + c * c;
+        if (d > limit1) continue;
+        weight = Profile(name, std::sqrt(Ratio(d, limit1)), parameter);
+      }
+      re.At(i, j) = static_cast<float>(re.At(i, j) * weight);
+      im.At(i, j) = static_cast<float>(im.At(i, j) * weight);
+    }
+  return 0;
+}
+
+bool FourierSeries2D(int n, const Plane& source, const Series2DSetup& s, std::vector<float>& out,
+                     std::size_t stride, int& message) {
+  message = 0;
+  const std::size_t size = stride * static_cast<std::size_t>(n + 1);
+  out.assign(size, 0.0f);
+  std::vector<float> imag(size, 0.0f);
+  CopyPlane(n, source, out.data(), stride);
+  const Plane re{out.data(), stride}, im{imag.data(), stride};
+  Fourier2DReal(n, 1.0f, re, im);
+  WrapEdges(n, re);
+  WrapEdges(n, im);
+  for (int i = 0; i <= n; ++i)
+    for (int j = 0; j <= n; ++j) im.At(i, j) = -im.At(i, j);
+  const int centre = n / 2;
+  int code = 0;
+  if (s.sum == Series2DSetup::Sum::Spherical) {
+    const double limit = static_cast<double>(s.harmonic) * s.harmonic;
+    for (int i = 0; i <= n; ++i)
+      for (int j = 0; j <= n; ++j) {
+        const double r = centre - i, c = centre - j;
+        if (r * r + c * c > limit) re.At(i, j) = im.At(i, j) = 0.0f;
+      }
+    if (!s.filter.empty())
+      code = FREQFILT(s.filter, n, re, im, limit, limit, false, s.right, s.left, s.parameter, message);
+  } else if (s.sum == Series2DSetup::Sum::Rectangular) {
+    for (int i = 0; i <= n; ++i)
+      for (int j = 0; j <= n; ++j)
+        if (std::abs(centre - j) > s.columnLimit || std::abs(centre - i) > s.rowLimit) re.At(i, j) = im.At(i, j) = 0.0f;
+    if (!s.filter.empty())
+      code = FREQFILT(s.filter, n, re, im, s.columnLimit, s.rowLimit, true, s.right, s.left, s.parameter, message);
+  }
+  if (code == kFilterStop) return false;
+  Fourier2DComplex(n, static_cast<float>(n), re, im);
+  WrapEdges(n, re);
+  if (code == kFilterDiffraction) {
+    WrapEdges(n, im);
+    for (int i = 0; i <= n; ++i)
+      for (int j = 0; j <= n; ++j) re.At(i, j) = re.At(i, j) * re.At(i, j) + im.At(i, j) * im.At(i, j);
+  }
+  return true;
+}
+
+void Convolution2D(int n, float width, const Plane& f, const Plane& g, bool correlation, std::vector<float>& out,
+                   std::size_t stride) {
+  const std::size_t size = stride * static_cast<std::size_t>(n + 1);
+  out.assign(size, 0.0f);
+  std::vector<float> imag(size, 0.0f);
+  CopyPlane(n, f, out.data(), stride);
+  CopyPlane(n, g, imag.data(), stride);
+  const Plane re{out.data(), stride}, im{imag.data(), stride};
+  // One transform of f + i g holds both spectra; a frequency and its mirror
+  // take them apart. The product stored is conj(F G), or F conj(G) for the
+  // correlation, since the second pass again runs with the positive
+  // exponent: the results are sum f(u) g(x - u) and sum f(u) g(u + x).
+  Fourier2DComplex(n, width, re, im);
+  WrapEdges(n, re);
+  WrapEdges(n, im);
+  const auto pair = [&](int i, int j) {
+    const int i2 = n - i, j2 = n - j;
+    const float p1 = re.At(i, j), q1 = im.At(i, j), r1 = re.At(i2, j2), s1 = im.At(i2, j2);
+    float real, imaginary;
+    if (correlation) {
+      real = (p1 * s1 + q1 * r1) / 2;
+      imaginary = (p1 * p1 + q1 * q1 - r1 * r1 - s1 * s1) / 4;
+    } else {
+      real = (p1 * q1 + r1 * s1) / 2;
+      imaginary = (p1 * p1 + s1 * s1 - q1 * q1 - r1 * r1) / 4;
+    }
+    re.At(i, j) = real;
+    im.At(i, j) = imaginary;
+    re.At(i2, j2) = real;
+    im.At(i2, j2) = -imaginary;
+  };
+  for (int i = 0; i <= n; ++i)
+    for (int j = 0; j < n / 2; ++j) pair(i, j);
+  for (int i = 0; i <= n / 2; ++i) pair(i, n / 2);
+  Fourier2DComplex(n, static_cast<float>(n) / width, re, im);
+  WrapEdges(n, re);
+}
+
+void AutoCorrelation2D(int n, float width, const Plane& f, std::vector<float>& out, std::size_t stride) {
+  const std::size_t size = stride * static_cast<std::size_t>(n + 1);
+  out.assign(size, 0.0f);
+  std::vector<float> imag(size, 0.0f);
+  CopyPlane(n, f, out.data(), stride);
+  const Plane re{out.data(), stride}, im{imag.data(), stride};
+  Fourier2DReal(n, width, re, im);
+  for (int i = 0; i < n; ++i)
+    for (int j = 0; j < n; ++j) {
+      re.At(i, j) = re.At(i, j) * re.At(i, j) + im.At(i, j) * im.At(i, j);
+      im.At(i, j) = 0.0f;
+    }
+  Fourier2DComplex(n, static_cast<float>(n) / width, re, im);
+  WrapEdges(n, re);
+}
+
+double SumOfSquares2D(int n, const Plane& a) { return SumOfSquares(n, a); }
+
+}  // namespace keldo::fourier
