@@ -324,4 +324,39 @@ void InvCoifletTrWP(int code, int n, double* x, int m, int levels) {
     for (int offset = 0; offset < n; offset += size) InverseCoifletLevel(code, bank, a, b, size, x + offset, s);
 }
 
+LevelSteps::LevelSteps(int code, bool symmetric, bool coiflet, int maxSize)
+    : code_(code), coiflet_(coiflet), w_(static_cast<std::size_t>(maxSize) + 43), e_(static_cast<std::size_t>(maxSize) + 43) {
+  if (!coiflet) {
+    bank_ = DaubechiesFilters(code, symmetric);
+    GetInvWCoeff(bank_, a_, b_);
+  } else if (!IsLifting(code)) {
+    bank_ = CoifletFilters(code);
+    GetInvCOIFCoeff(bank_, a_, b_);
+  }
+}
+
+void LevelSteps::Forward(int size, double* x) {
+  if (!coiflet_) {
+    LevelToHalves(size, bank_.lh, x, w_.data(), bank_.h.data(), bank_.g.data());
+  } else if (IsLifting(code_)) {
+    SymmWavTr(size, 6, e_.data() + 21, x, code_);
+    Perm(size, x, w_.data());
+  } else {
+    COIFPerm(size, x, w_.data(), 2 * code_);
+    LevelToHalves(size, bank_.lh, x, w_.data(), bank_.h.data(), bank_.g.data());
+  }
+}
+
+void LevelSteps::Inverse(int size, double* x) {
+  if (!coiflet_) {
+    LevelFromHalves(size, bank_.lh, x, w_.data(), a_.data(), b_.data());
+  } else if (IsLifting(code_)) {
+    INVPERM(size, x, w_.data());
+    InvSymmWavTr(size, 6, e_.data() + 21, x, code_);
+  } else {
+    LevelFromHalves(size, bank_.lh, x, w_.data(), a_.data(), b_.data());
+    InvCOIFPerm(size, x, w_.data(), 2 * code_);
+  }
+}
+
 }  // namespace keldo::wavelet

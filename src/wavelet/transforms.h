@@ -62,4 +62,24 @@ void INVDAUBGENWP(int code, bool symmetric, int n, double* x, int m, int levels)
 void CoifletTrWP(int code, int n, double* x, int levels);
 void InvCoifletTrWP(int code, int n, double* x, int m, int levels);
 
+// One level at a time of a chosen transform, for callers that run it over
+// many vectors (the rows and columns of a matrix): the filters and scratch
+// are made once. `coiflet` selects CoifletTR's levels (coiflets and the
+// lifting codes), otherwise DAUBGEN's (Daubechies and Haar). A level is that
+// of the multi-level transforms: trend in the first half, fluctuation in the
+// second.
+class LevelSteps {
+ public:
+  LevelSteps(int code, bool symmetric, bool coiflet, int maxSize);
+  void Forward(int size, double* x);
+  void Inverse(int size, double* x);
+
+ private:
+  int code_;
+  bool coiflet_;
+  FilterBank bank_;
+  std::vector<double> a_, b_;
+  std::vector<double> w_, e_;
+};
+
 }  // namespace keldo::wavelet
