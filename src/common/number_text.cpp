@@ -89,4 +89,12 @@ std::string StrSingle(float value) {
   return buffer[0] == '-' ? std::string(buffer) : " " + std::string(buffer);
 }
 
+std::string FormatDecimals(double value, int decimals) {
+  char buffer[64];
+  std::snprintf(buffer, sizeof buffer, "%.*f", decimals, value);
+  std::string s = buffer;
+  while (!s.empty() && s.back() == '0') s.pop_back();
+  return s;
+}
+
 }  // namespace keldo

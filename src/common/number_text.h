@@ -31,6 +31,10 @@ std::string StrNumber(double value);
 // optional exponent (E or D); 0 when no number stands there.
 double Val(const std::string& text);
 
+// "##0.#" and "#0.##": a fixed number of decimals, trailing zeros dropped;
+// the point stays when no decimal is left, as the format writes it.
+std::string FormatDecimals(double value, int decimals);
+
 // A single-precision value in its plain text form (7 significant digits),
 // with the leading blank of StrNumber.
 std::string StrSingle(float value);

@@ -2,6 +2,7 @@
 // a view draws them: fixed captions here, everything else from the controls.
 
 #include "form1d/graph1_form.h"
+#include "kit/quantization_box.h"
 
 namespace keldo::form1d {
 namespace {
@@ -95,17 +96,6 @@ LayoutNode WaveletPanel() {
                Item("chkWavInvTr"), Pair("SerTypeAscend", "WSerNumTerms"), Pair("SerTypeMagnitude", "HighestMag"),
                Pair("SerTypeEnergy", "EnerPerc"), Pair("SerTypeThreshold", "GoButton(10)"), Item("GoButton(7)"),
                Item("Remarks(1)", F::kLabel)});
-}
-
-LayoutNode QuantizationPanel() {
-  std::vector<LayoutNode> items{Heading("Quantization parameters")};
-  for (int k = 0; k < 2; ++k)
-    items.push_back(Group("", Rows({Item(IndexedName("OpMethod", k)), Item(IndexedName("TxtThreshold", k)),
-                                    Item(IndexedName("chkQuantize", k)), Item(IndexedName("chkDifferences", k)),
-                                    Item(IndexedName("chkSignBit", k))})));
-  items.push_back(Rows({Field("Significance map:", "chkSigMap")}));
-  items.push_back(Line({Item("cmdApply"), Item("cmdCancel")}));
-  return Column(std::move(items));
 }
 
 LayoutNode InterpolatePanel() {

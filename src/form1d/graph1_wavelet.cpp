@@ -8,23 +8,11 @@
 #include "common/number_text.h"
 #include "common/text.h"
 #include "form1d/graph1_form.h"
+#include "kit/quantization_box.h"
 #include "formula/formula_text.h"
 #include "wavelet/series.h"
 
 namespace keldo::form1d {
-namespace {
-
-// "##0.#" and "#0.##": a fixed number of decimals, trailing zeros dropped;
-// the point stays when no decimal is left, as the format writes it.
-std::string FormatDecimals(double v, int decimals) {
-  char buffer[64];
-  std::snprintf(buffer, sizeof buffer, "%.*f", decimals, v);
-  std::string s = buffer;
-  while (!s.empty() && s.back() == '0') s.pop_back();
-  return s;
-}
-
-}  // namespace
 
 void Graph1Form::BuildWaveletControls() {
   controls_.Add("labWavelet", ControlKind::Label, "Wavelet transform");
@@ -83,74 +71,15 @@ void Graph1Form::WaveletGo() {
   else WaveletTransform(title != "Wavelet transform");
 }
 
-// The quantization parameters, shown in the side box in place of a dialog:
-// set 0 for the uniform threshold, set 1 for the multiple thresholds.
-void Graph1Form::BuildQuantizationControls() {
-  const char* methods[2] = {"Uniform Threshold.   Value:", "Multiple Thresholds.  Values:"};
-  const char* methodTips[2] = {
-      "Sets  wavelet coefficients that are less in mag. than the threshold value equal to 0.",
-      "Sets trend and fluc. values that are less in mag. than the thresholds equal to 0."};
-  const char* thresholdTips[2] = {
-      "Enter an expression like 1/2^6, which quantizes to 6 bits.",
-      "An expression like 1/2^7:1/2^6, quantizes trend values to 6 bits and fluctuation values to 5 bits."};
-  const char* quantizeTips[2] = {"If checked, non-zero values are quantized. ",
-                                 "If checked, non-zero trend and fluc. values are quantized. "};
-  for (int k = 0; k < 2; ++k) {
-    controls_.AddOption(IndexedName("OpMethod", k), methods[k], "OpMethod").tip = methodTips[k];
-    controls_.Add(IndexedName("TxtThreshold", k), ControlKind::Text).tip = thresholdTips[k];
-    controls_.Add(IndexedName("chkQuantize", k), ControlKind::Check, "Quantize").tip = quantizeTips[k];
-    controls_.Add(IndexedName("chkDifferences", k), ControlKind::Check,
-                  k == 0 ? "Encode by  differences" : "Encode by differences");
-    controls_.Add(IndexedName("chkSignBit", k), ControlKind::Check, "Sign bit").tip =
-        "If checked, a sign bit is used when quantizing.";
-  }
-  controls_.Add("chkSigMap", ControlKind::Check, "Create").tip = "If checked, a graph is drawn of the significance map.";
-  controls_.Add("cmdApply", ControlKind::Button, "Apply").tip = "Keeps these settings for the threshold series.";
-  controls_.Add("cmdCancel", ControlKind::Button, "Cancel").tip = "Leaves the settings as they were.";
-}
+void Graph1Form::BuildQuantizationControls() { AddQuantizationControls(controls_); }
 
 void Graph1Form::SetQuantizationParameters() {
-  // Fill the fields from the two memory strings and the one in use.
-  const auto fields = [](const std::string& text) {
-    std::vector<std::string> out;
-    std::size_t start = 0;
-    for (std::size_t bar = text.find('|'); bar != std::string::npos; bar = text.find('|', start)) {
-      out.push_back(text.substr(start, bar - start));
-      start = bar + 1;
-    }
-    out.resize(6);
-    return out;
-  };
-  for (int k = 0; k < 2; ++k) {
-    const auto f = fields(quantParams_[static_cast<std::size_t>(k + 1)]);
-    controls_[IndexedName("OpMethod", k)].value = f[0] == "Y";
-    controls_.SetText(IndexedName("TxtThreshold", k), f[1]);
-    controls_[IndexedName("chkQuantize", k)].value = f[2] == "Y";
-    controls_[IndexedName("chkDifferences", k)].value = f[3] == "Y";
-    controls_[IndexedName("chkSignBit", k)].value = f[4] == "Y";
-  }
-  controls_["chkSigMap"].value = fields(quantParams_[0])[5] == "S";
+  FillQuantizationControls(controls_, quantParams_);
   ShowPanel(kPanelQuantization);
   Touch();
 }
 
-void Graph1Form::TransferInfo() {
-  const int method = controls_["OpMethod(1)"].value ? 1 : 0;
-  const auto flag = [&](const char* name, int k, const char* on, const char* off) {
-    return std::string(controls_[IndexedName(name, k)].value ? on : off) + "|";
-  };
-  const std::string map = controls_["chkSigMap"].value ? "S|" : "N|";
-  std::array<std::string, 3> strings;
-  strings[0] = std::to_string(method) + "|" + controls_.Text(IndexedName("TxtThreshold", method)) + "|" +
-               flag("chkQuantize", method, "Q", "N") + flag("chkDifferences", method, "D", "N") +
-               flag("chkSignBit", method, "B", "N") + map;
-  for (int k = 0; k < 2; ++k)
-    strings[static_cast<std::size_t>(k + 1)] = std::string(method == k ? "Y|" : "N|") +
-                                               controls_.Text(IndexedName("TxtThreshold", k)) + "|" +
-                                               flag("chkQuantize", k, "Y", "N") + flag("chkDifferences", k, "Y", "N") +
-                                               flag("chkSignBit", k, "Y", "N") + map;
-  SetQuantParams(strings);
-}
+void Graph1Form::TransferInfo() { SetQuantParams(QuantizationStrings(controls_)); }
 
 void Graph1Form::OpenWavelet(const SideBoxCommand& box) {
   const std::string title = box.topic;
@@ -171,49 +100,19 @@ void Graph1Form::OpenWavelet(const SideBoxCommand& box) {
 bool Graph1Form::WaveletChecks(bool series, int& graph, wavelet::WaveletChoice& choice, int& levels) {
   graph = GraphNumberField("WavGraph");
   if (graph < 0) return false;
-  if (controls_["WavTypeDaub"].value) choice.family = 1;
-  else if (controls_["WavTypeHaar"].value) choice.family = 2;
-  else if (controls_["WavTypeCoif"].value) choice.family = 3;
-  else if (controls_["WavTypeOther"].value) choice.family = 4;
-  else {
-    context_.ShowError(13);
+  int family = 0;
+  if (controls_["WavTypeDaub"].value) family = 1;
+  else if (controls_["WavTypeHaar"].value) family = 2;
+  else if (controls_["WavTypeCoif"].value) family = 3;
+  else if (controls_["WavTypeOther"].value) family = 4;
+  const double l = family == 0 ? 0.0 : VALU(controls_.Text(series ? "WavSerLev" : "wavlevels"));
+  const int message = wavelet::CheckWaveletChoice(
+      family, l, log2N_, controls_["chkSymDaub"].value != 0,
+      [&] { return VALU(controls_.Text(family == 1 ? "DaubOrder" : "CoifOrder")); }, controls_.Text("WaveletFilter"),
+      choice, levels);
+  if (message != 0) {
+    context_.ShowError(message);
     return false;
-  }
-  const double l = std::nearbyint(VALU(controls_.Text(series ? "WavSerLev" : "wavlevels")));
-  if (!(l >= 1 && l <= log2N_)) {
-    context_.ShowError(21);
-    return false;
-  }
-  levels = static_cast<int>(l);
-  choice.symmetric = controls_["chkSymDaub"].value != 0;
-  if (choice.family == 1) {
-    const double order = VALU(controls_.Text("DaubOrder"));
-    const bool even = order >= 4 && order <= 20 && std::fmod(order, 2.0) == 0.0;
-    choice.code = even ? static_cast<int>(order) / 2 - 1 : 0;
-    if (choice.code == 0) {
-      context_.ShowError(14);
-      return false;
-    }
-    if (choice.symmetric && choice.code <= 2) {
-      context_.ShowError(80);
-      return false;
-    }
-  } else if (choice.family == 2) {
-    choice.code = -1;
-  } else if (choice.family == 3) {
-    const double order = VALU(controls_.Text("CoifOrder"));
-    const bool six = order >= 6 && order <= 30 && std::fmod(order, 6.0) == 0.0;
-    choice.code = six ? static_cast<int>(order) / 6 : 0;
-    if (choice.code == 0) {
-      context_.ShowError(15);
-      return false;
-    }
-  } else {
-    choice.code = wavelet::GetOtherType(controls_.Text("WaveletFilter"));
-    if (choice.code == 0 || levels > log2N_ - 2) {
-      context_.ShowError(21);
-      return false;
-    }
   }
   return true;
 }

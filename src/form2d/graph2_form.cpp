@@ -119,6 +119,7 @@ void Graph2Form::BuildControls() {
   Control& go9 = controls_.Add("GoButton(9)", ControlKind::Button, "&Compute");
   go9.tip = "Computes the value of the formula.";
   controls_.Add("TxtCalculation", ControlKind::Text);
+  BuildTransformControls();
   // The pictures: selectors of the large view, captions and axis labels.
   controls_.Add("FrGraphs", ControlKind::Label, "Graphs").visible = false;
   for (int k = 0; k < kMaxGraphs; ++k)
@@ -147,6 +148,23 @@ std::span<const SideBoxRow<Graph2Form>> Graph2Form::SideBoxTable() {
       {{"mnuRemarks", "Rem", "Remarks", kPanelRemarks, -1}, nullptr, nullptr},
       {{"mnuCalculator", "Calc", "Calculator", kPanelCalculator, 9}, nullptr, &G::PerformCalculation},
       {{"mnuTrace", "", "Trace", kPanelTrace, -1}, &G::OpenTrace, nullptr},
+      {{"mnuFourierTransform", "FTran", "Fourier transform", kPanelFourierTransform, 3}, &G::OpenFourierTransform,
+       &G::FourierTransform},
+      {{"mnuFourierSeries", "FSer", "Fourier series", kPanelFourierSeries, 8}, &G::OpenFourierSeries,
+       &G::PerformFourierSeries},
+      {{"mnuWaveletTransform", "WTran", "Wavelet transform", kPanelWavelet, 5}, &G::OpenWavelet,
+       &G::PerformWaveletAnalysis},
+      {{"mnuWaveletPacketTransform", "WTran", "Wavelet packet transform", kPanelWavelet, 5}, &G::OpenWavelet,
+       &G::PerformWaveletAnalysis},
+      {{"mnuWaveletSeries", "WSer", "Wavelet series", kPanelWavelet, 5}, &G::OpenWavelet, &G::PerformWaveletAnalysis},
+      {{"mnuWaveletPacketSeries", "WPSer", "Wavelet packet series", kPanelWavelet, 5}, &G::OpenWavelet,
+       &G::PerformWaveletAnalysis},
+      {{"mnuConvolution", "Conv", "Convolution", kPanelConvolve, 4}, &G::OpenConvolve, &G::PerformConvolution},
+      {{"mnuAutocorrelation", "AutoCor", "Autocorrelation", kPanelConvolve, 4}, &G::OpenConvolve,
+       &G::PerformConvolution},
+      {{"mnuPaircorrelation", "PairCorr", "Pair correlation", kPanelConvolve, 4}, &G::OpenConvolve,
+       &G::PerformConvolution},
+      {{"mnuFiltering", "Filter", "Filtering", kPanelFilter, 6}, &G::OpenFiltering, &G::PerformFiltering},
   };
   return kRows;
 }
@@ -187,6 +205,12 @@ void Graph2Form::BindCommands() {
     RestoreImage(static_cast<int>(std::nearbyint(Val(text))) - 1);
   });
   OnButton("GoButton(13)", [this](int) { RestoreAll(); });
+  OnButton("GoButton(0)", [this](int) { SetQuantizationParameters(); });
+  OnButton("cmdApply", [this](int) {
+    TransferInfo();
+    ShowPanel(kPanelWavelet);
+  });
+  OnButton("cmdCancel", [this](int) { ShowPanel(kPanelWavelet); });
   OnButton("cmdGraph", [this](int index) {
     switch (index) {
       case 0: PreviousFormula(); break;
@@ -221,6 +245,7 @@ void Graph2Form::ControlChanged(const std::string& name) {
   int index = -1;
   SplitIndexedName(name, base, index);
   if (base == "OpGraph" && controls_[name].value) SelectGraph(index);
+  if (name == "FreqFilter") SetFilterParameters();
 }
 
 double Graph2Form::Value(const std::string& text, bool& failed) {
@@ -263,6 +288,7 @@ void Graph2Form::SetPoints(int points) {
   controls_.SetEnabled("mnuPasteGraph", false);
   controls_.SetText("NumPoints", std::to_string(points));
   ChangePointsMenu(points);
+  SetTransformTips();
   cursorCol_ = cursorRow_ = points / 2;
   for (int k = 0; k < 2; ++k) controls_.SetText(IndexedName("txtZoomCoord", k), std::to_string(points / 2));
   context_.settings().captions["LabTrSet"] = "Y";

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "form2d/image_display.h"
+#include "wavelet/wavelet2d.h"
 #include "formula/compiler.h"
 #include "kit/form.h"
 #include "kit/formula_history.h"
@@ -31,11 +32,17 @@ constexpr int kLargeSide = 256;  // pixels of the large picture
 enum SideBoxPanel : int {
   kPanelGraph = 0,
   kPanelGraphStyle = 1,
+  kPanelFourierTransform = 2,
+  kPanelFourierSeries = 3,
   kPanelImage = 5,  // the panel of Label 16: statistics, zoom, down sampling ...
   kPanelTrace = 6,
   kPanelRemarks = 9,
   kPanelCalculator = 4,
-  kPanelCount = 10,
+  kPanelConvolve = 7,
+  kPanelFilter = 8,
+  kPanelWavelet = 10,
+  kPanelQuantization = 11,
+  kPanelCount = 12,
 };
 
 // How one graph is shown, besides its samples and domain.
@@ -167,12 +174,41 @@ class Graph2Form final : public Form, private formula::FormulaHost {
   void ControlChanged(const std::string& name) override;
   void FormulaHelp(const std::string& selected) override;
 
+  // Transforms and series.
+  void FourierTransform();
+  void PerformFourierSeries();
+  void PerformWaveletAnalysis();
+  void WaveletTransform(bool packet);
+  void WaveletSeries(bool packet);
+  void PerformConvolution();
+  void PerformFiltering();
+  void SetQuantizationParameters();
+  void TransferInfo();
+  void SetQuantParams(const std::array<std::string, 3>& strings) { quantParams_ = strings; }
+  int LinRegValue(int g) const { return looks_[static_cast<std::size_t>(g)].linReg; }
+
   // The value of a number field; `failed` when it cannot be evaluated.
   double Value(const std::string& text, bool& failed);
 
  private:
   std::size_t Stride() const { return static_cast<std::size_t>(n_) + 1 + kMargin; }
   void BuildControls();
+  void BuildTransformControls();
+  // The tool tips that name N or its exponent.
+  void SetTransformTips();
+  // The graph a number field names, 0-based; -1 after the message
+  // `failure`, or a beep when it is 0.
+  int GraphField(const std::string& field, int failure);
+  std::vector<float> CopyOfGraph(int g) const;
+  bool GetTransformParameters(bool& complex, bool& negative, bool& power);
+  void SetFilterParameters();
+  bool WaveletChecks(int& graph, wavelet::WaveletChoice& choice, int& levels);
+  bool ReadThresholds(int levels, wavelet::Threshold2DSetup& setup, std::string& text);
+  void OpenFourierTransform(const SideBoxCommand& box);
+  void OpenFourierSeries(const SideBoxCommand& box);
+  void OpenWavelet(const SideBoxCommand& box);
+  void OpenConvolve(const SideBoxCommand& box);
+  void OpenFiltering(const SideBoxCommand& box);
   void BindCommands();
   static std::span<const SideBoxRow<Graph2Form>> SideBoxTable();
   void SideBoxOpening(int panel) override;

@@ -1,12 +1,22 @@
 // The panels of the two-dimensional form's side box and its formula row.
 
 #include "form2d/graph2_form.h"
+#include "kit/quantization_box.h"
 
 namespace keldo::form2d {
 namespace {
 
 using namespace layout;
 using F = LayoutNode;
+
+LayoutNode FilteringPanel() {
+  auto side = [](const std::string& title, const std::string& option, const std::string& field) {
+    return Group(title, Rows({Pair(IndexedName(option, 0), IndexedName(field, 0)), Item(IndexedName(option, 1)),
+                              Field("Real:", IndexedName(field, 1)), Field("Imag:", IndexedName(field, 2))}));
+  };
+  return Column({Heading("Filtering"), side("Data", "OpFData", "FDataNum"), side("Filter", "OpFilter", "FiltNum"),
+                 Item("GoButton(6)")});
+}
 
 FormLayout MakeLayout() {
   FormLayout l;
@@ -34,6 +44,26 @@ FormLayout MakeLayout() {
       {kPanelRemarks, remarks},
       {kPanelCalculator, Rows({Field("Formula:", "CalcFormula"), Item("GoButton(9)"),
                                Field("Value:", "TxtCalculation", F::kReadOnly)})},
+      {kPanelFourierTransform,
+       Column({Heading("Fourier transform"), Line({Item("FTReal"), Item("FTComplex"), Stretch()}),
+               Rows({Field("Graph:", "FTGraph"), Field("Real part:", "RealPart"), Field("Imag. part:", "ImagPart")}),
+               Line({Item("TrOpRI"), Item("TrOpPs"), Stretch()}),
+               Line({Text("Exponent sign:"), Item("PosExponent"), Item("NegExponent"), Stretch()}),
+               Item("GoButton(3)")})},
+      {kPanelFourierSeries,
+       Rows({Title("LblPlotSeries"), Field("Graph:", "LblSeriesGraph"), Item("OpSum(0)"),
+             Field("Harmonic limit:", "Harmonic(0)"), Item("OpSum(1)"),
+             Field("Harmonic limits.  Row:", "Harmonic(1)"), Field("", "Harmonic(2)"), Item("OpSerType(0)"),
+             Pair("OpSerType(1)", "FreqFilter"), CaptionedBy("LabFiltParam", "Parameter"), Item("GoButton(8)")})},
+      {kPanelWavelet,
+       Rows({Title("labWavelet"), Field("Graph:", "WavGraph"), Field("Levels:", "wavlevels"),
+             Pair("WavTypeDaub", "DaubOrder"), Field("", "chkSymDaub"), Pair("WavTypeCoif", "CoifOrder"),
+             Item("WavTypeHaar"), Pair("WavTypeOther", "WaveletFilter"), Item("chkWavInvTr"), Item("GoButton(0)"),
+             Item("GoButton(5)"), Item("WavReport", F::kLabel)})},
+      {kPanelQuantization, QuantizationPanel()},
+      {kPanelConvolve, Rows({Title("LabConvolve"), Field("Graph1:", "ConvGr1"), Field("Graph2:", "ConvGr2"),
+                             Item("ConvChk(0)"), Item("ConvChk(1)"), Item("GoButton(4)")})},
+      {kPanelFilter, FilteringPanel()},
   };
   LayoutNode formula = Item("Formula", F::kStretch | F::kFormulaBox);
   formula.enter = "GoButton(1)";

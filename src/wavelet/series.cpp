@@ -69,6 +69,34 @@ void InverseTransform(const WaveletChoice& w, bool packet, int n, double* x, int
   }
 }
 
+int CheckWaveletChoice(int family, double levels, int m, bool symmetric, const std::function<double()>& order,
+                       const std::string& otherName, WaveletChoice& choice, int& levelsOut) {
+  if (family < 1 || family > 4) return 13;
+  const double l = std::nearbyint(levels);
+  if (!(l >= 1 && l <= m)) return 21;
+  levelsOut = static_cast<int>(l);
+  choice.family = family;
+  choice.symmetric = symmetric;
+  if (family == 1) {
+    const double o = order();
+    const bool even = o >= 4 && o <= 20 && std::fmod(o, 2.0) == 0.0;
+    choice.code = even ? static_cast<int>(o) / 2 - 1 : 0;
+    if (choice.code == 0) return 14;
+    if (symmetric && choice.code <= 2) return 80;
+  } else if (family == 2) {
+    choice.code = -1;
+  } else if (family == 3) {
+    const double o = order();
+    const bool six = o >= 6 && o <= 30 && std::fmod(o, 6.0) == 0.0;
+    choice.code = six ? static_cast<int>(o) / 6 : 0;
+    if (choice.code == 0) return 15;
+  } else {
+    choice.code = GetOtherType(otherName);
+    if (choice.code == 0 || levelsOut > m - 2) return 21;
+  }
+  return 0;
+}
+
 int GetOtherType(const std::string& name) {
   const auto& names = OtherWaveletNames();
   for (std::size_t i = 0; i < names.size(); ++i)

@@ -16,6 +16,15 @@ struct WaveletChoice {
   bool symmetric = false;
 };
 
+// Checks a side box's wavelet choice in the order the commands report:
+// family 0 (none chosen) 13; levels outside 1..m 21; a Daubechies order that
+// is not even in 4..20 14, or below 8 when symmetric 80; a coiflet order
+// that is not a multiple of 6 in 6..30 15; an "Other" name unknown or with
+// levels above m - 2 21. `order` reads the family's order field and is
+// asked only for families 1 and 3. Returns 0 when the choice stands.
+int CheckWaveletChoice(int family, double levels, int m, bool symmetric, const std::function<double()>& order,
+                       const std::string& otherName, WaveletChoice& choice, int& levelsOut);
+
 // The transform (plain or packet) of n = 2^m points over `levels` levels,
 // and its inverse.
 void ForwardTransform(const WaveletChoice& w, bool packet, int n, double* x, int levels);
