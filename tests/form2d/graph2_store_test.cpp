@@ -139,8 +139,15 @@ TEST(Graph2Store, TheMenuFollowsTheCountForBuiltCommands) {
   EXPECT_TRUE(f.controls()["mnuEraseGraphs"].enabled);
   EXPECT_TRUE(f.controls()["mnuViewZoom"].enabled);
   EXPECT_TRUE(f.controls()["mnuTrace"].enabled);
+  EXPECT_TRUE(f.controls()["mnuTransform"].enabled);
+  EXPECT_TRUE(f.controls()["mnuAutocorrelation"].enabled);
+  // Commands of two graphs wait for the second.
+  EXPECT_FALSE(f.controls()["mnuConvolution"].enabled);
+  File(f, 2.0f);
+  EXPECT_TRUE(f.controls()["mnuConvolution"].enabled);
+  EXPECT_TRUE(f.controls()["mnuPaircorrelation"].enabled);
   // Commands not built yet stay disabled whatever the count.
-  EXPECT_FALSE(f.controls()["mnuFourierTransform"].enabled);
+  EXPECT_FALSE(f.controls()["mnuNorm"].enabled);
 }
 
 TEST(Graph2View, LargeAndSmallViewsBeepWhenAlreadyShown) {
