@@ -295,3 +295,36 @@ TEST(Filtering2D, RealTimesRealIsThePointwiseProduct) {
 
 }  // namespace
 }  // namespace keldo
+
+namespace keldo {
+namespace {
+
+TEST(WaveletTransform2D, AResultOnANewFormIsPreparedForTheWayBack) {
+  TestFrame t;
+  Graph2Form& f = NewForm(t, 64);
+  for (const char* formula : {"x", "y", "x*y", "x+y"}) Plot(f, formula);
+  f.RunMenu("mnuWaveletTransform");
+  f.controls()["WavTypeCoif"].value = 1;
+  f.controls()["WavTypeDaub"].value = 0;
+  f.controls().SetText("CoifOrder", "12");
+  f.controls().SetText("wavlevels", "2");
+  f.controls().SetText("WavGraph", "4");
+  ASSERT_TRUE(f.Go());
+  ASSERT_EQ(t.frame.OpenForms().size(), 2u);
+  Graph2Form* next = FormAs<Graph2Form>(t.frame.OpenForms().back());
+  ASSERT_EQ(next->NumGraphsPlotted(), 1);
+  EXPECT_EQ(next->LinRegValue(0), 16);
+  EXPECT_EQ(next->SideBoxKey(), "WTran");
+  EXPECT_EQ(next->controls()["chkWavInvTr"].value, 1);
+  EXPECT_EQ(next->controls()["WavTypeCoif"].value, 1);
+  EXPECT_EQ(next->controls().Text("CoifOrder"), "12");
+  EXPECT_EQ(next->controls().Text("wavlevels"), "2");
+  // Go on the new form brings the image back.
+  ASSERT_TRUE(next->Go());
+  ASSERT_EQ(next->NumGraphsPlotted(), 2);
+  for (int i = 0; i <= 64; i += 3)
+    for (int j = 0; j <= 64; j += 5) ASSERT_NEAR(Sample(*next, 1, i, j), Sample(f, 3, i, j), 1e-5);
+}
+
+}  // namespace
+}  // namespace keldo
