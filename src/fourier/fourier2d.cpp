@@ -35,21 +35,6 @@ void Scale(int n, const Plane& a, float factor) {
   }
 }
 
-// Transforms rows 0..N-1 in place, each then multiplied by `scale`.
-void RowPass(int n, const FloatTrigTables& t, const Plane& re, const Plane& im, float scale) {
-  for (int i = 0; i < n; ++i) {
-    float* x = re.Row(i);
-    float* y = im.Row(i);
-    BitReversePair(x, y, n, t.m);
-    ComplexFFTCore(x, y, t.sine.data(), t.tan.data(), n, 1);
-    if (scale != 1.0f)
-      for (int j = 0; j < n; ++j) {
-        x[j] *= scale;
-        y[j] *= scale;
-      }
-  }
-}
-
 // Transforms columns first..last-1 over rows 0..N-1, each then multiplied by
 // `scale`, a group of columns at a time through contiguous buffers.
 void ColumnPass(int n, const FloatTrigTables& t, const Plane& re, const Plane& im, int first, int last, float scale) {
@@ -77,6 +62,80 @@ void ColumnPass(int n, const FloatTrigTables& t, const Plane& re, const Plane& i
       for (int c = 0; c < g; ++c) {
         x[c] = bx[static_cast<std::size_t>(c) * length + static_cast<std::size_t>(i)] * scale;
         y[c] = by[static_cast<std::size_t>(c) * length + static_cast<std::size_t>(i)] * scale;
+      }
+    }
+  }
+}
+
+// The complex kernel's row pass with the input exchanges folded in: rows i
+// and i + N/2 trade places (the exchange of every column's halves) and each
+// has its halves exchanged, while both are in the cache; then both are
+// transformed and scaled.
+void CentredRowPass(int n, const FloatTrigTables& t, const Plane& re, const Plane& im, float scale) {
+  const int h = n / 2;
+  for (int i = 0; i < h; ++i) {
+    float* rows[4] = {re.Row(i), re.Row(i + h), im.Row(i), im.Row(i + h)};
+    for (int k = 0; k < 2; ++k) {
+      float* a = rows[2 * k];
+      float* b = rows[2 * k + 1];
+      for (int j = 0; j < h; ++j) {
+        std::swap(a[j], b[j + h]);
+        std::swap(a[j + h], b[j]);
+      }
+    }
+    for (int r = 0; r < 2; ++r) {
+      float* x = rows[r];
+      float* y = rows[r + 2];
+      BitReversePair(x, y, n, t.m);
+      ComplexFFTCore(x, y, t.sine.data(), t.tan.data(), n, 1);
+      for (int j = 0; j < n; ++j) {
+        x[j] *= scale;
+        y[j] *= scale;
+      }
+    }
+  }
+}
+
+// The column pass with the output exchanges folded in: columns j and
+// j + N/2 are transformed together and written back to each other's place,
+// each with its halves exchanged.
+void CentredColumnPass(int n, const FloatTrigTables& t, const Plane& re, const Plane& im, float scale) {
+  const std::size_t length = static_cast<std::size_t>(n);
+  const int h = n / 2;
+  std::vector<float> bx(length * 2 * kGroup), by(length * 2 * kGroup);
+  for (int j0 = 0; j0 < h; j0 += kGroup) {
+    const int g = std::min(kGroup, h - j0);
+    // Buffers 0..g-1 hold columns j0.., buffers g..2g-1 columns j0 + N/2...
+    for (int i = 0; i < n; ++i) {
+      const float* x = re.Row(i);
+      const float* y = im.Row(i);
+      for (int c = 0; c < g; ++c) {
+        const std::size_t low = static_cast<std::size_t>(c) * length + static_cast<std::size_t>(i);
+        const std::size_t high = static_cast<std::size_t>(c + g) * length + static_cast<std::size_t>(i);
+        bx[low] = x[j0 + c];
+        by[low] = y[j0 + c];
+        bx[high] = x[j0 + h + c];
+        by[high] = y[j0 + h + c];
+      }
+    }
+    for (int c = 0; c < 2 * g; ++c) {
+      float* x = bx.data() + static_cast<std::size_t>(c) * length;
+      float* y = by.data() + static_cast<std::size_t>(c) * length;
+      BitReversePair(x, y, n, t.m);
+      ComplexFFTCore(x, y, t.sine.data(), t.tan.data(), n, 1);
+    }
+    for (int i = 0; i < n; ++i) {
+      // Value k of a column goes to row k + N/2, and column j to j + N/2.
+      const int row = (i + h) % n;
+      float* x = re.Row(row);
+      float* y = im.Row(row);
+      for (int c = 0; c < g; ++c) {
+        const std::size_t low = static_cast<std::size_t>(c) * length + static_cast<std::size_t>(i);
+        const std::size_t high = static_cast<std::size_t>(c + g) * length + static_cast<std::size_t>(i);
+        x[j0 + h + c] = bx[low] * scale;
+        y[j0 + h + c] = by[low] * scale;
+        x[j0 + c] = bx[high] * scale;
+        y[j0 + c] = by[high] * scale;
       }
     }
   }
@@ -111,12 +170,10 @@ double Ratio(double a, double limit) { return limit > 0 ? a / limit : 0.0; }
 void Fourier2DComplex(int n, float width, const Plane& re, const Plane& im) {
   const FloatTrigTables t(n);
   const float h = width / static_cast<float>(n);
-  QuadrantSwap(n, re);
-  QuadrantSwap(n, im);
-  RowPass(n, t, re, im, h);
-  ColumnPass(n, t, re, im, 0, n, h);
-  QuadrantSwap(n, re);
-  QuadrantSwap(n, im);
+  // The exchanges of halves before and after each pass travel with the
+  // passes: the same values meet the same butterflies.
+  CentredRowPass(n, t, re, im, h);
+  CentredColumnPass(n, t, re, im, h);
 }
 
 void Fourier2DReal(int n, float width, const Plane& re, const Plane& im) {
