@@ -145,13 +145,6 @@ void CopyPlane(int n, const Plane& from, float* to, std::size_t stride) {
   for (int i = 0; i <= n; ++i) std::copy(from.Row(i), from.Row(i) + n + 1, to + static_cast<std::size_t>(i) * stride);
 }
 
-double SumOfSquares(int n, const Plane& a) {
-  double sum = 0.0;
-  for (int i = 0; i < n; ++i)
-    for (int j = 0; j < n; ++j) sum += static_cast<double>(a.At(i, j)) * a.At(i, j);
-  return sum;
-}
-
 // The profiles of the weighting filters on u in 0..1; `parameter` is the
 // damping power of "Diffusion".
 double Profile(const std::string& name, double u, double parameter) {
@@ -350,6 +343,11 @@ void AutoCorrelation2D(int n, float width, const Plane& f, std::vector<float>& o
   WrapEdges(n, re);
 }
 
-double SumOfSquares2D(int n, const Plane& a) { return SumOfSquares(n, a); }
+double SumOfSquares2D(int n, const Plane& a) {
+  double sum = 0.0;
+  for (int i = 0; i < n; ++i)
+    for (int j = 0; j < n; ++j) sum += static_cast<double>(a.At(i, j)) * a.At(i, j);
+  return sum;
+}
 
 }  // namespace keldo::fourier

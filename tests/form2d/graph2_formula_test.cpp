@@ -7,7 +7,7 @@
 #include "common/number_text.h"
 #include "form2d/graph2_form.h"
 #include "kit/typed_forms.h"
-#include "test_frame.h"
+#include "form2d_driver.h"
 
 namespace keldo {
 namespace {
@@ -15,23 +15,9 @@ namespace {
 using form2d::Graph2Form;
 using testing::TestFrame;
 
-Graph2Form& NewForm(TestFrame& t, int points = 64) {
-  int code = 0;
-  Graph2Form& f = *NewFormOf<Graph2Form>(t.frame, code);
-  f.SetPoints(points);
-  return f;
-}
-
-void Plot(Graph2Form& f, const std::string& formula, const std::string& l = ".5") {
-  f.RunMenu("mnuPlot");
-  f.controls().SetText("Formula", formula);
-  f.controls().SetText("EndRValue", l);
-  ASSERT_TRUE(f.Go());
-}
-
-float Sample(const Graph2Form& f, int g, int i, int j) {
-  return f.GraphValues(g)[static_cast<std::size_t>(i) * f.RowStride() + static_cast<std::size_t>(j)];
-}
+using testing::NewForm;
+using testing::Plot;
+using testing::Sample;
 
 TEST(PlotTheGraph2, XPlusYRunsFromMinusOneAtTheBottomLeftToOneAtTheTopRight) {
   TestFrame t;

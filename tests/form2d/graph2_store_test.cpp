@@ -8,7 +8,7 @@
 
 #include "form2d/graph2_form.h"
 #include "kit/typed_forms.h"
-#include "test_frame.h"
+#include "form2d_driver.h"
 
 namespace keldo {
 namespace {
@@ -16,12 +16,8 @@ namespace {
 using form2d::Graph2Form;
 using testing::TestFrame;
 
-Graph2Form& NewForm(TestFrame& t, int points = 64) {
-  int code = 0;
-  Graph2Form& f = *NewFormOf<Graph2Form>(t.frame, code);
-  f.SetPoints(points);
-  return f;
-}
+using testing::NewForm;
+using testing::Sample;
 
 // A matrix of (n+1) by (n+1) samples, row-major, value(i, j).
 template <class Fn>
@@ -36,10 +32,6 @@ void File(Graph2Form& f, float fill) {
   const int n = f.Points();
   const auto m = Matrix(n, [fill](int, int) { return fill; });
   f.DisplayFunction(n, m.data(), static_cast<std::size_t>(n + 1), -0.5f, 0.5f, 1.0f / static_cast<float>(n));
-}
-
-float Sample(const Graph2Form& f, int g, int i, int j) {
-  return f.GraphValues(g)[static_cast<std::size_t>(i) * f.RowStride() + static_cast<std::size_t>(j)];
 }
 
 TEST(Graph2Store, SetPointsKeepsGraphsForTheSameSizeAndErasesThemForAnother) {

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "fourier/fourier2d.h"
@@ -123,21 +124,28 @@ float Circular(Matrix& m, int i, int j) {
   return m.at(((i % n) + n) % n, ((j % n) + n) % n);
 }
 
-TEST(Fourier2D, ConvolutionIsTheCircularSumAboutTheCentre) {
+// Runs Convolution2D on the bump and the ramp and compares every sample
+// with h^2 times the direct sum of f(i, j) g(offset(p, q, i, j)), the
+// offsets taken circularly; returns the result.
+template <class Offset>
+std::vector<float> CompareWithDirectSum(float width, bool correlation, Offset offset) {
   const int n = 16;
-  const float width = 2.0f, h = width / n;
+  const float h = width / n;
   Matrix f(n), g(n);
   Fill(f, 0);
   Fill(g, 1);
   std::vector<float> out;
-  Convolution2D(n, width, f.plane(), g.plane(), false, out, f.stride);
+  Convolution2D(n, width, f.plane(), g.plane(), correlation, out, f.stride);
   double largest = 0;
   std::vector<double> expected(static_cast<std::size_t>(n * n));
   for (int p = 0; p < n; ++p)
     for (int q = 0; q < n; ++q) {
       double sum = 0;
       for (int i = 0; i < n; ++i)
-        for (int j = 0; j < n; ++j) sum += f.at(i, j) * static_cast<double>(Circular(g, p - i + n / 2, q - j + n / 2));
+        for (int j = 0; j < n; ++j) {
+          const auto [row, column] = offset(p, q, i, j, n);
+          sum += f.at(i, j) * static_cast<double>(Circular(g, row, column));
+        }
       expected[static_cast<std::size_t>(p * n + q)] = h * h * sum;
       largest = std::max(largest, std::fabs(h * h * sum));
     }
@@ -146,32 +154,23 @@ TEST(Fourier2D, ConvolutionIsTheCircularSumAboutTheCentre) {
       EXPECT_NEAR(out[static_cast<std::size_t>(p) * f.stride + static_cast<std::size_t>(q)],
                   expected[static_cast<std::size_t>(p * n + q)], 1e-5 * largest)
           << p << " " << q;
-  for (int q = 0; q <= n; ++q) EXPECT_EQ(out[static_cast<std::size_t>(n) * f.stride + q], out[static_cast<std::size_t>(q)]);
+  return out;
+}
+
+TEST(Fourier2D, ConvolutionIsTheCircularSumAboutTheCentre) {
+  // g(x - u), the origin at index N/2.
+  const auto out = CompareWithDirectSum(2.0f, false, [](int p, int q, int i, int j, int n) {
+    return std::pair{p - i + n / 2, q - j + n / 2};
+  });
+  const std::size_t stride = 16 + 1 + kMargin;
+  for (std::size_t q = 0; q <= 16; ++q) EXPECT_EQ(out[16 * stride + q], out[q]);
 }
 
 TEST(Fourier2D, PairCorrelationIsTheCircularSumOfShiftedProducts) {
-  const int n = 16;
-  const float width = 1.0f, h = width / n;
-  Matrix f(n), g(n);
-  Fill(f, 0);
-  Fill(g, 1);
-  std::vector<float> out;
-  Convolution2D(n, width, f.plane(), g.plane(), true, out, f.stride);
-  double largest = 0;
-  std::vector<double> expected(static_cast<std::size_t>(n * n));
-  for (int p = 0; p < n; ++p)
-    for (int q = 0; q < n; ++q) {
-      double sum = 0;
-      for (int i = 0; i < n; ++i)
-        for (int j = 0; j < n; ++j) sum += f.at(i, j) * static_cast<double>(Circular(g, i + p - n / 2, j + q - n / 2));
-      expected[static_cast<std::size_t>(p * n + q)] = h * h * sum;
-      largest = std::max(largest, std::fabs(h * h * sum));
-    }
-  for (int p = 0; p < n; ++p)
-    for (int q = 0; q < n; ++q)
-      EXPECT_NEAR(out[static_cast<std::size_t>(p) * f.stride + static_cast<std::size_t>(q)],
-                  expected[static_cast<std::size_t>(p * n + q)], 1e-5 * largest)
-          << p << " " << q;
+  // g(u + x).
+  CompareWithDirectSum(1.0f, true, [](int p, int q, int i, int j, int n) {
+    return std::pair{i + p - n / 2, j + q - n / 2};
+  });
 }
 
 TEST(Fourier2D, AutoCorrelationIsTheCorrelationOfAGraphWithItself) {
