@@ -165,6 +165,10 @@ void Frame::ReportFactoryFailure(int code) {
 }
 
 bool Frame::CloseForm(Form& form) {
+  if (form.Working()) {
+    Beep();
+    return false;
+  }
   if (!form.QueryClose()) return false;
   if (listener_) listener_->FormClosed(form);
   cascade_ = std::max(0, cascade_ - 1);

@@ -139,6 +139,7 @@ void Graph2Form::BuildControls() {
 std::span<const SideBoxRow<Graph2Form>> Graph2Form::SideBoxTable() {
   using G = Graph2Form;
   // Rows that share a key open the same box again; the first one is restored.
+  // The transforms run paced: the window keeps painting during them.
   static const SideBoxRow<G> kRows[] = {
       {{"mnuPlot", "Graph", "Graphing", kPanelGraph, 1}, &G::OpenGraphing, &G::PlotTheGraph2},
       {{"mnuChangeGraphStyle", "GrStyle", "Graph style", kPanelGraphStyle, 2}, &G::OpenGraphStyle,
@@ -149,22 +150,22 @@ std::span<const SideBoxRow<Graph2Form>> Graph2Form::SideBoxTable() {
       {{"mnuCalculator", "Calc", "Calculator", kPanelCalculator, 9}, nullptr, &G::PerformCalculation},
       {{"mnuTrace", "", "Trace", kPanelTrace, -1}, &G::OpenTrace, nullptr},
       {{"mnuFourierTransform", "FTran", "Fourier transform", kPanelFourierTransform, 3}, &G::OpenFourierTransform,
-       &G::FourierTransform},
+       &G::FourierTransform, true},
       {{"mnuFourierSeries", "FSer", "Fourier series", kPanelFourierSeries, 8}, &G::OpenFourierSeries,
-       &G::PerformFourierSeries},
+       &G::PerformFourierSeries, true},
       {{"mnuWaveletTransform", "WTran", "Wavelet transform", kPanelWavelet, 5}, &G::OpenWavelet,
-       &G::PerformWaveletAnalysis},
+       &G::PerformWaveletAnalysis, true},
       {{"mnuWaveletPacketTransform", "WTran", "Wavelet packet transform", kPanelWavelet, 5}, &G::OpenWavelet,
-       &G::PerformWaveletAnalysis},
-      {{"mnuWaveletSeries", "WSer", "Wavelet series", kPanelWavelet, 5}, &G::OpenWavelet, &G::PerformWaveletAnalysis},
+       &G::PerformWaveletAnalysis, true},
+      {{"mnuWaveletSeries", "WSer", "Wavelet series", kPanelWavelet, 5}, &G::OpenWavelet, &G::PerformWaveletAnalysis, true},
       {{"mnuWaveletPacketSeries", "WPSer", "Wavelet packet series", kPanelWavelet, 5}, &G::OpenWavelet,
-       &G::PerformWaveletAnalysis},
-      {{"mnuConvolution", "Conv", "Convolution", kPanelConvolve, 4}, &G::OpenConvolve, &G::PerformConvolution},
+       &G::PerformWaveletAnalysis, true},
+      {{"mnuConvolution", "Conv", "Convolution", kPanelConvolve, 4}, &G::OpenConvolve, &G::PerformConvolution, true},
       {{"mnuAutocorrelation", "AutoCor", "Autocorrelation", kPanelConvolve, 4}, &G::OpenConvolve,
-       &G::PerformConvolution},
+       &G::PerformConvolution, true},
       {{"mnuPaircorrelation", "PairCorr", "Pair correlation", kPanelConvolve, 4}, &G::OpenConvolve,
-       &G::PerformConvolution},
-      {{"mnuFiltering", "Filter", "Filtering", kPanelFilter, 6}, &G::OpenFiltering, &G::PerformFiltering},
+       &G::PerformConvolution, true},
+      {{"mnuFiltering", "Filter", "Filtering", kPanelFilter, 6}, &G::OpenFiltering, &G::PerformFiltering, true},
   };
   return kRows;
 }

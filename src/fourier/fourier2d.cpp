@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "common/pace.h"
 #include "fourier/fft.h"
 #include "fourier/transforms.h"
 
@@ -64,6 +65,7 @@ void ColumnPass(int n, const FloatTrigTables& t, const Plane& re, const Plane& i
         y[c] = by[static_cast<std::size_t>(c) * length + static_cast<std::size_t>(i)] * scale;
       }
     }
+    Pace();
   }
 }
 
@@ -93,6 +95,7 @@ void CentredRowPass(int n, const FloatTrigTables& t, const Plane& re, const Plan
         y[j] *= scale;
       }
     }
+    PaceRow(2 * i + 1);
   }
 }
 
@@ -138,6 +141,7 @@ void CentredColumnPass(int n, const FloatTrigTables& t, const Plane& re, const P
         y[j0 + c] = by[high] * scale;
       }
     }
+    Pace();
   }
 }
 
@@ -173,7 +177,10 @@ void Fourier2DReal(int n, float width, const Plane& re, const Plane& im) {
   const FloatTrigTables t(n);
   const float h = width / static_cast<float>(n);
   QuadrantSwap(n, re);
-  for (int i = 0; i < n; ++i) RealFFT(n, re.Row(i), im.Row(i), t.sine.data(), t.tan.data(), t.m - 1);
+  for (int i = 0; i < n; ++i) {
+    RealFFT(n, re.Row(i), im.Row(i), t.sine.data(), t.tan.data(), t.m - 1);
+    PaceRow(i);
+  }
   // Columns 0..N/2 by transform, the others by F[-p][-q] = conj F[p][q].
   ColumnPass(n, t, re, im, 0, n / 2 + 1, 1.0f);
   for (int i = 0; i < n; ++i) {

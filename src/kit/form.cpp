@@ -1,6 +1,9 @@
 #include "kit/form.h"
 
+#include "common/pace.h"
 #include "kit/form_context.h"
+#include "platform/event_loop.h"
+#include "platform/services.h"
 
 namespace keldo {
 
@@ -81,6 +84,10 @@ bool Form::RunMenu(const std::string& name, int index) {
   const Control* item = controls_.Find(full);
   if (!item || item->kind != ControlKind::Menu) return false;
   if (!item->enabled || !item->visible) return true;
+  if (Working()) {
+    context_.Beep();
+    return true;
+  }
   RunHandler(full);
   Touch();
   return true;
@@ -103,6 +110,10 @@ bool Form::Click(const std::string& name) {
   const Control* c = controls_.Find(name);
   if (!c || c->kind != ControlKind::Button) return false;
   if (!c->enabled || !c->visible) return true;
+  if (Working()) {
+    context_.Beep();
+    return true;
+  }
   std::string base;
   int index = -1;
   SplitIndexedName(name, base, index);
@@ -119,12 +130,29 @@ bool Form::Click(const std::string& name) {
 }
 
 bool Form::Go() {
+  if (Working()) {
+    context_.Beep();
+    return true;
+  }
   if (StopWork()) return true;
   if (openBox_ < 0) return false;
   const BoundSideBox& open = sideBoxes_[static_cast<std::size_t>(openBox_)];
   if (!open.go) return false;
   open.go();
   return true;
+}
+
+void Form::RunPaced(const std::function<void()>& work) {
+  struct Count {
+    int& n;
+    explicit Count(int& c) : n(c) { ++n; }
+    ~Count() { --n; }
+  } count(working_);
+  platform::EventLoop* loop = context_.services().eventLoop;
+  PaceScope scope([loop] {
+    if (loop != nullptr) loop->Yield();
+  });
+  work();
 }
 
 void Form::OpenSideBox(int row) {

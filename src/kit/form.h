@@ -132,6 +132,9 @@ class Form {
   virtual bool LoadDataFile(const std::string&, const std::string&) { return false; }
   // A refused close (a plot is running) beeps and returns false.
   virtual bool QueryClose() { return true; }
+  // Whether a paced command is running; the form then refuses menus,
+  // buttons and closing, with a beep.
+  bool Working() const { return working_ > 0; }
 
   // The side box: the key of the open command ("" for none) and the panel shown.
   const std::string& SideBoxKey() const { return sideBoxKey_; }
@@ -140,6 +143,10 @@ class Form {
   // Raised after every change a view must show.
   unsigned long long Revision() const { return revision_; }
   void Touch() { ++revision_; }
+  // Runs a long command whose matrix loops hand control to the event loop
+  // every fourth row, so that the window keeps painting; meanwhile the form
+  // is Working.
+  void RunPaced(const std::function<void()>& work);
 
  protected:
   using MenuHandler = std::function<void(int index)>;
@@ -156,7 +163,8 @@ class Form {
     for (const SideBoxRow<F>& row : rows) {
       BoundSideBox bound{row.box, nullptr, nullptr};
       if (row.open) bound.open = [&self, open = row.open, box = row.box] { (self.*open)(box); };
-      if (row.go) bound.go = [&self, go = row.go] { (self.*go)(); };
+      if (row.go && row.paced) bound.go = [&self, go = row.go] { self.RunPaced([&self, go] { (self.*go)(); }); };
+      else if (row.go) bound.go = [&self, go = row.go] { (self.*go)(); };
       const int k = static_cast<int>(sideBoxes_.size());
       sideBoxes_.push_back(std::move(bound));
       OnMenu(row.box.menuItem, [this, k](int) { OpenSideBox(k); });
@@ -214,6 +222,7 @@ class Form {
   int panelCount_ = 0;
   std::string sideBoxKey_;
   unsigned long long revision_ = 0;
+  int working_ = 0;
 };
 
 // Splits "name(3)" into "name" and 3; a plain name gives index -1.

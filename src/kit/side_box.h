@@ -18,12 +18,15 @@ struct SideBoxCommand {
 };
 
 // A row of a form kind's table: the box, what the form does once it is open
-// (presets, titles, the fields this command reads), and what Go runs.
+// (presets, titles, the fields this command reads), what Go runs, and
+// whether Go runs paced (a long matrix command that serves the event loop
+// as it goes; see Form::RunPaced).
 template <class F>
 struct SideBoxRow {
   SideBoxCommand box;
   void (F::*open)(const SideBoxCommand&) = nullptr;
   void (F::*go)() = nullptr;
+  bool paced = false;
 };
 
 }  // namespace keldo

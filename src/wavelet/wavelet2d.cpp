@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "common/pace.h"
 #include "wavelet/transforms.h"
 
 namespace keldo::wavelet {
@@ -30,6 +31,7 @@ void RowsLevel(LevelSteps& steps, const MatrixView& a, int rows, int span, int s
       else steps.Inverse(size, buffer.data());
       for (int k = 0; k < size; ++k) row[offset + k] = static_cast<float>(buffer[static_cast<std::size_t>(k)]);
     }
+    PaceRow(i);
   }
 }
 
@@ -55,6 +57,7 @@ void ColumnsLevel(LevelSteps& steps, const MatrixView& a, int columns, int span,
           row[c] = static_cast<float>(buffers[static_cast<std::size_t>(c) * length + static_cast<std::size_t>(i)]);
       }
     }
+    Pace();
   }
 }
 

@@ -306,5 +306,35 @@ TEST(WaveletTransform2D, AResultOnANewFormIsPreparedForTheWayBack) {
     for (int j = 0; j <= 64; j += 5) ASSERT_NEAR(Sample(*next, 1, i, j), Sample(f, 3, i, j), 1e-5);
 }
 
+TEST(Transforms2D, ServeTheEventLoopEveryFourthRowAndRefuseCommandsMeanwhile) {
+  TestFrame t;
+  Graph2Form& f = NewForm(t, 64);
+  Plot(f, "x*y");
+  f.RunMenu("mnuFourierTransform");
+  int yields = 0;
+  bool closed = true;
+  const int beepsBefore = t.platform.beeper.Count();
+  t.platform.eventLoop.SetHook([&] {
+    if (++yields != 5) return;
+    EXPECT_TRUE(f.Working());
+    f.RunMenu("mnuEraseGraphs");  // refused with a beep
+    f.Go();                       // refused with a beep
+    closed = t.frame.CloseForm(f);
+  });
+  ASSERT_TRUE(f.Go());
+  // Real data: 64 rows, a pause after every fourth, then 33 columns in
+  // groups of 16, a pause after each group.
+  EXPECT_EQ(yields, 16 + 3);
+  EXPECT_FALSE(closed);
+  EXPECT_EQ(t.platform.beeper.Count() - beepsBefore, 3);
+  EXPECT_FALSE(f.Working());
+  ASSERT_EQ(f.NumGraphsPlotted(), 3);
+  EXPECT_EQ(t.frame.OpenForms().size(), 1u);
+  t.platform.eventLoop.SetHook(nullptr);
+  // The commands work again once the transform is over.
+  f.RunMenu("mnuEraseGraphs");
+  EXPECT_EQ(f.NumGraphsPlotted(), 0);
+}
+
 }  // namespace
 }  // namespace keldo
