@@ -1,6 +1,6 @@
 #pragma once
-// Long matrix loops call Pace every fourth row (or every fourth column in a
-// column pass). A command that wants the event loop served meanwhile
+// Long matrix loops call Pace every fourth row (or after each batch of
+// columns in a column pass). A command that wants the event loop served meanwhile
 // installs a hook for its own duration; with none installed Pace does
 // nothing. There is one thread, so one hook at a time: a scope set inside
 // another hides it until it ends.

@@ -30,6 +30,13 @@ void BitReversePair(float* x, float* y, int n, int m);
 void ComplexFFTCore(double* x, double* y, const double* sineTable, const double* tanTable, int n, int stride);
 void ComplexFFTCore(float* x, float* y, const float* sineTable, const float* tanTable, int n, int stride);
 
+// Bit reversal and butterflies (tables built for n) of kFFTBatch complex
+// sequences at once, interleaved: element i of sequence c at
+// x[i * kFFTBatch + c]. Each sequence comes out bit for bit as
+// BitReversePair and ComplexFFTCore would leave it alone.
+constexpr int kFFTBatch = 8;
+void ComplexFFTBatch(float* x, float* y, const float* sineTable, const float* tanTable, int n);
+
 // Full spectrum of real x[0..N-1]; mHalf = M - 1. Y's input is ignored;
 // Y[0] = Y[N/2] = 0 on output.
 void RealFFT(int n, double* x, double* y, const double* sineTable, const double* tanTable, int mHalf);

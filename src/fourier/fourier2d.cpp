@@ -11,10 +11,6 @@
 namespace keldo::fourier {
 namespace {
 
-// Columns gathered into contiguous rows at a time, so that each row of the
-// matrix is read in runs of this many floats.
-constexpr int kGroup = 16;
-
 // Exchanges the halves of every row and of every column of the N by N part:
 // the quadrants trade places diagonally.
 void QuadrantSwap(int n, const Plane& a) {
@@ -36,35 +32,64 @@ void Scale(int n, const Plane& a, float factor) {
   }
 }
 
-// Transforms columns first..last-1 over rows 0..N-1, each then multiplied by
-// `scale`, a group of columns at a time through contiguous buffers.
+// A batch of up to kFFTBatch columns, interleaved for the batch kernel.
+struct ColumnBatch {
+  explicit ColumnBatch(int n)
+      : x(static_cast<std::size_t>(n) * kFFTBatch, 0.0f), y(static_cast<std::size_t>(n) * kFFTBatch, 0.0f) {}
+  std::vector<float> x, y;
+
+  // Columns j0..j0+g-1 over rows 0..N-1; the other lanes keep what they hold.
+  void Gather(int n, const Plane& re, const Plane& im, int j0, int g) {
+    for (int i = 0; i < n; ++i) {
+      std::copy_n(re.Row(i) + j0, g, x.data() + static_cast<std::size_t>(i) * kFFTBatch);
+      std::copy_n(im.Row(i) + j0, g, y.data() + static_cast<std::size_t>(i) * kFFTBatch);
+    }
+  }
+  void Transform(int n, const FloatTrigTables& t) { ComplexFFTBatch(x.data(), y.data(), t.sine.data(), t.tan.data(), n); }
+  // Value i of the batch's column c to row (i + shift) mod N, column j0 + c,
+  // multiplied by scale.
+  void Scatter(int n, const Plane& re, const Plane& im, int j0, int g, int shift, float scale) const {
+    for (int i = 0; i < n; ++i) {
+      float* to = re.Row((i + shift) % n) + j0;
+      float* toY = im.Row((i + shift) % n) + j0;
+      const float* fx = x.data() + static_cast<std::size_t>(i) * kFFTBatch;
+      const float* fy = y.data() + static_cast<std::size_t>(i) * kFFTBatch;
+      for (int c = 0; c < g; ++c) {
+        to[c] = fx[c] * scale;
+        toY[c] = fy[c] * scale;
+      }
+    }
+  }
+};
+
+// Transforms columns first..last-1 over rows 0..N-1 in place, kFFTBatch
+// columns at a time in the lanes of the batch kernel, each value then
+// multiplied by `scale`.
 void ColumnPass(int n, const FloatTrigTables& t, const Plane& re, const Plane& im, int first, int last, float scale) {
-  const std::size_t length = static_cast<std::size_t>(n);
-  std::vector<float> bx(length * kGroup), by(length * kGroup);
-  for (int j0 = first; j0 < last; j0 += kGroup) {
-    const int g = std::min(kGroup, last - j0);
-    for (int i = 0; i < n; ++i) {
-      const float* x = re.Row(i) + j0;
-      const float* y = im.Row(i) + j0;
-      for (int c = 0; c < g; ++c) {
-        bx[static_cast<std::size_t>(c) * length + static_cast<std::size_t>(i)] = x[c];
-        by[static_cast<std::size_t>(c) * length + static_cast<std::size_t>(i)] = y[c];
-      }
-    }
-    for (int c = 0; c < g; ++c) {
-      float* x = bx.data() + static_cast<std::size_t>(c) * length;
-      float* y = by.data() + static_cast<std::size_t>(c) * length;
-      BitReversePair(x, y, n, t.m);
-      ComplexFFTCore(x, y, t.sine.data(), t.tan.data(), n, 1);
-    }
-    for (int i = 0; i < n; ++i) {
-      float* x = re.Row(i) + j0;
-      float* y = im.Row(i) + j0;
-      for (int c = 0; c < g; ++c) {
-        x[c] = bx[static_cast<std::size_t>(c) * length + static_cast<std::size_t>(i)] * scale;
-        y[c] = by[static_cast<std::size_t>(c) * length + static_cast<std::size_t>(i)] * scale;
-      }
-    }
+  ColumnBatch batch(n);
+  for (int j0 = first; j0 < last; j0 += kFFTBatch) {
+    const int g = std::min(kFFTBatch, last - j0);
+    batch.Gather(n, re, im, j0, g);
+    batch.Transform(n, t);
+    batch.Scatter(n, re, im, j0, g, 0, scale);
+    Pace();
+  }
+}
+
+// The column pass with the output exchanges folded in: columns j and
+// j + N/2 are transformed together and written back to each other's place,
+// each with its halves exchanged.
+void CentredColumnPass(int n, const FloatTrigTables& t, const Plane& re, const Plane& im, float scale) {
+  const int h = n / 2;
+  ColumnBatch low(n), high(n);
+  for (int j0 = 0; j0 < h; j0 += kFFTBatch) {
+    const int g = std::min(kFFTBatch, h - j0);
+    low.Gather(n, re, im, j0, g);
+    high.Gather(n, re, im, j0 + h, g);
+    low.Transform(n, t);
+    high.Transform(n, t);
+    low.Scatter(n, re, im, j0 + h, g, h, scale);
+    high.Scatter(n, re, im, j0, g, h, scale);
     Pace();
   }
 }
@@ -96,52 +121,6 @@ void CentredRowPass(int n, const FloatTrigTables& t, const Plane& re, const Plan
       }
     }
     PaceRow(2 * i + 1);
-  }
-}
-
-// The column pass with the output exchanges folded in: columns j and
-// j + N/2 are transformed together and written back to each other's place,
-// each with its halves exchanged.
-void CentredColumnPass(int n, const FloatTrigTables& t, const Plane& re, const Plane& im, float scale) {
-  const std::size_t length = static_cast<std::size_t>(n);
-  const int h = n / 2;
-  std::vector<float> bx(length * 2 * kGroup), by(length * 2 * kGroup);
-  for (int j0 = 0; j0 < h; j0 += kGroup) {
-    const int g = std::min(kGroup, h - j0);
-    // Buffers 0..g-1 hold columns j0.., buffers g..2g-1 columns j0 + N/2...
-    for (int i = 0; i < n; ++i) {
-      const float* x = re.Row(i);
-      const float* y = im.Row(i);
-      for (int c = 0; c < g; ++c) {
-        const std::size_t low = static_cast<std::size_t>(c) * length + static_cast<std::size_t>(i);
-        const std::size_t high = static_cast<std::size_t>(c + g) * length + static_cast<std::size_t>(i);
-        bx[low] = x[j0 + c];
-        by[low] = y[j0 + c];
-        bx[high] = x[j0 + h + c];
-        by[high] = y[j0 + h + c];
-      }
-    }
-    for (int c = 0; c < 2 * g; ++c) {
-      float* x = bx.data() + static_cast<std::size_t>(c) * length;
-      float* y = by.data() + static_cast<std::size_t>(c) * length;
-      BitReversePair(x, y, n, t.m);
-      ComplexFFTCore(x, y, t.sine.data(), t.tan.data(), n, 1);
-    }
-    for (int i = 0; i < n; ++i) {
-      // Value k of a column goes to row k + N/2, and column j to j + N/2.
-      const int row = (i + h) % n;
-      float* x = re.Row(row);
-      float* y = im.Row(row);
-      for (int c = 0; c < g; ++c) {
-        const std::size_t low = static_cast<std::size_t>(c) * length + static_cast<std::size_t>(i);
-        const std::size_t high = static_cast<std::size_t>(c + g) * length + static_cast<std::size_t>(i);
-        x[j0 + h + c] = bx[low] * scale;
-        y[j0 + h + c] = by[low] * scale;
-        x[j0 + c] = bx[high] * scale;
-        y[j0 + c] = by[high] * scale;
-      }
-    }
-    Pace();
   }
 }
 

@@ -323,8 +323,8 @@ TEST(Transforms2D, ServeTheEventLoopEveryFourthRowAndRefuseCommandsMeanwhile) {
   });
   ASSERT_TRUE(f.Go());
   // Real data: 64 rows, a pause after every fourth, then 33 columns in
-  // groups of 16, a pause after each group.
-  EXPECT_EQ(yields, 16 + 3);
+  // batches of eight, a pause after each batch.
+  EXPECT_EQ(yields, 16 + 5);
   EXPECT_FALSE(closed);
   EXPECT_EQ(t.platform.beeper.Count() - beepsBefore, 3);
   EXPECT_FALSE(f.Working());

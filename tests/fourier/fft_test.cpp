@@ -294,6 +294,37 @@ TEST(Kernels, ComplexCoreIsBitForBitTheStepOrder) {
   }
 }
 
+TEST(Kernels, BatchOfSequencesIsBitForBitEachSequenceAlone) {
+  for (int m = 3; m <= 13; ++m) {
+    const int n = 1 << m;
+    const FloatTrigTables t(n);
+    std::vector<float> bx(static_cast<std::size_t>(n) * kFFTBatch), by(bx.size());
+    std::vector<std::vector<float>> alone(2 * kFFTBatch);
+    for (int c = 0; c < kFFTBatch; ++c) {
+      const auto x = RandomSignal(n, 100 + c), y = RandomSignal(n, 200 + c);
+      auto& ax = alone[static_cast<std::size_t>(2 * c)];
+      auto& ay = alone[static_cast<std::size_t>(2 * c + 1)];
+      ax.assign(x.begin(), x.end());
+      ay.assign(y.begin(), y.end());
+      for (int i = 0; i < n; ++i) {
+        bx[static_cast<std::size_t>(i * kFFTBatch + c)] = ax[static_cast<std::size_t>(i)];
+        by[static_cast<std::size_t>(i * kFFTBatch + c)] = ay[static_cast<std::size_t>(i)];
+      }
+      BitReversePair(ax.data(), ay.data(), n, m);
+      ComplexFFTCore(ax.data(), ay.data(), t.sine.data(), t.tan.data(), n, 1);
+    }
+    ComplexFFTBatch(bx.data(), by.data(), t.sine.data(), t.tan.data(), n);
+    for (int c = 0; c < kFFTBatch; ++c)
+      for (int i = 0; i < n; ++i) {
+        ASSERT_EQ(bx[static_cast<std::size_t>(i * kFFTBatch + c)], alone[static_cast<std::size_t>(2 * c)][static_cast<std::size_t>(i)])
+            << "n " << n << " sequence " << c << " i " << i;
+        ASSERT_EQ(by[static_cast<std::size_t>(i * kFFTBatch + c)],
+                  alone[static_cast<std::size_t>(2 * c + 1)][static_cast<std::size_t>(i)])
+            << "n " << n << " sequence " << c << " i " << i;
+      }
+  }
+}
+
 // The four kernels at N = 65536 against numpy and scipy
 // (tests/data/make_fft_golden.py).
 TEST(Kernels, LargestSizeMatchesNumpy) {
