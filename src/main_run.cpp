@@ -16,6 +16,7 @@
 #include "platform/headless/headless_services.h"
 #include "qt/form_snapshot.h"
 #include "qt/program_folder.h"
+#include "qt/qt_services.h"
 #include "script/runner.h"
 
 namespace {
@@ -77,6 +78,10 @@ int main(int argc, char** argv) {
         if (runner) runner->Print(line);
       },
       home + "/docs");
+  // Pictures in every format the toolkit reads and writes (PNG, JPEG,
+  // TIFF ...), not only the bitmaps and PGM of the headless codec.
+  keldo::qt::QtImaging imaging;
+  platform.services().imaging = &imaging;
   keldo::Frame frame(platform.services(), home);
   keldo::InstallFormKinds(frame);
   keldo::script::Runner run(frame, platform, std::cout, std::cerr);

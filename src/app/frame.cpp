@@ -112,9 +112,6 @@ std::string Frame::SoundBufferFolder() {
 
 void Frame::BuildMenu() {
   menuBar_ = keldo::BuildMenu(kFrameMenu, controls_);
-  // Form, data, sound and image files open through readers still to come.
-  for (const char* later : {"mnuOpenImageFile", "mnuOpen2DDataFile"})
-    controls_.SetEnabled(later, false);
 }
 
 void Frame::DeclareVariables() { keldo::DeclareVariables(settings_); }
@@ -335,6 +332,12 @@ bool Frame::RunMenu(const std::string& name) {
     else ReportFactoryFailure(code);
   } else if (name == "mnuOpen1DDataFile") {
     if (Form* form = NewForm(FormKind::Graph1, code)) form->RunMenu("mnuOpenSave", 2);
+    else ReportFactoryFailure(code);
+  } else if (name == "mnuOpenImageFile") {
+    if (Form* form = NewForm(FormKind::Graph2, code)) form->RunMenu("mnuOpenSave", 1);
+    else ReportFactoryFailure(code);
+  } else if (name == "mnuOpen2DDataFile") {
+    if (Form* form = NewForm(FormKind::Graph2, code)) form->RunMenu("mnuOpenSave", 2);
     else ReportFactoryFailure(code);
   } else if (name == "mnuExit") {
     exitRequested_ = true;

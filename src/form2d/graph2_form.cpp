@@ -3,6 +3,7 @@
 // states by the number of graphs, and the large and small views.
 
 #include "form2d/graph2_form.h"
+#include "form2d/image_files.h"
 
 #include <algorithm>
 #include <cmath>
@@ -175,6 +176,15 @@ void Graph2Form::BindCommands() {
   BindSideBoxes(*this, SideBoxTable(), kPanelCount);
   for (int n = kMinPoints; n <= kMaxPoints; n *= 2) OnMenu("mnu" + std::to_string(n), [this, n](int) { SetPoints(n); });
   OnMenu("mnuEraseGraphs", [this](int) { EraseAllGraphs(); });
+  OnMenu("mnuOpenSave(0)", [this](int) { OpenTheForm(); });
+  OnMenu("mnuOpenSave(1)", [this](int) { LoadTheGraph(2); });
+  OnMenu("mnuOpenSave(2)", [this](int) { LoadTheGraph(1); });
+  OnMenu("mnuSaveFormAs", [this](int) { SaveTheForm(0); });
+  OnMenu("mnuSaveForm", [this](int) { SaveTheForm(1); });
+  OnMenu("mnuLoadImage", [this](int) { LoadTheGraph(2); });
+  OnMenu("mnuLoadGraph", [this](int) { LoadTheGraph(1); });
+  OnMenu("mnuSaveImage", [this](int) { SaveTheGraph(2); });
+  OnMenu("mnuSaveGraph", [this](int) { SaveTheGraph(1); });
   OnMenu("mnuLarge", [this](int) { ChangeToLargeGraph(true); });
   OnMenu("mnuSmall", [this](int) { ChangeToSmallGraphs(); });
   OnMenu("mnuChangeViewSize", [this](int) {
@@ -275,7 +285,8 @@ void Graph2Form::ChangePointsMenu(int points) {
 }
 
 void Graph2Form::SetPoints(int points) {
-  if (points == n_ || !ValidPoints(points)) return;
+  // Any side a file can bring; the menu offers the powers of two.
+  if (points == n_ || points < kMinFilePoints || points > kMaxFilePoints) return;
   graphCount_ = 0;
   ResetMenu();
   n_ = points;

@@ -45,6 +45,12 @@ enum SideBoxPanel : int {
   kPanelCount = 12,
 };
 
+// File types of the data and image dialogs: the filter index plus 1, the
+// data file being 1. Types 3 and from 5 up go through the imaging service.
+enum FileType : int { kFileData = 1, kFilePgm = 2, kFileBmp = 3, kFileWc2 = 4 };
+// The type by the last three letters of a name.
+int FileTypeOfName(const std::string& path);
+
 // How one graph is shown, besides its samples and domain.
 struct GraphLook {
   float viewXLeft = 0.0f, viewXRight = 0.0f, viewYLow = 0.0f, viewYHigh = 0.0f;
@@ -174,6 +180,27 @@ class Graph2Form final : public Form, private formula::FormulaHost {
   void ControlChanged(const std::string& name) override;
   void FormulaHelp(const std::string& selected) override;
 
+  // Files. SaveTheForm(0) asks for a name, 1 uses the form's own.
+  void SaveTheForm(int asKnown);
+  bool LoadForm(const std::string& path, const std::string& title) override;
+  bool CanLoadForms() const override { return true; }
+  // The frame's open dialog; a new two-dimensional form takes this form's
+  // quantization strings.
+  void OpenTheForm();
+  // Kind 1 data, 2 image; the graph is PopUpGraph.
+  void SaveTheGraph(int kind);
+  void LoadTheGraph(int kind);
+  // Writes graph g as a file of the type; reports 32 and returns false on
+  // failure.
+  bool SaveFunctionFile(const std::string& path, int g, int type);
+  // Reads a file of the type as a new graph, here or, for another side
+  // while graphs are held, on a new form; false after reporting.
+  bool LoadFunction(const std::string& path, int type);
+  bool LoadDataFile(const std::string& path, const std::string& title) override;
+  const std::string& FormFileName() const { return fileName_; }
+  // What an image file of graph g holds: N by N bytes, row 0 first.
+  std::vector<std::uint8_t> ImageBytesOf(int g) const;
+
   // Transforms and series.
   void FourierTransform();
   void PerformFourierSeries();
@@ -192,6 +219,8 @@ class Graph2Form final : public Form, private formula::FormulaHost {
 
  private:
   std::size_t Stride() const { return static_cast<std::size_t>(n_) + 1 + kMargin; }
+  bool SaveFormTo(const std::string& path);
+  bool SaveImageFile2(const std::string& path, int g, int type);
   void BuildControls();
   void BuildTransformControls();
   // The tool tips that name N or its exponent.
@@ -201,6 +230,8 @@ class Graph2Form final : public Form, private formula::FormulaHost {
   int GraphField(const std::string& field, int failure);
   std::vector<float> CopyOfGraph(int g) const;
   bool GetTransformParameters(bool& complex, bool& negative, bool& power);
+  // Beeps and returns false unless N is a power of two.
+  bool PowerOfTwoGrid();
   void SetFilterParameters();
   bool WaveletChecks(int& graph, wavelet::WaveletChoice& choice, int& levels);
   bool ReadThresholds(int levels, wavelet::Threshold2DSetup& setup, std::string& text);
@@ -249,6 +280,7 @@ class Graph2Form final : public Form, private formula::FormulaHost {
   platform::Random* FormulaRandom() override;
   const formula::GraphTable* FormulaGraphs() override { return &graphTable_; }
 
+  std::string fileName_;
   int n_ = kDefaultPoints;
   int log2N_ = 8;
   int graphCount_ = 0;

@@ -131,7 +131,16 @@ bool Graph2Form::GetTransformParameters(bool& complex, bool& negative, bool& pow
   return true;
 }
 
+bool Graph2Form::PowerOfTwoGrid() {
+  // A picture loaded at a side outside the menu can be shown and measured,
+  // but the transforms need a power of two.
+  if ((n_ & (n_ - 1)) == 0) return true;
+  context_.Beep();
+  return false;
+}
+
 void Graph2Form::FourierTransform() {
+  if (!PowerOfTwoGrid()) return;
   bool complex = false, negative = false, power = false;
   if (!GetTransformParameters(complex, negative, power)) return;
   const int real = GraphField(complex ? "RealPart" : "FTGraph", complex ? 0 : 3);
@@ -195,6 +204,7 @@ void Graph2Form::SetFilterParameters() {
 }
 
 void Graph2Form::PerformFourierSeries() {
+  if (!PowerOfTwoGrid()) return;
   // Sine and cosine series have no two-dimensional form.
   if (controls_.Text("LblPlotSeries") != "Fourier series") return;
   const int g = GraphField("LblSeriesGraph", 3);
@@ -254,6 +264,7 @@ void Graph2Form::OpenWavelet(const SideBoxCommand& box) {
 }
 
 void Graph2Form::PerformWaveletAnalysis() {
+  if (!PowerOfTwoGrid()) return;
   const std::string& title = controls_.Text("labWavelet");
   if (title == "Wavelet series") WaveletSeries(false);
   else if (title == "Wavelet packet series") WaveletSeries(true);
@@ -405,6 +416,7 @@ void Graph2Form::OpenConvolve(const SideBoxCommand& box) {
 }
 
 void Graph2Form::PerformConvolution() {
+  if (!PowerOfTwoGrid()) return;
   const std::string& title = controls_.Text("LabConvolve");
   const bool autocorrelation = title == kConvolveTitles[1];
   const bool pair = title == kConvolveTitles[2];
@@ -452,6 +464,7 @@ void Graph2Form::PerformConvolution() {
 void Graph2Form::OpenFiltering(const SideBoxCommand&) { Touch(); }
 
 void Graph2Form::PerformFiltering() {
+  if (!PowerOfTwoGrid()) return;
   const bool complexData = controls_["OpFData(1)"].value != 0;
   const bool complexFilter = controls_["OpFilter(1)"].value != 0;
   // The graphs: one number for real, real and imaginary numbers for complex.

@@ -33,6 +33,8 @@ void DeclareVariables(FrameSettings& s) {
   s.captions.clear();
   for (const std::string& name : HiddenCaptionNames()) s.captions[name] = "";
   s.captions["WaveletType2D"] = "Daub 9/7";
+  s.captions["JPEGCompression"] = "70";
+  s.captions["OpTIFF"] = "0";
 }
 
 void UpdateAllFormulas(FormulaList& list, const std::string& formula, int index) {

@@ -35,10 +35,11 @@ struct FrameSettings {
   std::map<std::string, std::string> captions;
 };
 
-// Dialog folder numbers of the one-dimensional form.
+// Dialog folder numbers.
 constexpr int kFolderForms = 1;
 constexpr int kFolderData = 2;
 constexpr int kFolderSound = 3;
+constexpr int kFolderImages = 4;
 constexpr int kFolderFormulas = 6;
 constexpr int kFolderSoundSave = 11;
 

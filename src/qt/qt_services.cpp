@@ -7,6 +7,7 @@
 #include <QBuffer>
 #include <QClipboard>
 #include <QDateTime>
+#include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QImageReader>
@@ -20,6 +21,7 @@
 #include <QScreen>
 #include <QStringList>
 
+#include "platform/headless/simple_images.h"
 #include "platform/help_index.h"
 #include "qt/help_window.h"
 
@@ -118,9 +120,31 @@ std::optional<platform::FileDialogResult> QtFileDialog::Run(const platform::File
   return result;
 }
 
+namespace {
+
+// Bitmaps are read and written by the program's own codec.
+bool IsBitmap(const std::string& path) {
+  const QString suffix = QFileInfo(Q(path)).suffix().toLower();
+  return suffix == "bmp" || suffix == "dib";
+}
+
+}  // namespace
+
 std::optional<platform::RgbImage> QtImaging::Load(const std::string& path) {
+  if (IsBitmap(path)) {
+    QFile file(Q(path));
+    if (!file.open(QIODevice::ReadOnly)) return std::nullopt;
+    const QByteArray bytes = file.readAll();
+    if (auto image = platform::DecodeBmp(std::string(bytes.constData(), static_cast<std::size_t>(bytes.size()))))
+      return image;
+  }
   QImageReader reader(Q(path));
   reader.setAllocationLimit(512);
+  // A header that announces more than any form can hold is refused before
+  // any pixel is decoded.
+  const QSize size = reader.size();
+  if (size.isValid() && (size.width() > platform::kMaxImageSide || size.height() > platform::kMaxImageSide))
+    return std::nullopt;
   const QImage image = reader.read();
   if (image.isNull()) return std::nullopt;
   return FromQImage(image);
@@ -128,6 +152,12 @@ std::optional<platform::RgbImage> QtImaging::Load(const std::string& path) {
 
 bool QtImaging::Save(const std::string& path, const platform::RgbImage& image,
                      const platform::ImageSaveOptions& options) {
+  if (IsBitmap(path)) {
+    const std::string bytes = platform::EncodeBmp(image);
+    QFile file(Q(path));
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) &&
+           file.write(bytes.data(), static_cast<qint64>(bytes.size())) == static_cast<qint64>(bytes.size());
+  }
   QImageWriter writer(Q(path));
   writer.setQuality(options.jpegQuality);
   if (options.tiffCompression) writer.setCompression(1);

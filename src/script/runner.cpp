@@ -236,12 +236,12 @@ bool Runner::RunOpen(const std::vector<std::string>& words, std::string& reason)
     frame_.OpenDataFile(FormKind::Graph1, path);
     return true;
   }
-  static const char* kDataFiles[] = {".kb2", ".pgm", ".bmp", ".png",
-                                     ".jpg", ".jpeg", ".tif", ".tiff", ".wc2"};
+  static const char* kDataFiles[] = {".kb2", ".pgm", ".bmp", ".dib", ".png", ".jpg",
+                                     ".jpeg", ".pcx", ".tif", ".tiff", ".wc2"};
   for (const char* e : kDataFiles) {
     if (ext == e) {
-      reason = "opening " + ext + " files is not available in this version";
-      return false;
+      frame_.OpenDataFile(FormKind::Graph2, path);
+      return true;
     }
   }
   reason = "unknown file kind " + path;

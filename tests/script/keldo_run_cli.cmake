@@ -91,6 +91,26 @@ if(at LESS 0)
   message(FATAL_ERROR "the wave file did not open as a graph of 1024 points:\n${OUT}")
 endif()
 
+# Pictures saved from a script in four formats and read back by Python
+# (PIL), then opened again as graphs.
+run_script(saveimage "new 2d\nmenu mnu64\nmenu mnuPlot\nset Formula \"300*(x>0.25)+100+100*x\"\ngo\nfile ${WORK}/saved.pgm\nmenu mnuSaveImage\nfile ${WORK}/saved.png\nmenu mnuSaveImage\nfile ${WORK}/saved.tif\nmenu mnuSaveImage\nfile ${WORK}/saved.bmp\nmenu mnuSaveImage\nopen ${WORK}/saved.png\nopen ${WORK}/saved.tif\ndump\n" 0)
+# The system's Python, which has Debian's numpy and PIL.
+find_program(SYSTEM_PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH)
+if(NOT SYSTEM_PYTHON)
+  set(SYSTEM_PYTHON python3)
+endif()
+execute_process(COMMAND ${SYSTEM_PYTHON} ${CMAKE_CURRENT_LIST_DIR}/../data/check_saved_images.py ${WORK}
+                RESULT_VARIABLE status OUTPUT_VARIABLE out ERROR_VARIABLE err)
+if(NOT status EQUAL 0)
+  message(FATAL_ERROR "saved images differ: ${out}\n${err}")
+endif()
+foreach(expected "\"caption\": \"2DGraph  3\"" "\"points\": 64" "\"peak\": 192")
+  string(FIND "${OUT}" "${expected}" at)
+  if(at LESS 0)
+    message(FATAL_ERROR "image script lacks '${expected}':\n${OUT}")
+  endif()
+endforeach()
+
 # A graph number of 0 in the "Remove graph" box names no graph.
 run_script(remove0 "new 1d\nmenu mnu64\nmenu mnuPlotGraph\nset Formula \"x\"\ngo\nmenu mnuRemoveGraph\nset TxtAnGr1 0\ngo\n" 0)
 if(NOT OUT STREQUAL "message 3: Improper graph specification.\n")

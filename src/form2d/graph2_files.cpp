@@ -1,0 +1,383 @@
+// The files of the two-dimensional form: .kd2 forms, .kb2 data, PGM images
+// read and written here, and the other picture formats through the imaging
+// service.
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+
+#include "common/file_io.h"
+#include "common/text.h"
+#include "form2d/graph2_form.h"
+#include "form2d/image_files.h"
+#include "formula/formula_text.h"
+#include "kit/form_context.h"
+#include "kit/settings.h"
+#include "kit/typed_forms.h"
+#include "platform/file_dialog.h"
+#include "platform/imaging.h"
+#include "platform/services.h"
+
+namespace keldo::form2d {
+namespace {
+
+constexpr const char* kFormFilter = "(*.kd2)|*.kd2";
+constexpr const char* kSaveDataFilter = "Binary data file (*.kb2)|*.kb2";
+constexpr const char* kLoadDataFilter = "Binary data files (*.kb2)|*.kb2";
+// Types 2 to 9: the filter index plus 1.
+constexpr const char* kSaveImageFilter =
+    "PGM|*.pgm|BMP|*.bmp|WC2|*.wc2|DIB|*.dib|JPEG|*.jpg|PCX|*.pcx|PNG|*.png|TIFF|*.tif";
+constexpr const char* kLoadImageFilter =
+    "PGM|*.pgm|BMP|*.bmp|WC2|*wc2|DIB|*.dib|JPEG|*.jpg|PCX|*.pcx|PNG|*.png|TIFF|*.tif";
+constexpr const char* kImageFilterSetting = "ImageFilterIndex";
+
+// Text in a file is one byte per character; the controls hold UTF-8.
+std::string ToFile(const std::string& text) { return formula::ToFormulaText(text); }
+std::string FromFile(const std::string& text) { return formula::FromAnsiText(text); }
+
+std::string Tail3(const std::string& path) { return ToUpper(path.size() >= 3 ? path.substr(path.size() - 3) : path); }
+
+ColorMethod ColorMethodOf(char c) {
+  return c == 'C' ? kColor : c == 'T' ? kGreyPlusMinus : kGrey;
+}
+
+Intensity IntensityOf(char c) { return c == 'L' ? kLog : c == 'W' ? kLinLog : kLinear; }
+
+}  // namespace
+
+int FileTypeOfName(const std::string& path) {
+  const std::string tail = Tail3(path);
+  if (tail == "KB2") return kFileData;
+  if (tail == "PGM") return kFilePgm;
+  if (tail == "WC2") return kFileWc2;
+  return kFileBmp;  // every other picture goes through the imaging service
+}
+
+// ------------------------------------------------------------- form files
+
+void Graph2Form::SaveTheForm(int asKnown) {
+  std::string path = fileName_;
+  if (asKnown == 0 || path.empty()) {
+    const auto chosen = context_.services().fileDialog->Run({platform::FileDialogMode::Save, "Save form", kFormFilter, 1,
+                                                           platform::kFlagsSaveDialog, ".kd2", context_.DialogFolder(kFolderForms, "figures")});
+    if (!chosen) return;
+    path = chosen->path;
+  }
+  context_.ShowBusy();
+  const bool saved = SaveFormTo(path);
+  context_.ShowIdle();
+  if (!saved) {
+    context_.ShowError(36);
+    return;
+  }
+  fileName_ = path;
+  controls_.SetEnabled("mnuSaveForm", true);
+  controls_.SetEnabled("mnuSaveGraphImage", true);
+  Touch();
+}
+
+bool Graph2Form::SaveFormTo(const std::string& path) {
+  Kd2Record r;
+  r.plotLeft = plotLeft_;
+  r.plotRight = plotRight_;
+  r.plotLow = plotLow_;
+  r.plotHigh = plotHigh_;
+  r.formulaLeft = formulaLeft_;
+  r.formulaRight = formulaRight_;
+  r.points = n_;
+  r.view = viewSize_;
+  r.selected = static_cast<std::int16_t>(popUpGraph_);
+  const std::size_t side = static_cast<std::size_t>(n_) + 1;
+  for (int g = 0; g < graphCount_; ++g) {
+    const GraphLook& look = looks_[static_cast<std::size_t>(g)];
+    StoredImageGraph s;
+    s.left = GraphLeft(g);
+    s.right = GraphRight(g);
+    s.step = GraphStep(g);
+    s.max = GraphMax(g);
+    s.viewXLeft = look.viewXLeft;
+    s.viewXRight = look.viewXRight;
+    s.viewYLow = look.viewYLow;
+    s.viewYHigh = look.viewYHigh;
+    s.colorMethod = look.colorMethod;
+    s.intensity = look.intensity;
+    s.threshold = look.threshold;
+    s.drawWidths = static_cast<std::int16_t>(look.drawWidths);
+    s.caption = ToFile(look.caption);
+    s.thresholdText = ToFile(look.thresholdText);
+    s.samples.resize(side * side);
+    const float* v = GraphValues(g);
+    for (std::size_t i = 0; i < side; ++i) std::copy_n(v + i * Stride(), side, s.samples.begin() + static_cast<std::ptrdiff_t>(i * side));
+    r.graphs.push_back(std::move(s));
+    r.linReg.push_back(static_cast<std::int16_t>(look.linReg));
+  }
+  r.fileName = ToFile(path);
+  for (const std::string& h : History()) r.history.push_back(ToFile(h));
+  r.sideBoxKey = SideBoxKey();
+  r.cursorCol = cursorCol_;
+  r.cursorRow = cursorRow_;
+  r.remarks = ToFile(controls_.Text("Remarks"));
+  return WriteFileBytes(path, WriteKd2(r));
+}
+
+bool Graph2Form::LoadForm(const std::string& path, const std::string&) {
+  context_.ShowBusy();
+  std::vector<std::uint8_t> bytes;
+  if (!ReadFileBytes(path, bytes)) return false;
+  const std::optional<Kd2Record> record = ReadKd2(bytes);
+  if (!record) return false;
+  const Kd2Record& r = *record;
+  plotLeft_ = r.plotLeft;
+  plotRight_ = r.plotRight;
+  plotLow_ = r.plotLow;
+  plotHigh_ = r.plotHigh;
+  formulaLeft_ = r.formulaLeft;
+  formulaRight_ = r.formulaRight;
+  SetPoints(r.points);
+  viewSize_ = r.view == 'L' ? 'L' : 'S';
+  const int count = static_cast<int>(r.graphs.size());
+  popUpGraph_ = std::clamp<int>(r.selected, 0, kMaxGraphs - 1);
+  const std::size_t side = static_cast<std::size_t>(n_) + 1;
+  for (int g = 0; g < count; ++g) {
+    const StoredImageGraph& s = r.graphs[static_cast<std::size_t>(g)];
+    float* v = store_.Row(g);
+    for (std::size_t i = 0; i < side; ++i) std::copy_n(s.samples.begin() + static_cast<std::ptrdiff_t>(i * side), side, v + i * Stride());
+    const auto k = static_cast<std::size_t>(g);
+    store_.a[k] = s.left;
+    store_.b[k] = s.right;
+    store_.h[k] = s.step;
+    store_.peak[k] = s.max;
+    GraphLook& look = looks_[k];
+    look.viewXLeft = s.viewXLeft;
+    look.viewXRight = s.viewXRight;
+    look.viewYLow = s.viewYLow;
+    look.viewYHigh = s.viewYHigh;
+    look.colorMethod = ColorMethodOf(s.colorMethod);
+    look.intensity = IntensityOf(s.intensity);
+    look.threshold = s.threshold;
+    // A zoom factor is a power of two from 1 up.
+    look.drawWidths = s.drawWidths >= 1 && s.drawWidths <= 4096 && (s.drawWidths & (s.drawWidths - 1)) == 0 ? s.drawWidths : 1;
+    look.caption = FromFile(s.caption);
+    look.thresholdText = FromFile(s.thresholdText);
+  }
+  graphCount_ = count;
+  for (const std::string& h : r.history) formulaHistory_.Update(context_.settings().formulas2d, FromFile(h));
+  if (r.sections > 1 && !r.sideBoxKey.empty()) RestoreSideBoxFromKey(r.sideBoxKey);
+  if (r.sections > 2) {
+    cursorCol_ = std::clamp<int>(r.cursorCol, 0, n_);
+    cursorRow_ = std::clamp<int>(r.cursorRow, 0, n_);
+    controls_.SetText("Remarks", FromFile(r.remarks));
+  }
+  if (r.sections > 3)
+    for (int g = 0; g < count; ++g) looks_[static_cast<std::size_t>(g)].linReg = r.linReg[static_cast<std::size_t>(g)];
+  fileName_ = path;
+  // The picture is rebuilt by the view change from the opposite letter.
+  const char stored = viewSize_;
+  viewSize_ = stored == 'L' ? 'S' : 'L';
+  if (stored == 'L') ChangeToLargeGraph(false);
+  else ChangeToSmallGraphs();
+  for (graphCount_ = 0; graphCount_ <= count; ++graphCount_) ResetMenu();
+  graphCount_ = count;
+  controls_.SetEnabled("mnuSaveForm", true);
+  controls_.SetEnabled("mnuSaveGraphImage", true);
+  context_.ShowIdle();
+  Touch();
+  return true;
+}
+
+void Graph2Form::OpenTheForm() {
+  const std::array<std::string, 3> params = quantParams_;
+  if (auto* form = FormAs<Graph2Form>(context_.OpenTheForm())) form->SetQuantParams(params);
+}
+
+// ------------------------------------------------------ data and pictures
+
+void Graph2Form::SaveTheGraph(int kind) {
+  const bool image = kind == 2;
+  const int folder = image ? kFolderImages : kFolderData;
+  std::string& filter = context_.settings().captions[kImageFilterSetting];
+  const int lastFilter = std::clamp(filter.empty() ? 1 : std::atoi(filter.c_str()), 1, 8);
+  const auto chosen = context_.services().fileDialog->Run(
+      {platform::FileDialogMode::Save, image ? "Save image" : "Save graph", image ? kSaveImageFilter : kSaveDataFilter,
+       image ? lastFilter : 1, platform::kFlagsSaveDialog, image ? "" : ".kb2",
+       context_.DialogFolder(folder, image ? "Images" : "Data")});
+  if (!chosen) return;
+  if (image) filter = std::to_string(chosen->filterIndex);
+  context_.RememberDialogFolder(folder, chosen->path);
+  const int type = image ? chosen->filterIndex + 1 : kFileData;
+  if (popUpGraph_ >= graphCount_) return;
+  SaveFunctionFile(chosen->path, popUpGraph_, type);
+}
+
+bool Graph2Form::SaveFunctionFile(const std::string& path, int g, int type) {
+  if (g < 0 || g >= graphCount_) return false;
+  if (type == kFileWc2) {
+    context_.ShowCritical("Saving wavelet compressed files is not available in this version.");
+    return false;
+  }
+  bool saved = false;
+  context_.ShowBusy();
+  if (type == kFileData) {
+    Kb2Record r;
+    r.points = n_;
+    r.left = GraphLeft(g);
+    r.right = GraphRight(g);
+    r.colorMethod = looks_[static_cast<std::size_t>(g)].colorMethod;
+    const std::size_t side = static_cast<std::size_t>(n_) + 1;
+    r.samples.resize(side * side);
+    for (std::size_t i = 0; i < side; ++i)
+      std::copy_n(GraphValues(g) + i * Stride(), side, r.samples.begin() + static_cast<std::ptrdiff_t>(i * side));
+    saved = WriteFileBytes(path, WriteKb2(r));
+  } else {
+    saved = SaveImageFile2(path, g, type);
+  }
+  context_.ShowIdle();
+  if (!saved) context_.ShowError(32);
+  return saved;
+}
+
+std::vector<std::uint8_t> Graph2Form::ImageBytesOf(int g) const {
+  const GraphLook& look = looks_[static_cast<std::size_t>(g)];
+  ImageView v;
+  v.points = n_;
+  v.samples = GraphValues(g);
+  v.stride = Stride();
+  v.left = GraphLeft(g);
+  v.right = GraphRight(g);
+  v.step = GraphStep(g);
+  v.viewXLeft = look.viewXLeft;
+  v.viewXRight = look.viewXRight;
+  v.viewYLow = look.viewYLow;
+  v.viewYHigh = look.viewYHigh;
+  v.threshold = look.threshold;
+  return ImageBytes(v);
+}
+
+bool Graph2Form::SaveImageFile2(const std::string& path, int g, int type) {
+  const std::vector<std::uint8_t> bytes = ImageBytesOf(g);
+  if (type == kFilePgm) return WriteFileBytes(path, WritePgm(bytes, n_));
+  // Every other format through the imaging service, with the frame's
+  // options: a grey picture, row 0 at the bottom.
+  platform::RgbImage picture(n_, n_);
+  for (int r = 0; r < n_; ++r)
+    for (int c = 0; c < n_; ++c) {
+      const int level = bytes[static_cast<std::size_t>(r) * static_cast<std::size_t>(n_) + static_cast<std::size_t>(c)];
+      picture.Set(c, n_ - 1 - r, platform::MakeRgb(level, level, level));
+    }
+  platform::ImageSaveOptions options;
+  const auto& captions = context_.settings().captions;
+  const auto quality = captions.find("JPEGCompression");
+  if (quality != captions.end() && !quality->second.empty()) options.jpegQuality = std::clamp(std::atoi(quality->second.c_str()), 1, 99);
+  const auto tiff = captions.find("OpTIFF");
+  if (tiff != captions.end()) options.tiffCompression = std::clamp(std::atoi(tiff->second.c_str()), 0, 7);
+  // The picture is written beside the target and renamed onto it, so that
+  // a failed save leaves an older file whole.
+  const std::string temporary = TemporaryPathFor(path) + "." + ToLower(Tail3(path));
+  if (!context_.services().imaging->Save(temporary, picture, options)) {
+    std::remove(temporary.c_str());
+    return false;
+  }
+  if (std::rename(temporary.c_str(), path.c_str()) != 0) {
+    std::remove(temporary.c_str());
+    return false;
+  }
+  return true;
+}
+
+void Graph2Form::LoadTheGraph(int kind) {
+  const bool image = kind == 2;
+  const int folder = image ? kFolderImages : kFolderData;
+  std::string& filter = context_.settings().captions[kImageFilterSetting];
+  const int lastFilter = std::clamp(filter.empty() ? 1 : std::atoi(filter.c_str()), 1, 8);
+  const auto chosen = context_.services().fileDialog->Run(
+      {platform::FileDialogMode::Open, image ? "Open image file" : "Open data file",
+       image ? kLoadImageFilter : kLoadDataFilter, image ? lastFilter : 1, platform::kFlagFileMustExist, "",
+       context_.DialogFolder(folder, image ? "Images" : "Data")});
+  if (!chosen) return;
+  if (image) filter = std::to_string(chosen->filterIndex);
+  context_.RememberDialogFolder(folder, chosen->path);
+  LoadFunction(chosen->path, image ? chosen->filterIndex + 1 : kFileData);
+}
+
+bool Graph2Form::LoadDataFile(const std::string& path, const std::string&) {
+  return LoadFunction(path, FileTypeOfName(path));
+}
+
+bool Graph2Form::LoadFunction(const std::string& path, int type) {
+  if (type == kFileWc2) {
+    context_.ShowCritical("Opening wavelet compressed files is not available in this version.");
+    return false;
+  }
+  int points = 0;
+  std::vector<float> values;
+  float left = -0.5f, right = 0.5f;
+  ColorMethod method = kGrey;
+  context_.ShowBusy();
+  std::vector<std::uint8_t> bytes;
+  if (type == kFileData || type == kFilePgm) {
+    if (!ReadFileBytes(path, bytes)) {
+      context_.ShowError(20);
+      return false;
+    }
+    if (type == kFileData) {
+      std::optional<Kb2Record> r = ReadKb2(bytes);
+      if (!r) {
+        context_.ShowError(20);
+        return false;
+      }
+      points = r->points;
+      left = r->left;
+      right = r->right;
+      method = ColorMethodOf(r->colorMethod);
+      values = std::move(r->samples);
+    } else {
+      std::optional<PgmImage> p = ReadPgm(bytes);
+      if (!p) {
+        context_.ShowError(20);
+        return false;
+      }
+      points = p->points;
+      values = std::move(p->samples);
+    }
+  } else {
+    std::optional<platform::RgbImage> picture = context_.services().imaging->Load(path);
+    if (!picture || picture->Empty()) {
+      context_.ShowError(20);
+      return false;
+    }
+    if (picture->width != picture->height) {
+      // Such a picture belongs to the image processor.
+      context_.ShowIdle();
+      context_.ShowCritical("This image is not square. Only the image processor can open it, and it is not available in this version.");
+      return false;
+    }
+    std::optional<LoadedImage> loaded = SamplesOfPicture(*picture);
+    if (!loaded) {
+      context_.ShowError(20);
+      return false;
+    }
+    points = loaded->points;
+    values = std::move(loaded->samples);
+  }
+  if (points != n_) {
+    if (graphCount_ > 0) {
+      // A graph of another side goes to a new form; this one stays as it is.
+      Graph2Form* form = NewResultForm(points);
+      if (!form) return false;
+      form->SetPoints(points);
+      return form->LoadFunction(path, type);
+    }
+    SetPoints(points);
+    controls_.SetEnabled("mnuPasteGraph", false);
+  }
+  context_.ShowIdle();
+  const float step = (right - left) / static_cast<float>(points);
+  const int slot = std::min(graphCount_, kMaxGraphs - 1);
+  looks_[static_cast<std::size_t>(slot)].colorMethod = method;
+  Graph2Form* holder = DisplayFunction(points, values.data(), static_cast<std::size_t>(points) + 1, left, right, step);
+  if (holder && holder != this) holder->SetGrColorMethod(holder->NumGraphsPlotted() - 1, method);
+  return holder != nullptr;
+}
+
+}  // namespace keldo::form2d

@@ -1,0 +1,372 @@
+// The two-dimensional form's files: .kd2 and .kb2 files written byte by
+// byte by tests/data/make_form2d_files.py and loaded, saved files read back
+// field by field, PGM and BMP round trips, the sample rule of pictures and
+// the messages of bad files.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "form2d/graph2_form.h"
+#include "form2d/image_files.h"
+#include "kit/typed_forms.h"
+#include "platform/headless/simple_images.h"
+#include "form2d_driver.h"
+
+namespace keldo::testing {
+namespace {
+
+using form2d::Graph2Form;
+
+const std::string kData = KELDO_TEST_DATA "/form2d/";
+
+struct TempFolder {
+  std::filesystem::path path;
+  TempFolder() {
+    path = std::filesystem::temp_directory_path() /
+           ("keldo_files2_" + std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()));
+    std::filesystem::create_directories(path);
+  }
+  ~TempFolder() { std::filesystem::remove_all(path); }
+  std::string operator/(const std::string& name) const { return (path / name).string(); }
+};
+
+std::vector<std::uint8_t> Bytes(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+void WriteBytes(const std::string& path, const std::string& bytes) {
+  std::ofstream out(path, std::ios::binary);
+  out << bytes;
+}
+
+bool Reported(const TestFrame& t, const std::string& text) {
+  for (const std::string& line : t.lines)
+    if (line.find(text) != std::string::npos) return true;
+  return false;
+}
+
+Graph2Form* Opened(TestFrame& t) { return FormAs<Graph2Form>(t.frame.OpenForms().back()); }
+
+TEST(FormFile2D, SectionCountOneHasNoSideBoxCursorOrRemarksAndKeepsLinRegAtN) {
+  TestFrame t;
+  Graph2Form* f = FormAs<Graph2Form>(t.frame.OpenFormFile(FormKind::Graph2, kData + "sections1.kd2", "sections1.kd2"));
+  ASSERT_NE(f, nullptr);
+  EXPECT_EQ(f->Points(), 64);
+  ASSERT_EQ(f->NumGraphsPlotted(), 2);
+  EXPECT_EQ(f->ViewSize(), 'L');
+  for (int i = 0; i <= 64; i += 9)
+    for (int j = 0; j <= 64; j += 7) {
+      EXPECT_FLOAT_EQ(Sample(*f, 0, i, j), static_cast<float>(i + 0.5 * j)) << i << " " << j;
+      EXPECT_FLOAT_EQ(Sample(*f, 1, i, j), static_cast<float>(std::sin(0.1 * i) * j)) << i << " " << j;
+    }
+  EXPECT_FLOAT_EQ(f->GraphLeft(1), -2.0f);
+  EXPECT_FLOAT_EQ(f->GraphStep(1), 4.0f / 64);
+  EXPECT_EQ(f->Look(1).colorMethod, form2d::kColor);
+  EXPECT_EQ(f->Look(1).intensity, form2d::kLog);
+  EXPECT_EQ(f->Look(1).thresholdText, "0.5");
+  EXPECT_EQ(f->Look(0).caption, "plane");
+  EXPECT_EQ(f->SideBoxKey(), "");  // no side box
+  EXPECT_EQ(f->CursorColumn(), 32);
+  EXPECT_EQ(f->CursorRow(), 32);
+  EXPECT_EQ(f->controls().Text("Remarks"), "");
+  EXPECT_EQ(f->LinRegValue(0), 64);
+  EXPECT_EQ(f->LinRegValue(1), 64);
+  const auto& history = f->History();
+  ASSERT_GE(history.size(), 2u);
+  EXPECT_EQ(history[history.size() - 2], "x*y");
+  EXPECT_EQ(history.back(), "sin(x)");
+  EXPECT_TRUE(f->controls()["mnuSaveForm"].enabled);
+  EXPECT_TRUE(f->controls()["mnuConvolution"].enabled);  // two graphs: the menu steps accumulated
+}
+
+TEST(FormFile2D, AllSectionsRestoreTheSideBoxCursorRemarksAndLinReg) {
+  TestFrame t;
+  Graph2Form* f = FormAs<Graph2Form>(t.frame.OpenFormFile(FormKind::Graph2, kData + "sections4.kd2", "sections4.kd2"));
+  ASSERT_NE(f, nullptr);
+  ASSERT_EQ(f->NumGraphsPlotted(), 1);
+  EXPECT_FLOAT_EQ(Sample(*f, 0, 64, 3), 6403.0f);
+  EXPECT_EQ(f->SideBoxKey(), "FTran");
+  EXPECT_EQ(f->CursorColumn(), 10);
+  EXPECT_EQ(f->CursorRow(), 20);
+  EXPECT_EQ(f->controls().Text("Remarks"), "two\r\nlines");
+  EXPECT_EQ(f->LinRegValue(0), 8);
+  EXPECT_EQ(f->Look(0).colorMethod, form2d::kGreyPlusMinus);
+  EXPECT_EQ(f->Look(0).intensity, form2d::kLinLog);
+}
+
+TEST(FormFile2D, SavedFormIsReadBackFieldByFieldAndLoadsAlike) {
+  TestFrame t;
+  TempFolder dir;
+  Graph2Form& f = NewForm(t, 64);
+  Plot(f, "x*y+1", "2");
+  Plot(f, "x-y", "2");
+  f.controls().SetText("Remarks", "note");
+  const std::string path = dir / "saved.kd2";
+  t.platform.fileDialog.QueueAnswer(path);
+  f.RunMenu("mnuSaveFormAs");
+  EXPECT_EQ(f.FormFileName(), path);
+  const auto bytes = Bytes(path);
+  // Header: kind, six floats, count, points, view, selected graph.
+  ASSERT_GT(bytes.size(), 40u);
+  const std::optional<form2d::Kd2Record> r = form2d::ReadKd2(bytes);
+  ASSERT_TRUE(r.has_value());
+  EXPECT_EQ(bytes[0], 2);
+  EXPECT_EQ(bytes[1], 0);
+  EXPECT_EQ(r->points, 64);
+  ASSERT_EQ(r->graphs.size(), 2u);
+  EXPECT_EQ(r->view, 'S');
+  EXPECT_FLOAT_EQ(r->formulaLeft, -2.0f);
+  EXPECT_FLOAT_EQ(r->formulaRight, 2.0f);
+  EXPECT_EQ(r->fileName, path);
+  EXPECT_EQ(r->sections, 4);
+  EXPECT_EQ(r->remarks, "note");
+  EXPECT_EQ(r->sideBoxKey, "Graph");
+  ASSERT_EQ(r->linReg.size(), 2u);
+  EXPECT_EQ(r->linReg[0], 64);
+  // The samples are stored with columns outermost: the float after the
+  // first graph's strings is sample (0, 0), the next one (1, 0).
+  const std::size_t side = 65;
+  EXPECT_FLOAT_EQ(r->graphs[0].samples[1 * side + 0], Sample(f, 0, 1, 0));
+  // Bytes of the first samples: after the header (2 + 24 + 4 + 4 + 1 + 2),
+  // the record (8 floats, 2 chars, float, int16) and two counted strings.
+  const std::size_t captionLength = r->graphs[0].caption.size(), thresholdLength = r->graphs[0].thresholdText.size();
+  const std::size_t first = 37 + 32 + 2 + 4 + 2 + 4 + captionLength + 4 + thresholdLength;
+  float second = 0.0f;
+  std::memcpy(&second, bytes.data() + first + 4, 4);
+  EXPECT_FLOAT_EQ(second, Sample(f, 0, 1, 0));
+  // Loaded again: the same graphs.
+  Graph2Form* g = FormAs<Graph2Form>(t.frame.OpenFormFile(FormKind::Graph2, path, "saved.kd2"));
+  ASSERT_NE(g, nullptr);
+  ASSERT_EQ(g->NumGraphsPlotted(), 2);
+  for (int i = 0; i <= 64; i += 5)
+    for (int j = 0; j <= 64; j += 3) ASSERT_EQ(Sample(*g, 1, i, j), Sample(f, 1, i, j));
+  EXPECT_EQ(g->controls().Text("Remarks"), "note");
+}
+
+TEST(FormFile2D, BadFilesReport73AndOpenNothing) {
+  TestFrame t;
+  TempFolder dir;
+  const auto good = Bytes(kData + "sections4.kd2");
+  const std::string truncated = dir / "short.kd2";
+  WriteBytes(truncated, std::string(good.begin(), good.begin() + 3000));
+  EXPECT_EQ(t.frame.OpenFormFile(FormKind::Graph2, truncated, "short.kd2"), nullptr);
+  EXPECT_TRUE(Reported(t, "message 73"));
+  // A side too large to hold.
+  std::string huge(good.begin(), good.end());
+  const std::int32_t side = 1 << 20;
+  std::memcpy(huge.data() + 2 + 24 + 4, &side, 4);
+  WriteBytes(dir / "huge.kd2", huge);
+  EXPECT_EQ(t.frame.OpenFormFile(FormKind::Graph2, dir / "huge.kd2", "huge.kd2"), nullptr);
+  EXPECT_TRUE(t.frame.OpenForms().empty());
+}
+
+TEST(FormFile2D, AFailedSaveReports36) {
+  TestFrame t;
+  Graph2Form& f = NewForm(t, 64);
+  Plot(f, "x");
+  t.platform.fileDialog.QueueAnswer("/nonexistent-folder/x.kd2");
+  f.RunMenu("mnuSaveFormAs");
+  EXPECT_TRUE(Reported(t, "message 36"));
+  EXPECT_EQ(f.FormFileName(), "");
+}
+
+TEST(DataFile2D, Kb2LoadsRowsFirstAndSavesTheSameBytes) {
+  TestFrame t;
+  TempFolder dir;
+  Graph2Form& f = NewForm(t, 128);
+  t.platform.fileDialog.QueueAnswer(kData + "grid64.kb2");
+  f.RunMenu("mnuOpenSave(2)");
+  EXPECT_EQ(t.platform.fileDialog.Requests().back().filter, "Binary data files (*.kb2)|*.kb2");
+  ASSERT_EQ(f.Points(), 64);  // no graph held: the form takes the file's N
+  ASSERT_EQ(f.NumGraphsPlotted(), 1);
+  EXPECT_FLOAT_EQ(Sample(f, 0, 3, 5), 305.0f);
+  EXPECT_FLOAT_EQ(Sample(f, 0, 64, 64), 6464.0f);
+  EXPECT_FLOAT_EQ(f.GraphLeft(0), -2.0f);
+  EXPECT_FLOAT_EQ(f.GraphRight(0), 2.0f);
+  EXPECT_FLOAT_EQ(f.GraphStep(0), 4.0f / 64);
+  EXPECT_EQ(f.Look(0).colorMethod, form2d::kColor);
+  const std::string path = dir / "again.kb2";
+  t.platform.fileDialog.QueueAnswer(path);
+  f.RunMenu("mnuSaveGraph");
+  EXPECT_EQ(Bytes(path), Bytes(kData + "grid64.kb2"));
+}
+
+TEST(DataFile2D, AGraphOfAnotherSideGoesToANewFormAndLeavesThisOne) {
+  TestFrame t;
+  Graph2Form& f = NewForm(t, 128);
+  Plot(f, "x");
+  const float before = Sample(f, 0, 10, 10);
+  ASSERT_TRUE(f.LoadFunction(kData + "grid64.kb2", form2d::kFileData));
+  ASSERT_EQ(t.frame.OpenForms().size(), 2u);
+  EXPECT_EQ(f.Points(), 128);
+  EXPECT_EQ(f.NumGraphsPlotted(), 1);
+  EXPECT_EQ(Sample(f, 0, 10, 10), before);
+  Graph2Form* other = Opened(t);
+  EXPECT_EQ(other->Points(), 64);
+  EXPECT_EQ(other->NumGraphsPlotted(), 1);
+}
+
+TEST(Pgm2D, LinesFromTheTopBecomeRowsFromTheBottomAndSaveBackTheSameBytes) {
+  TestFrame t;
+  TempFolder dir;
+  Graph2Form* f = FormAs<Graph2Form>(t.frame.OpenDataFile(FormKind::Graph2, kData + "lines64.pgm"));
+  ASSERT_NE(f, nullptr);
+  ASSERT_EQ(f->Points(), 64);
+  for (int k = 0; k < 64; k += 5)
+    for (int c = 0; c < 64; c += 3) ASSERT_EQ(Sample(*f, 0, 63 - k, c), static_cast<float>((7 * k + c) % 256));
+  EXPECT_EQ(Sample(*f, 0, 64, 5), 0.0f);
+  EXPECT_EQ(Sample(*f, 0, 5, 64), 0.0f);
+  EXPECT_FLOAT_EQ(f->GraphLeft(0), -0.5f);
+  EXPECT_FLOAT_EQ(f->GraphStep(0), 1.0f / 64);
+  const std::string path = dir / "again.pgm";
+  t.platform.fileDialog.QueueAnswer(path);
+  f->RunMenu("mnuSaveImage");
+  EXPECT_EQ(Bytes(path), Bytes(kData + "lines64.pgm"));
+}
+
+TEST(Pgm2D, ACommentLineIsMisreadAndReports20) {
+  TestFrame t;
+  Graph2Form& f = NewForm(t, 64);
+  Plot(f, "x");
+  EXPECT_FALSE(f.LoadFunction(kData + "comment.pgm", form2d::kFilePgm));
+  EXPECT_TRUE(Reported(t, "message 20: Error loading file"));
+  EXPECT_EQ(f.NumGraphsPlotted(), 1);
+  EXPECT_EQ(t.frame.OpenForms().size(), 1u);
+}
+
+TEST(Pgm2D, TheWidthText1MBStandsFor1024) {
+  TestFrame t;
+  TempFolder dir;
+  std::string bytes = "P5\n1MB 1024\n255\n";
+  for (int k = 0; k < 1024 * 1024; ++k) bytes += static_cast<char>(k % 251);
+  WriteBytes(dir / "big.pgm", bytes);
+  Graph2Form* f = FormAs<Graph2Form>(t.frame.OpenDataFile(FormKind::Graph2, dir / "big.pgm"));
+  ASSERT_NE(f, nullptr);
+  EXPECT_EQ(f->Points(), 1024);
+  // Line 1 from the top, column 2: byte 1026.
+  EXPECT_EQ(Sample(*f, 0, 1022, 2), static_cast<float>(1026 % 251));
+}
+
+TEST(Image2D, NegativeSamplesAreBlackAndValuesAbove255Wrap) {
+  TestFrame t;
+  Graph2Form& f = NewForm(t, 64);
+  Plot(f, "300*(x>0)-5*(x<0)");
+  const auto bytes = f.ImageBytesOf(0);
+  ASSERT_EQ(bytes.size(), 64u * 64u);
+  EXPECT_EQ(bytes[10 * 64 + 60], 300 % 256);  // x > 0
+  EXPECT_EQ(bytes[10 * 64 + 3], 0);           // a negative sample
+}
+
+TEST(Image2D, AZoomedGraphSavesBlackOutsideItsWindow) {
+  std::vector<float> samples(65 * 65, 100.0f);
+  form2d::ImageView v;
+  v.points = 64;
+  v.samples = samples.data();
+  v.stride = 65;
+  v.left = -0.5f;
+  v.right = 0.5f;
+  v.step = 1.0f / 64;
+  v.viewXLeft = 0.0f;
+  v.viewXRight = 0.25f;
+  v.viewYLow = -0.25f;
+  v.viewYHigh = 0.0f;
+  v.threshold = 0.0f;
+  const auto bytes = form2d::ImageBytes(v);
+  // Row r is y = r/64 - 0.5, column c is x = c/64 - 0.5; both ends inclusive.
+  EXPECT_EQ(bytes[16 * 64 + 32], 100);  // (x, y) = (0, -0.25)
+  EXPECT_EQ(bytes[32 * 64 + 48], 100);  // (0.25, 0)
+  EXPECT_EQ(bytes[33 * 64 + 40], 0);    // y above the window
+  EXPECT_EQ(bytes[20 * 64 + 31], 0);    // x left of it
+  EXPECT_EQ(bytes[20 * 64 + 49], 0);    // x right of it
+  // A threshold at the value itself blacks it out: |v| must be above it.
+  v.threshold = 100.0f;
+  EXPECT_EQ(form2d::ImageBytes(v)[16 * 64 + 32], 0);
+}
+
+TEST(Image2D, BitmapSamplesAreTheBlueBytesRowsFromTheBottom) {
+  TestFrame t;
+  TempFolder dir;
+  Graph2Form* f = FormAs<Graph2Form>(t.frame.OpenDataFile(FormKind::Graph2, kData + "colour64.bmp"));
+  ASSERT_NE(f, nullptr);
+  ASSERT_EQ(f->Points(), 64);
+  for (int i = 0; i < 64; i += 3)
+    for (int j = 0; j < 64; j += 5) ASSERT_EQ(Sample(*f, 0, i, j), static_cast<float>((3 * j + 5 * (63 - i)) % 256));
+  EXPECT_EQ(Sample(*f, 0, 64, 64), 0.0f);
+  // Saved as a bitmap and read again: the same grey levels.
+  const std::string path = dir / "again.bmp";
+  t.platform.fileDialog.QueueAnswer(path);
+  f->RunMenu("mnuSaveImage");
+  Graph2Form* g = FormAs<Graph2Form>(t.frame.OpenDataFile(FormKind::Graph2, path));
+  ASSERT_NE(g, nullptr);
+  for (int i = 0; i < 64; i += 3)
+    for (int j = 0; j < 64; j += 5) ASSERT_EQ(Sample(*g, 0, i, j), Sample(*f, 0, i, j));
+}
+
+TEST(Image2D, ASide65FillsRowsAndColumnsToNReadWithoutSkippingPadding) {
+  TestFrame t;
+  Graph2Form* f = FormAs<Graph2Form>(t.frame.OpenDataFile(FormKind::Graph2, kData + "side65.bmp"));
+  ASSERT_NE(f, nullptr);
+  ASSERT_EQ(f->Points(), 64);
+  std::ifstream in(kData + "side65_samples.tsv");
+  std::string line;
+  for (int i = 0; i <= 64; ++i) {
+    ASSERT_TRUE(std::getline(in, line));
+    std::istringstream row(line);
+    for (int j = 0; j <= 64; ++j) {
+      int expected = 0;
+      row >> expected;
+      ASSERT_EQ(Sample(*f, 0, i, j), static_cast<float>(expected)) << i << " " << j;
+    }
+  }
+}
+
+TEST(Image2D, ANonSquarePictureIsRefusedAndASquareOneOfAnySideLoads) {
+  TestFrame t;
+  TempFolder dir;
+  EXPECT_EQ(t.frame.OpenDataFile(FormKind::Graph2, kData + "wide.bmp"), nullptr);
+  EXPECT_TRUE(Reported(t, "This image is not square"));
+  EXPECT_TRUE(t.frame.OpenForms().empty());
+  platform::RgbImage square(300, 300, platform::MakeRgb(9, 9, 9));
+  WriteBytes(dir / "square.bmp", platform::EncodeBmp(square));
+  Graph2Form* f = FormAs<Graph2Form>(t.frame.OpenDataFile(FormKind::Graph2, dir / "square.bmp"));
+  ASSERT_NE(f, nullptr);
+  EXPECT_EQ(f->Points(), 300);  // AdjustValue leaves 300: a side outside the menu
+  for (const char* item : {"mnu64", "mnu128", "mnu256", "mnu512", "mnu1024", "mnu2048"})
+    EXPECT_EQ(f->controls()[item].value, 0) << item;
+  EXPECT_EQ(Sample(*f, 0, 150, 299), 9.0f);
+  EXPECT_EQ(Sample(*f, 0, 150, 300), 0.0f);
+  // The transforms need a power of two: they beep.
+  const int beeps = t.platform.beeper.Count();
+  f->RunMenu("mnuFourierTransform");
+  f->Go();
+  EXPECT_EQ(t.platform.beeper.Count(), beeps + 1);
+  EXPECT_EQ(f->NumGraphsPlotted(), 1);
+}
+
+TEST(Image2D, TheFrameItemsOpenANewFormWithTheirDialogs) {
+  TestFrame t;
+  t.platform.fileDialog.QueueAnswer(kData + "lines64.pgm");
+  t.frame.RunMenu("mnuOpenImageFile");
+  ASSERT_EQ(t.frame.OpenForms().size(), 1u);
+  const auto& request = t.platform.fileDialog.Requests().back();
+  EXPECT_EQ(request.title, "Open image file");
+  EXPECT_EQ(request.filter, "PGM|*.pgm|BMP|*.bmp|WC2|*wc2|DIB|*.dib|JPEG|*.jpg|PCX|*.pcx|PNG|*.png|TIFF|*.tif");
+  EXPECT_EQ(Opened(t)->NumGraphsPlotted(), 1);
+  t.platform.fileDialog.QueueAnswer(kData + "grid64.kb2");
+  t.frame.RunMenu("mnuOpen2DDataFile");
+  ASSERT_EQ(t.frame.OpenForms().size(), 2u);
+  EXPECT_EQ(Opened(t)->NumGraphsPlotted(), 1);
+  EXPECT_FLOAT_EQ(Sample(*Opened(t), 0, 1, 1), 101.0f);
+}
+
+}  // namespace
+}  // namespace keldo::testing
