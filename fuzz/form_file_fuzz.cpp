@@ -6,7 +6,7 @@
 
 #include <cmath>
 
-#include "fuzz/form1d_fuzz_frame.h"
+#include "fuzz/fuzz_frame.h"
 #include "form1d/graph1_form.h"
 #include "form1d/graph_files.h"
 #include "platform/headless/raster_surface.h"

@@ -4,7 +4,7 @@
 
 #include <unistd.h>
 
-#include "fuzz/form1d_fuzz_frame.h"
+#include "fuzz/fuzz_frame.h"
 #include "form1d/graph1_form.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

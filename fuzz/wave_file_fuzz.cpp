@@ -7,7 +7,7 @@
 #include <cstdlib>
 
 #include "form1d/graph1_form.h"
-#include "fuzz/form1d_fuzz_frame.h"
+#include "fuzz/fuzz_frame.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace keldo;

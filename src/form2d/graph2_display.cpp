@@ -12,6 +12,13 @@
 namespace keldo::form2d {
 namespace {
 
+// Rounded to the nearest whole number within +/- 2^31; NaN gives 0. Values
+// read from files or typed may be anything.
+long long WholeNumber(double v) {
+  if (!(v == v)) return 0;
+  return static_cast<long long>(std::clamp(std::nearbyint(v), -2147483648.0, 2147483647.0));
+}
+
 constexpr double kCrosshairDivisor = 65.97344572538559;  // 21 pi
 constexpr int kLargeBox = kMaxGraphs;                     // index of the large picture
 
@@ -217,8 +224,8 @@ void Graph2Form::SetupZoomSideBox(bool fromPopup) {
   controls_.SetText("TxtGraphStat", std::to_string(g + 1));
   const auto s = static_cast<std::size_t>(g);
   if (store_.h[s] == 0.0f) return;
-  controls_.SetText("txtZoomCoord(0)", std::to_string(static_cast<long long>(std::nearbyint((mouseX_ - store_.a[s]) / store_.h[s]))));
-  controls_.SetText("txtZoomCoord(1)", std::to_string(static_cast<long long>(std::nearbyint((mouseY_ - store_.a[s]) / store_.h[s]))));
+  controls_.SetText("txtZoomCoord(0)", std::to_string(WholeNumber((mouseX_ - store_.a[s]) / store_.h[s])));
+  controls_.SetText("txtZoomCoord(1)", std::to_string(WholeNumber((mouseY_ - store_.a[s]) / store_.h[s])));
 }
 
 void Graph2Form::OpenImageZoom(const SideBoxCommand& box) {
@@ -231,7 +238,7 @@ void Graph2Form::ImageGo() {
 
 void Graph2Form::Zoom() {
   bool failed = false;
-  const int g = static_cast<int>(std::nearbyint(Value(controls_.Text("TxtGraphStat"), failed))) - 1;
+  const int g = static_cast<int>(WholeNumber(Value(controls_.Text("TxtGraphStat"), failed))) - 1;
   if (failed || g < 0 || g >= graphCount_) {
     context_.ShowError(1);
     return;
@@ -344,6 +351,7 @@ int Graph2Form::GridIndex(double coordinate, int g) const {
   const auto s = static_cast<std::size_t>(g);
   if (store_.h[s] == 0.0f) return 0;
   const double index = std::nearbyint((coordinate - store_.a[s]) / store_.h[s]);
+  if (!(index == index)) return 0;
   return static_cast<int>(std::clamp(index, 0.0, static_cast<double>(n_)));
 }
 

@@ -12,12 +12,19 @@ std::int32_t Grey(int m) { return m + 256 * m + 65536 * m; }
 std::int32_t Red(int m) { return m; }
 std::int32_t Blue(int m) { return 65536 * m; }
 
-int Round(double v) { return static_cast<int>(std::nearbyint(v)); }
+// Rounded to the nearest integer, held in the range of an int; NaN gives 0.
+// Samples and windows read from a file may be anything.
+int Round(double v) {
+  if (!(v == v)) return 0;
+  return static_cast<int>(std::clamp(std::nearbyint(v), -2147483648.0, 2147483647.0));
+}
 
 // The linear grey level of a magnitude: 0 to 255, or 0 to 127 for grey (+/-).
 int LinearLevel(double a, double mx, int top) {
   const double scale = top == 127 ? 127.0 : 256.0;
-  return static_cast<int>(std::min<double>(top, std::floor(scale * a / mx)));
+  const double level = std::floor(scale * a / mx);
+  if (!(level >= 0.0)) return 0;
+  return static_cast<int>(std::min<double>(top, level));
 }
 
 // The log grey level: each step down is a factor of 0.96 in magnitude.
@@ -25,7 +32,8 @@ int LogLevel(double a, double mx) {
   static const double c = 1.0 / std::log(1.0 / 0.96);
   if (!(a >= std::ldexp(1.0, -256))) return 0;
   const double m = std::floor(c * std::log(a / mx)) + 256;
-  return static_cast<int>(std::clamp(m, 0.0, 255.0));
+  if (!(m >= 0.0)) return 0;
+  return static_cast<int>(std::min(m, 255.0));
 }
 
 // The colour of one sample by the table of methods; `logScale` picks the
@@ -171,9 +179,10 @@ void PaintViewedGraph(const ImageGraph& g, const PixelMatrix& pixels, int side, 
     return;
   }
   const int r = g.n > 0 ? Round(static_cast<double>(g.drawWidths) * side / g.n) : 0;
-  if (r < 1) return;
-  for (int p = 0; p <= side; ++p)
-    for (int x = 0; x <= side; ++x)
+  // A window off the grid (a file may hold any) shows nothing there.
+  if (r < 1 || i1 < 0 || j0 > limit) return;
+  for (int p = 0; p <= side && i1 - p / r >= 0; ++p)
+    for (int x = 0; x <= side && j0 + x / r <= limit; ++x)
       if (const std::int32_t c = pixels.At(i1 - p / r, j0 + x / r); c > 0) picture.Set(x, p, ToRgb(c));
 }
 

@@ -17,6 +17,7 @@
 #include "form2d/graph2_form.h"
 #include "form2d/image_files.h"
 #include "kit/typed_forms.h"
+#include "platform/headless/raster_surface.h"
 #include "platform/headless/simple_images.h"
 #include "form2d_driver.h"
 
@@ -167,6 +168,27 @@ TEST(FormFile2D, BadFilesReport73AndOpenNothing) {
   WriteBytes(dir / "huge.kd2", huge);
   EXPECT_EQ(t.frame.OpenFormFile(FormKind::Graph2, dir / "huge.kd2", "huge.kd2"), nullptr);
   EXPECT_TRUE(t.frame.OpenForms().empty());
+}
+
+TEST(FormFile2D, NotANumberAndInfiniteFieldsLoadAndDraw) {
+  // Found by fuzzing: a maximum of NaN and an infinite window came to the
+  // grey levels and the window's indices as numbers no int can hold.
+  TestFrame t;
+  TempFolder dir;
+  auto bytes = Bytes(kData + "sections4.kd2");
+  const float nan = std::nanf(""), inf = INFINITY;
+  std::memcpy(bytes.data() + 37 + 12, &nan, 4);       // GraphMax
+  std::memcpy(bytes.data() + 37 + 16, &inf, 4);       // ViewXLeft
+  std::memcpy(bytes.data() + 37 + 28, &nan, 4);       // ViewYHigh
+  WriteBytes(dir / "nan.kd2", std::string(bytes.begin(), bytes.end()));
+  Graph2Form* f = FormAs<Graph2Form>(t.frame.OpenFormFile(FormKind::Graph2, dir / "nan.kd2", "nan.kd2"));
+  ASSERT_NE(f, nullptr);
+  EXPECT_TRUE(std::isnan(f->GraphMax(0)));
+  for (std::size_t p = 0; p < f->Pictures().size(); ++p) {
+    platform::RasterSurface surface(64, 64);
+    f->Paint(static_cast<int>(p), surface);
+  }
+  f->Mouse(MouseAction::Move, 0.1, 0.1, MouseButton::None);
 }
 
 TEST(FormFile2D, AFailedSaveReports36) {

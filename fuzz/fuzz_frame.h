@@ -1,6 +1,6 @@
 #pragma once
-// A frame on headless services for the fuzz targets of the one-dimensional
-// form, with a check that a failed read leaves nothing behind.
+// A frame on headless services for the fuzz targets of the forms,
+// with a check that a failed read leaves nothing behind.
 
 #include <cstdio>
 #include <cstdlib>
