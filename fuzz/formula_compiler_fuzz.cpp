@@ -32,6 +32,12 @@ class FuzzHost final : public keldo::formula::FormulaHost {
   keldo::formula::GraphTable graphs;
 };
 
+// The words one Eval may run through restarts of its sums. A release build
+// walks some two hundred million words a second and the sanitizers some
+// hundred and fifty times fewer, so that this bound keeps an Eval of the
+// walking machine near a tenth of a second under the time-out of one.
+constexpr long long kEvalWords = 200000;
+
 // The span of the sums a program runs, capped: a budget keeps one input short.
 long long SumSpan(const keldo::formula::FormulaState& state) {
   long long budget = 1;
@@ -62,7 +68,7 @@ void PlaneRun(const std::string& text) {
     ev->dx = 0.125;
     ev->planes[0] = plane;
     ev->planeStride = 9;
-    ev->restartBudget = std::max<long long>(1, 2000000 / static_cast<long long>(state.compiled.program.size() + 1));
+    ev->restartBudget = std::max<long long>(1, kEvalWords / static_cast<long long>(state.compiled.program.size() + 1));
   }
   slow.useTape = false;
   fast.Prepare();
@@ -110,7 +116,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     keldo::formula::BindEvaluator(*ev, state);
     ev->dx = 1.0 / 64;
     ev->graphs = &host.graphs;
-    ev->restartBudget = std::max<long long>(1, 2000000 / static_cast<long long>(state.compiled.program.size() + 1));
+    ev->restartBudget = std::max<long long>(1, kEvalWords / static_cast<long long>(state.compiled.program.size() + 1));
   }
   slow.useTape = false;
   fast.Prepare();

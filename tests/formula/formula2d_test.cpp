@@ -201,3 +201,30 @@ TEST(PlaneFormulas, TextsGrownByTheirParametersAreRefusedInBothLanguages) {
 
 }  // namespace
 }  // namespace keldo
+
+namespace keldo {
+namespace {
+
+// A sum over some 35 million terms, found slow by the plane fuzzer: the
+// program compiles, and a restart budget ends its Eval with kInvalidCall
+// instead of letting it run.
+TEST(PlaneFormulas, ASumOfMillionsOfTermsIsCutByTheRestartBudget) {
+  std::ifstream in(KELDO_SOURCE_DIR "/fuzz/seeds/formula_compiler2/a_sum_of_35_million_terms_in_the_plane.txt",
+                   std::ios::binary);
+  const std::string text((std::istreambuf_iterator<char>(in)), {});
+  ASSERT_FALSE(text.empty());
+  // As the fuzzer's host: 64 points, two graphs, prompts answered "2".
+  PlaneBench plane(64);
+  plane.host.graphCount = 2;
+  for (int k = 0; k < 3; ++k) plane.host.answers.push_back("2");
+  ASSERT_NE(plane.Compile(text), formula::kErrorResult);
+  EXPECT_EQ(plane.state.lower[5], -35716960);
+  EXPECT_EQ(plane.state.upper[5], 0);
+  formula::Evaluator ev = plane.Evaluator(0.125);
+  ev.restartBudget = 1000;
+  ev.Eval2(0, 8, -0.5, 0.5);
+  EXPECT_EQ(ev.fault(), formula::kInvalidCall);
+}
+
+}  // namespace
+}  // namespace keldo
