@@ -32,11 +32,11 @@ class FuzzHost final : public keldo::formula::FormulaHost {
   keldo::formula::GraphTable graphs;
 };
 
-// The words one Eval may run through restarts of its sums. A release build
-// walks some two hundred million words a second and the sanitizers some
-// hundred and fifty times fewer, so that this bound keeps an Eval of the
-// walking machine near a tenth of a second under the time-out of one.
-constexpr long long kEvalWords = 200000;
+// The words one Eval may run through restarts of its sums. The sanitizers
+// walk well under two million words a second, and an input runs six or
+// eight Evals, so that this bound keeps a whole input near a quarter of a
+// second under the time-out of one, even on a loaded machine.
+constexpr long long kEvalWords = 50000;
 
 // The span of the sums a program runs, capped: a budget keeps one input short.
 long long SumSpan(const keldo::formula::FormulaState& state) {
