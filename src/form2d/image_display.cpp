@@ -86,10 +86,10 @@ ViewRange FillRange(const ImageGraph& g) {
   const float lo = g.left, h = g.step;
   r.i0 = std::max(0, Round((g.viewYLow - lo) / h));
   r.i1 = std::min(g.n, Round((g.viewYHigh - lo) / h));
-  r.si = std::max(1, (r.i1 - r.i0) / kMaxSamples);
+  r.si = static_cast<int>(std::max(1LL, (static_cast<long long>(r.i1) - r.i0) / kMaxSamples));
   r.j0 = std::max(0, Round((g.viewXLeft - lo) / h));
   r.j1 = std::min(g.n, Round((g.viewXRight - lo) / h));
-  r.sj = std::max(1, (r.j1 - r.j0) / kMaxSamples);
+  r.sj = static_cast<int>(std::max(1LL, (static_cast<long long>(r.j1) - r.j0) / kMaxSamples));
   return r;
 }
 
@@ -170,7 +170,9 @@ void PaintViewedGraph(const ImageGraph& g, const PixelMatrix& pixels, int side, 
   const int i1 = std::min(limit, Round((g.viewYHigh - lo) / h));
   const int j0 = std::max(0, Round((g.viewXLeft - lo) / h));
   const int j1 = std::min(limit, Round((g.viewXRight - lo) / h));
-  const int si = (i1 - i0) / side, sj = (j1 - j0) / side;
+  // Windows off the grid (a file may hold any) give empty or inverted ranges.
+  const int si = static_cast<int>((static_cast<long long>(i1) - i0) / side);
+  const int sj = static_cast<int>((static_cast<long long>(j1) - j0) / side);
   if (sj >= 1) {
     if (si < 1) return;
     for (int i = i0; i <= i1; i += si)

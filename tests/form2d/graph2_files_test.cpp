@@ -189,6 +189,19 @@ TEST(FormFile2D, NotANumberAndInfiniteFieldsLoadAndDraw) {
     f->Paint(static_cast<int>(p), surface);
   }
   f->Mouse(MouseAction::Move, 0.1, 0.1, MouseButton::None);
+  // A window upside down and far off the grid: the ranges of the fill are
+  // inverted and their lengths exceed an int.
+  const float high = 1e30f, low = -1e30f;
+  std::memcpy(bytes.data() + 37 + 12, &high, 4);  // GraphMax
+  std::memcpy(bytes.data() + 37 + 24, &high, 4);  // ViewYLow
+  std::memcpy(bytes.data() + 37 + 28, &low, 4);   // ViewYHigh
+  WriteBytes(dir / "off.kd2", std::string(bytes.begin(), bytes.end()));
+  Graph2Form* g = FormAs<Graph2Form>(t.frame.OpenFormFile(FormKind::Graph2, dir / "off.kd2", "off.kd2"));
+  ASSERT_NE(g, nullptr);
+  for (std::size_t p = 0; p < g->Pictures().size(); ++p) {
+    platform::RasterSurface surface(64, 64);
+    g->Paint(static_cast<int>(p), surface);
+  }
 }
 
 TEST(FormFile2D, AFailedSaveReports36) {
