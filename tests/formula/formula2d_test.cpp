@@ -228,3 +228,38 @@ TEST(PlaneFormulas, ASumOfMillionsOfTermsIsCutByTheRestartBudget) {
 
 }  // namespace
 }  // namespace keldo
+
+namespace keldo {
+namespace {
+
+// A text of some 400 bytes whose parameters grow it into a program of tens
+// of thousands of words, found slow by the fuzzer under the sanitizers: it
+// compiles, and the linked tape agrees with the walk over it bit for bit.
+TEST(Formulas, AProgramGrownToTensOfThousandsOfWordsRunsTheSameOnTapeAndWalk) {
+  std::ifstream in(KELDO_SOURCE_DIR "/fuzz/seeds/formula_compiler/a_program_of_45000_words.txt", std::ios::binary);
+  const std::string text((std::istreambuf_iterator<char>(in)), {});
+  ASSERT_FALSE(text.empty());
+  FormulaBench line;
+  line.host.points = 64;
+  line.host.graphCount = 2;
+  for (int k = 0; k < 3; ++k) line.host.answers.push_back("2");
+  ASSERT_NE(line.Compile(text), formula::kErrorResult);
+  EXPECT_GT(line.state.compiled.program.size(), 40000u);
+  formula::Evaluator fast, slow;
+  for (formula::Evaluator* ev : {&fast, &slow}) {
+    formula::BindEvaluator(*ev, line.state);
+    ev->dx = 1.0 / 64;
+    ev->graphs = &line.host.graphs;
+  }
+  slow.useTape = false;
+  fast.Prepare();
+  slow.Prepare();
+  for (double x : {-0.5, 0.25}) {
+    const double f = fast.Eval(3, x), w = slow.Eval(3, x);
+    EXPECT_EQ(fast.fault(), slow.fault());
+    EXPECT_EQ(std::memcmp(&f, &w, sizeof f), 0) << f << " " << w;
+  }
+}
+
+}  // namespace
+}  // namespace keldo
