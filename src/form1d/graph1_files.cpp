@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "kit/form_context.h"
+#include "kit/form_file.h"
 #include "kit/formula_file.h"
 #include "kit/typed_forms.h"
 #include "common/file_io.h"
@@ -31,21 +32,10 @@ std::string FromFile(const std::string& text) { return formula::FromAnsiText(tex
 // ------------------------------------------------------------- form files
 
 void Graph1Form::SaveTheForm(int choice) {
-  std::string path = fileName_;
-  if (choice == 0 || path.empty()) {
-    const auto chosen = context_.services().fileDialog->Run({platform::FileDialogMode::Save, "Save form", kFormFilter, 1,
-                                                           platform::kFlagsSaveDialog, ".kd1", context_.Folder("figures")});
-    if (!chosen) return;
-    path = chosen->path;
-  }
-  context_.ShowBusy();
-  const bool saved = SaveFormTo(path);
-  context_.ShowIdle();
-  if (!saved) {
-    context_.ShowError(36);
-    return;
-  }
-  fileName_ = path;
+  const std::optional<std::string> path = SaveFormFile(context_, fileName_, choice == 0, kFormFilter, ".kd1",
+                                                       [this](const std::string& p) { return SaveFormTo(p); });
+  if (!path) return;
+  fileName_ = *path;
   controls_.SetEnabled("mnuOpenSave(4)", true);
   Touch();
 }

@@ -13,6 +13,7 @@
 #include "form2d/image_files.h"
 #include "formula/formula_text.h"
 #include "kit/form_context.h"
+#include "kit/form_file.h"
 #include "kit/settings.h"
 #include "kit/typed_forms.h"
 #include "platform/file_dialog.h"
@@ -44,6 +45,30 @@ ColorMethod ColorMethodOf(char c) {
 
 Intensity IntensityOf(char c) { return c == 'L' ? kLog : c == 'W' ? kLinLog : kLinear; }
 
+struct ChosenGraphFile {
+  std::string path;
+  int type = kFileData;
+};
+
+// The dialog of a data file or, with `image`, of a picture: the image
+// dialogs start at the last image filter, shared through the frame, and
+// number file types from the filter index plus 1. The folder is remembered.
+std::optional<ChosenGraphFile> GraphFileDialog(FormContext& context, bool image, bool save) {
+  const int folder = image ? kFolderImages : kFolderData;
+  std::string& filter = context.settings().captions[kImageFilterSetting];
+  const int lastFilter = std::clamp(filter.empty() ? 1 : std::atoi(filter.c_str()), 1, 8);
+  const char* title = save ? (image ? "Save image" : "Save graph") : (image ? "Open image file" : "Open data file");
+  const char* filters = image ? (save ? kSaveImageFilter : kLoadImageFilter) : (save ? kSaveDataFilter : kLoadDataFilter);
+  const auto chosen = context.services().fileDialog->Run(
+      {save ? platform::FileDialogMode::Save : platform::FileDialogMode::Open, title, filters, image ? lastFilter : 1,
+       save ? platform::kFlagsSaveDialog : platform::kFlagFileMustExist, save && !image ? ".kb2" : "",
+       context.DialogFolder(folder, image ? "Images" : "Data")});
+  if (!chosen) return std::nullopt;
+  if (image) filter = std::to_string(chosen->filterIndex);
+  context.RememberDialogFolder(folder, chosen->path);
+  return ChosenGraphFile{chosen->path, image ? chosen->filterIndex + 1 : kFileData};
+}
+
 }  // namespace
 
 int FileTypeOfName(const std::string& path) {
@@ -57,21 +82,10 @@ int FileTypeOfName(const std::string& path) {
 // ------------------------------------------------------------- form files
 
 void Graph2Form::SaveTheForm(int asKnown) {
-  std::string path = fileName_;
-  if (asKnown == 0 || path.empty()) {
-    const auto chosen = context_.services().fileDialog->Run({platform::FileDialogMode::Save, "Save form", kFormFilter, 1,
-                                                           platform::kFlagsSaveDialog, ".kd2", context_.DialogFolder(kFolderForms, "figures")});
-    if (!chosen) return;
-    path = chosen->path;
-  }
-  context_.ShowBusy();
-  const bool saved = SaveFormTo(path);
-  context_.ShowIdle();
-  if (!saved) {
-    context_.ShowError(36);
-    return;
-  }
-  fileName_ = path;
+  const std::optional<std::string> path = SaveFormFile(context_, fileName_, asKnown == 0, kFormFilter, ".kd2",
+                                                       [this](const std::string& p) { return SaveFormTo(p); });
+  if (!path) return;
+  fileName_ = *path;
   controls_.SetEnabled("mnuSaveForm", true);
   controls_.SetEnabled("mnuSaveGraphImage", true);
   Touch();
@@ -88,7 +102,6 @@ bool Graph2Form::SaveFormTo(const std::string& path) {
   r.points = n_;
   r.view = viewSize_;
   r.selected = static_cast<std::int16_t>(popUpGraph_);
-  const std::size_t side = static_cast<std::size_t>(n_) + 1;
   for (int g = 0; g < graphCount_; ++g) {
     const GraphLook& look = looks_[static_cast<std::size_t>(g)];
     StoredImageGraph s;
@@ -106,9 +119,7 @@ bool Graph2Form::SaveFormTo(const std::string& path) {
     s.drawWidths = static_cast<std::int16_t>(look.drawWidths);
     s.caption = ToFile(look.caption);
     s.thresholdText = ToFile(look.thresholdText);
-    s.samples.resize(side * side);
-    const float* v = GraphValues(g);
-    for (std::size_t i = 0; i < side; ++i) std::copy_n(v + i * Stride(), side, s.samples.begin() + static_cast<std::ptrdiff_t>(i * side));
+    s.samples = PackedSamples(g);
     r.graphs.push_back(std::move(s));
     r.linReg.push_back(static_cast<std::int16_t>(look.linReg));
   }
@@ -194,20 +205,9 @@ void Graph2Form::OpenTheForm() {
 // ------------------------------------------------------ data and pictures
 
 void Graph2Form::SaveTheGraph(int kind) {
-  const bool image = kind == 2;
-  const int folder = image ? kFolderImages : kFolderData;
-  std::string& filter = context_.settings().captions[kImageFilterSetting];
-  const int lastFilter = std::clamp(filter.empty() ? 1 : std::atoi(filter.c_str()), 1, 8);
-  const auto chosen = context_.services().fileDialog->Run(
-      {platform::FileDialogMode::Save, image ? "Save image" : "Save graph", image ? kSaveImageFilter : kSaveDataFilter,
-       image ? lastFilter : 1, platform::kFlagsSaveDialog, image ? "" : ".kb2",
-       context_.DialogFolder(folder, image ? "Images" : "Data")});
-  if (!chosen) return;
-  if (image) filter = std::to_string(chosen->filterIndex);
-  context_.RememberDialogFolder(folder, chosen->path);
-  const int type = image ? chosen->filterIndex + 1 : kFileData;
-  if (popUpGraph_ >= graphCount_) return;
-  SaveFunctionFile(chosen->path, popUpGraph_, type);
+  const std::optional<ChosenGraphFile> chosen = GraphFileDialog(context_, kind == 2, true);
+  if (!chosen || popUpGraph_ >= graphCount_) return;
+  SaveFunctionFile(chosen->path, popUpGraph_, chosen->type);
 }
 
 bool Graph2Form::SaveFunctionFile(const std::string& path, int g, int type) {
@@ -224,10 +224,7 @@ bool Graph2Form::SaveFunctionFile(const std::string& path, int g, int type) {
     r.left = GraphLeft(g);
     r.right = GraphRight(g);
     r.colorMethod = looks_[static_cast<std::size_t>(g)].colorMethod;
-    const std::size_t side = static_cast<std::size_t>(n_) + 1;
-    r.samples.resize(side * side);
-    for (std::size_t i = 0; i < side; ++i)
-      std::copy_n(GraphValues(g) + i * Stride(), side, r.samples.begin() + static_cast<std::ptrdiff_t>(i * side));
+    r.samples = PackedSamples(g);
     saved = WriteFileBytes(path, WriteKb2(r));
   } else {
     saved = SaveImageFile2(path, g, type);
@@ -237,21 +234,14 @@ bool Graph2Form::SaveFunctionFile(const std::string& path, int g, int type) {
   return saved;
 }
 
-std::vector<std::uint8_t> Graph2Form::ImageBytesOf(int g) const {
-  const GraphLook& look = looks_[static_cast<std::size_t>(g)];
-  ImageView v;
-  v.points = n_;
-  v.samples = GraphValues(g);
-  v.stride = Stride();
-  v.left = GraphLeft(g);
-  v.right = GraphRight(g);
-  v.step = GraphStep(g);
-  v.viewXLeft = look.viewXLeft;
-  v.viewXRight = look.viewXRight;
-  v.viewYLow = look.viewYLow;
-  v.viewYHigh = look.viewYHigh;
-  v.threshold = look.threshold;
-  return ImageBytes(v);
+std::vector<std::uint8_t> Graph2Form::ImageBytesOf(int g) const { return ImageBytes(Image(g)); }
+
+std::vector<float> Graph2Form::PackedSamples(int g) const {
+  const std::size_t side = static_cast<std::size_t>(n_) + 1;
+  std::vector<float> out(side * side);
+  for (std::size_t i = 0; i < side; ++i)
+    std::copy_n(GraphValues(g) + i * Stride(), side, out.begin() + static_cast<std::ptrdiff_t>(i * side));
+  return out;
 }
 
 bool Graph2Form::SaveImageFile2(const std::string& path, int g, int type) {
@@ -286,18 +276,8 @@ bool Graph2Form::SaveImageFile2(const std::string& path, int g, int type) {
 }
 
 void Graph2Form::LoadTheGraph(int kind) {
-  const bool image = kind == 2;
-  const int folder = image ? kFolderImages : kFolderData;
-  std::string& filter = context_.settings().captions[kImageFilterSetting];
-  const int lastFilter = std::clamp(filter.empty() ? 1 : std::atoi(filter.c_str()), 1, 8);
-  const auto chosen = context_.services().fileDialog->Run(
-      {platform::FileDialogMode::Open, image ? "Open image file" : "Open data file",
-       image ? kLoadImageFilter : kLoadDataFilter, image ? lastFilter : 1, platform::kFlagFileMustExist, "",
-       context_.DialogFolder(folder, image ? "Images" : "Data")});
-  if (!chosen) return;
-  if (image) filter = std::to_string(chosen->filterIndex);
-  context_.RememberDialogFolder(folder, chosen->path);
-  LoadFunction(chosen->path, image ? chosen->filterIndex + 1 : kFileData);
+  const std::optional<ChosenGraphFile> chosen = GraphFileDialog(context_, kind == 2, false);
+  if (chosen) LoadFunction(chosen->path, chosen->type);
 }
 
 bool Graph2Form::LoadDataFile(const std::string& path, const std::string&) {

@@ -221,6 +221,8 @@ class Graph2Form final : public Form, private formula::FormulaHost {
   std::size_t Stride() const { return static_cast<std::size_t>(n_) + 1 + kMargin; }
   bool SaveFormTo(const std::string& path);
   bool SaveImageFile2(const std::string& path, int g, int type);
+  // Graph g's (N+1) by (N+1) samples without the margin, row by row.
+  std::vector<float> PackedSamples(int g) const;
   void BuildControls();
   void BuildTransformControls();
   // The tool tips that name N or its exponent.

@@ -148,14 +148,14 @@ std::optional<Kb2Record> ReadKb2(const std::vector<std::uint8_t>& bytes) {
 
 // ------------------------------------------------------------------ images
 
-std::vector<std::uint8_t> ImageBytes(const ImageView& v) {
-  const int n = v.points;
+std::vector<std::uint8_t> ImageBytes(const ImageGraph& v) {
+  const int n = v.n;
   std::vector<std::uint8_t> out(static_cast<std::size_t>(n) * static_cast<std::size_t>(n), 0);
   const float lo = -v.right;
   for (int r = 0; r < n; ++r) {
     const float y = static_cast<float>(r) * v.step + lo;
     const bool rowIn = y >= v.viewYLow && y <= v.viewYHigh;
-    const float* row = v.samples + static_cast<std::size_t>(r) * v.stride;
+    const float* row = v.data + static_cast<std::size_t>(r) * v.rowLength;
     for (int c = 0; c < n; ++c) {
       const float x = static_cast<float>(c) * v.step + lo;
       const float s = row[c];

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "form2d/image_display.h"
 #include "platform/image.h"
 
 namespace keldo::form2d {
@@ -79,15 +80,7 @@ std::optional<Kb2Record> ReadKb2(const std::vector<std::uint8_t>& bytes);
 // first. A byte is 0 unless the point lies in the view window (inclusive)
 // and its sample v has |v| above the threshold and v above 0; it is then
 // floor(|v| + 0.5) kept modulo 256. Row and column N are not written.
-struct ImageView {
-  int points = 0;
-  const float* samples = nullptr;
-  std::size_t stride = 0;
-  float left = 0, right = 0, step = 0;
-  float viewXLeft = 0, viewXRight = 0, viewYLow = 0, viewYHigh = 0;
-  float threshold = 0;
-};
-std::vector<std::uint8_t> ImageBytes(const ImageView& view);
+std::vector<std::uint8_t> ImageBytes(const ImageGraph& graph);
 
 // The PGM this program writes: "P5", N, blank, N, "255", then the rows top
 // first.

@@ -303,10 +303,10 @@ TEST(Image2D, NegativeSamplesAreBlackAndValuesAbove255Wrap) {
 
 TEST(Image2D, AZoomedGraphSavesBlackOutsideItsWindow) {
   std::vector<float> samples(65 * 65, 100.0f);
-  form2d::ImageView v;
-  v.points = 64;
-  v.samples = samples.data();
-  v.stride = 65;
+  form2d::ImageGraph v;
+  v.n = 64;
+  v.data = samples.data();
+  v.rowLength = 65;
   v.left = -0.5f;
   v.right = 0.5f;
   v.step = 1.0f / 64;

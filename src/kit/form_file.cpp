@@ -1,0 +1,31 @@
+#include "kit/form_file.h"
+
+#include "kit/form_context.h"
+#include "kit/settings.h"
+#include "platform/file_dialog.h"
+#include "platform/services.h"
+
+namespace keldo {
+
+std::optional<std::string> SaveFormFile(FormContext& context, const std::string& knownPath, bool askForName,
+                                        const char* filter, const char* extension,
+                                        const std::function<bool(const std::string&)>& write) {
+  std::string path = knownPath;
+  if (askForName || path.empty()) {
+    const auto chosen = context.services().fileDialog->Run({platform::FileDialogMode::Save, "Save form", filter, 1,
+                                                          platform::kFlagsSaveDialog, extension,
+                                                          context.DialogFolder(kFolderForms, "figures")});
+    if (!chosen) return std::nullopt;
+    path = chosen->path;
+  }
+  context.ShowBusy();
+  const bool saved = write(path);
+  context.ShowIdle();
+  if (!saved) {
+    context.ShowError(36);
+    return std::nullopt;
+  }
+  return path;
+}
+
+}  // namespace keldo
