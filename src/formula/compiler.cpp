@@ -69,6 +69,20 @@ bool IsFunctionIn(char c, bool twoDimensional) {
 }
 bool IsNumberChar(char c) { return NumberCharacters().find(c) != std::string_view::npos; }
 
+// Puts `mark` between every pair of neighbours (a, b) of the text for which
+// `test` holds, from the pair that ends at `first` on. The pairs are those of
+// the text before any mark went in, and the text is rebuilt once.
+template <class Test>
+void MarkBetween(std::string& text, char mark, std::size_t first, const Test& test) {
+  std::string out;
+  out.reserve(text.size() + text.size() / 4 + 4);
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (i >= first && test(text[i - 1], text[i])) out.push_back(mark);
+    out.push_back(text[i]);
+  }
+  text = std::move(out);
+}
+
 bool IsLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
 
 // A function character typed by the user, followed by "(", means the function
@@ -589,12 +603,7 @@ bool Compiler::COMBG(std::string t, bool allowP) {
   const bool plane = s_.twoDimensional;
   const auto isFunction = [plane](char c) { return IsFunctionIn(c, plane); };
   // Unary signs: a sign after "(" or a function character gets a 0 before it.
-  for (std::size_t i = 1; i < t.size(); ++i) {
-    if ((t[i] == '+' || t[i] == '-') && (t[i - 1] == '(' || isFunction(t[i - 1]))) {
-      t.insert(i, 1, '0');
-      ++i;
-    }
-  }
+  MarkBetween(t, '0', 1, [&](char a, char b) { return (b == '+' || b == '-') && (a == '(' || isFunction(a)); });
   // Implied multiplication.
   // The two-dimensional sets read Y after X and the graph variables last.
   const std::string states(StateCharacters());
@@ -603,18 +612,8 @@ bool Compiler::COMBG(std::string t, bool allowP) {
   const std::string setB = "X" + y + "(IJKNPQ" + states + std::string(FunctionCharacters()) + graphs;
   const std::string setC = ")X" + y + "IJKNPQ" + states + graphs;
   if (t != "(X" + y + "IJKNPQ" + states + graphs) {
-    for (std::size_t i = 1; i < t.size(); ++i) {
-      if (Contains(setA, t[i - 1]) && Contains(setB, t[i])) {
-        t.insert(i, 1, '*');
-        ++i;
-      }
-    }
-    for (std::size_t i = 1; i + 1 < t.size(); ++i) {
-      if (Contains(setC, t[i]) && (t[i + 1] == '.' || IsNumberChar(t[i + 1]))) {
-        t.insert(i + 1, 1, '*');
-        ++i;
-      }
-    }
+    MarkBetween(t, '*', 1, [&](char a, char b) { return Contains(setA, a) && Contains(setB, b); });
+    MarkBetween(t, '*', 2, [&](char a, char b) { return Contains(setC, a) && (b == '.' || IsNumberChar(b)); });
   }
   // Depth map: a group's opening character carries the inner depth, its
   // closing ")" the outer one.
@@ -632,16 +631,26 @@ bool Compiler::COMBG(std::string t, bool allowP) {
   const std::size_t p = t.find('P');
   if (p != std::string::npos && p + 1 != t.size() && !allowP) return false;
 
+  // A group is the run of characters of one depth from its opening character
+  // to its closing ")", with the deeper groups inside it taken out (each of
+  // them leaves its ")" behind as an operand). One pass sorts every character
+  // into the group it belongs to; the groups of a depth stand left to right.
+  std::vector<std::vector<std::string>> groupsAt(static_cast<std::size_t>(deepest) + 1);
+  std::vector<int> closersAt(static_cast<std::size_t>(deepest) + 1, 0);
+  groupsAt[0].emplace_back(t.empty() ? std::string() : std::string(1, t[0]));
+  for (std::size_t i = 1; i < t.size(); ++i) {
+    const auto level = static_cast<std::size_t>(map[i]);
+    if (t[i] == ')') ++closersAt[level];
+    std::vector<std::string>& at = groupsAt[level];
+    if (level > 0 && (t[i] == '(' || isFunction(t[i]))) at.emplace_back();
+    at.back().push_back(t[i]);
+  }
+
   CompiledFormula out;
   out.pool.reserve(t.size() + 2);
   out.pool.push_back(0.0);  // entry 0 is unused
   int maxGroups = 1;
-  for (int level = 0; level < deepest; ++level) {
-    int closers = 0;
-    for (std::size_t i = 0; i < t.size(); ++i)
-      if (t[i] == ')' && map[i] == level) ++closers;
-    maxGroups = std::max(maxGroups, closers);
-  }
+  for (int level = 0; level < deepest; ++level) maxGroups = std::max(maxGroups, closersAt[static_cast<std::size_t>(level)]);
   std::vector<std::int32_t>& prog = out.program;
   prog.reserve(9 * t.size() + 2 * static_cast<std::size_t>(deepest) + 16);
   prog.assign(4, 0);
@@ -651,27 +660,13 @@ bool Compiler::COMBG(std::string t, bool allowP) {
   const std::string fnChars = "(" + std::string(FunctionCharacters());
   std::vector<int> ops;
   std::vector<std::string> operands;
+  const std::string none;
   for (int level = deepest; level >= 0; --level) {
-    int groups = 1;
-    if (level > 0) {
-      groups = 0;
-      for (std::size_t i = 0; i < t.size(); ++i)
-        if (t[i] == ')' && map[i] == level - 1) ++groups;
-    }
+    const int groups = level > 0 ? closersAt[static_cast<std::size_t>(level) - 1] : 1;
+    const std::vector<std::string>& found = groupsAt[static_cast<std::size_t>(level)];
     prog.push_back(groups);
     for (int g = 0; g < groups; ++g) {
-      std::string group;
-      if (level == 0) {
-        group = t;
-      } else {
-        std::size_t start = 0;
-        while (start < map.size() && map[start] != level) ++start;
-        std::size_t end = start;
-        while (end < map.size() && map[end] == level) ++end;
-        group = t.substr(start, end - start);
-        t.erase(start, end - start);
-        map.erase(map.begin() + static_cast<std::ptrdiff_t>(start), map.begin() + static_cast<std::ptrdiff_t>(end));
-      }
+      const std::string& group = static_cast<std::size_t>(g) < found.size() ? found[static_cast<std::size_t>(g)] : none;
       ops.clear();
       operands.assign(1, std::string());
       for (std::size_t i = 1; i < group.size(); ++i) {
