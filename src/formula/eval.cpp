@@ -1,5 +1,6 @@
 #include "formula/eval.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "platform/random.h"
@@ -21,6 +22,36 @@ double NextSingle(platform::Random* random) {
   float r = static_cast<float>(random->Next());
   if (r >= 1.0f) r = std::nextafter(1.0f, 0.0f);
   return static_cast<double>(r);
+}
+
+// The places at which the operators of one group apply, given the order in
+// which they apply by their first places 1..n: after each step the stack
+// closes up, so a later operator's place falls by one for every earlier one
+// that stood left of it. When the order is a permutation that count comes
+// from a Fenwick tree; otherwise the places are lowered step by step.
+void CompactedPlaces(const std::int32_t* order, int n, std::int32_t* places, std::vector<std::int32_t>& tree) {
+  tree.assign(static_cast<std::size_t>(n) + 1, 0);
+  bool permutation = true;
+  for (int m = 0; m < n && permutation; ++m) {
+    const std::int32_t o = order[m];
+    if (o < 1 || o > n || tree[static_cast<std::size_t>(o)] != 0) permutation = false;
+    else tree[static_cast<std::size_t>(o)] = 1;
+  }
+  if (!permutation) {
+    for (int m = 0; m < n; ++m) places[m] = order[m];
+    for (int m = 0; m < n; ++m)
+      for (int k = m + 1; k < n; ++k)
+        if (places[k] > places[m]) --places[k];
+    return;
+  }
+  std::fill(tree.begin(), tree.end(), 0);
+  for (int m = 0; m < n; ++m) {
+    const std::int32_t o = order[m];
+    int before = 0;
+    for (std::int32_t i = o - 1; i > 0; i -= i & -i) before += tree[static_cast<std::size_t>(i)];
+    places[m] = o - before;
+    for (std::int32_t i = o; i <= n; i += i & -i) ++tree[static_cast<std::size_t>(i)];
+  }
 }
 
 }  // namespace
@@ -65,7 +96,31 @@ void Evaluator::Prepare() {
   previous_.assign(groups + 1, 0.0);
   tape_.clear();
   registers_.clear();
+  LinkOrder();
   if (useTape) LinkTape();
+}
+
+void Evaluator::LinkOrder() {
+  applied_.clear();
+  if (formula == nullptr || formula->program.size() < 5) return;
+  const std::vector<std::int32_t>& p = formula->program;
+  std::vector<std::int32_t> places(p.size(), 0), tree;
+  std::size_t read = 4;
+  for (int level = p[2]; level >= 0; --level) {
+    if (read >= p.size()) return;
+    const std::int32_t groups = p[read++];
+    for (std::int32_t g = 0; g < groups; ++g) {
+      if (read + 2 > p.size()) return;
+      const std::int32_t nOps = p[read];
+      read += 2;
+      // The first operand, the operator and operand pairs, then the order.
+      if (nOps < 0 || p.size() - read < 1 + 3 * static_cast<std::size_t>(nOps)) return;
+      read += 1 + 2 * static_cast<std::size_t>(nOps);
+      CompactedPlaces(p.data() + read, nOps, places.data() + read, tree);
+      read += static_cast<std::size_t>(nOps);
+    }
+  }
+  applied_ = std::move(places);
 }
 
 namespace {
@@ -88,7 +143,7 @@ void Evaluator::LinkTape() {
   };
   std::size_t read = 4, constant = 1;
   const auto next = [&]() -> std::int32_t { return read < p.size() ? p[read++] : -1; };
-  std::vector<std::int32_t> previous, current, positions, sequence, ops;
+  std::vector<std::int32_t> previous, current, positions, ops;
   bool sums = false;
   const int depth = p[2];
   for (int level = depth; level >= 0; --level) {
@@ -133,11 +188,12 @@ void Evaluator::LinkTape() {
         }
         positions.push_back(reg);
       }
-      sequence.assign(1, 0);
-      for (int k = 1; k <= nOps; ++k) sequence.push_back(next());
-      // The order of application, with the compaction done here once.
+      if (applied_.size() != p.size() || p.size() - read < static_cast<std::size_t>(nOps)) return;
+      const std::size_t order = read;
+      read += static_cast<std::size_t>(nOps);
+      // The order of application, at the places worked out once.
       for (int m = 1; m <= nOps; ++m) {
-        const int at = sequence[static_cast<std::size_t>(m)];
+        const int at = applied_[order + static_cast<std::size_t>(m) - 1];
         if (at < 1 || at > static_cast<int>(positions.size()) - 1) return;
         const std::int32_t dst = fresh(0.0);
         tape.push_back({ops[static_cast<std::size_t>(at)], 0, dst, positions[static_cast<std::size_t>(at - 1)],
@@ -145,8 +201,6 @@ void Evaluator::LinkTape() {
         positions[static_cast<std::size_t>(at - 1)] = dst;
         positions.erase(positions.begin() + at);
         ops.erase(ops.begin() + at);
-        for (int k = m + 1; k <= nOps; ++k)
-          if (sequence[static_cast<std::size_t>(k)] > at) --sequence[static_cast<std::size_t>(k)];
       }
       const std::int32_t value = positions[0];
       std::int32_t result = value;
@@ -460,6 +514,7 @@ double Evaluator::EvalProgram(int index, double x) {
   std::int32_t* sequence = order_.data();
   double* results = results_.data();
   double* previous = previous_.data();
+  const std::int32_t* applied = applied_.size() == formula->program.size() ? applied_.data() : nullptr;
   long long restarts = 0;
 
 restart:
@@ -491,10 +546,15 @@ restart:
           if (Operand(code, index, x, constant, v)) stack[k + 1] = v;
         }
       }
-      for (int k = 1; k <= nOps; ++k) sequence[k] = p[read++];
+      // The operators' places in the compacted stack, worked out once when
+      // the program could be read, else lowered here after each step.
+      const std::int32_t* places = applied ? applied + read : nullptr;
+      if (places == nullptr)
+        for (int k = 1; k <= nOps; ++k) sequence[k] = p[read + static_cast<std::size_t>(k) - 1];
+      read += static_cast<std::size_t>(nOps);
       // Apply the operators in their order, compacting the stack in place.
       for (int m = 1; m <= nOps; ++m) {
-        const int at = sequence[m];
+        const int at = places != nullptr ? places[m - 1] : sequence[m];
         const double a = stack[at];
         const double b = stack[at + 1];
         double r;
@@ -532,12 +592,14 @@ restart:
           return 0.0;
         }
         stack[at] = r;
-        for (int k = m + 1; k <= nOps; ++k)
-          if (sequence[k] > at) --sequence[k];
+        if (places == nullptr)
+          for (int k = m + 1; k <= nOps; ++k)
+            if (sequence[k] > at) --sequence[k];
+        // Close up: the entries right of the operator move one place left.
         const int live = nOps - m + 1;
-        for (int q = at; q < live; ++q) {
-          opcodes[q] = opcodes[q + 1];
-          stack[q + 1] = stack[q + 2];
+        if (at < live) {
+          std::copy(opcodes + at + 1, opcodes + live + 1, opcodes + at);
+          std::copy(stack + at + 2, stack + live + 2, stack + at + 1);
         }
       }
       // The enclosing function.

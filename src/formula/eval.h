@@ -112,6 +112,10 @@ class Evaluator {
   // The tape serves this call: linked, and every sum's bounds in order.
   bool TapeRuns() const;
   void LinkTape();
+  // Works out once, for every group, the place in the compacted stack at
+  // which each of its operators applies (the walk would otherwise lower the
+  // later places after each step). Left empty for a program it cannot read.
+  void LinkOrder();
 
   // One instruction of the tape: 1 to 14 the binary opcodes, then the rest.
   enum TapeOp : std::int32_t { kTapeFunction = 20, kTapeCheck, kTapeState, kTapeSlot, kTapeSum };
@@ -124,6 +128,9 @@ class Evaluator {
   bool tapeHasSums_ = false;
   std::vector<double> stack_, results_, previous_;
   std::vector<std::int32_t> opcodes_, order_;
+  // By program word: at an operator's order word, its place in the
+  // compacted stack when it applies.
+  std::vector<std::int32_t> applied_;
   int fault_ = kNoFault;
   int running_[6] = {};
   double y_ = 0.0;

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <random>
 
 #include "formula/formula_text.h"
@@ -248,6 +249,33 @@ TEST(Compile, ProgramLayoutOfASmallFormula) {
                                                1, 0, 3, 1,          // level 1: SIN(X)
                                                1, 1, 0, 2, 10, 0, 1};  // level 0: ")" + 1
   EXPECT_EQ(nested.state.compiled.program, twoLevels);
+}
+
+TEST(Compile, AGroupOfThousandsOfOperatorsRunsTheSameOnTapeAndWalk) {
+  // One flat group of 6,000 operators: the places at which its operators
+  // apply in the closing-up stack are worked out once, and the walk and the
+  // tape must both give the sum as written.
+  std::string text = "0";
+  double expected = 0.0;
+  const double x = 0.5;
+  for (int k = 1; k <= 1500; ++k) {
+    text += (k % 3 == 0 ? "-" : "+") + std::to_string(k) + "*X^2/7";
+    expected += (k % 3 == 0 ? -1.0 : 1.0) * k * x * x / 7.0;
+  }
+  FormulaBench b;
+  ASSERT_NE(b.Compile(text), kErrorResult);
+  EXPECT_EQ(b.state.compiled.program[1], 6000);
+  double values[2];
+  for (const bool tape : {false, true}) {
+    formula::Evaluator ev;
+    formula::BindEvaluator(ev, b.state);
+    ev.useTape = tape;
+    ev.Prepare();
+    values[tape] = ev.Eval(0, x);
+    EXPECT_EQ(ev.fault(), 0);
+  }
+  EXPECT_NEAR(values[0], expected, 1e-9 * std::fabs(expected));
+  EXPECT_EQ(std::memcmp(&values[0], &values[1], sizeof(double)), 0);
 }
 
 TEST(Compile, FormulasWithFAreRefused) {
