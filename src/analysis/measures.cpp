@@ -89,12 +89,17 @@ std::vector<double> Derivative(const Sampled& g) {
 }
 
 bool ComputeStatistics(const Sampled& g, const std::vector<bool>& inside, Statistics& s) {
+  std::vector<double> values;
+  for (int i = 0; i <= g.n; ++i)
+    if (inside[static_cast<std::size_t>(i)]) values.push_back(g.y[i]);
+  return StatisticsOf(values, s);
+}
+
+bool StatisticsOf(std::span<const double> values, Statistics& s) {
   double sum = 0.0;
   bool first = true;
   s = Statistics{};
-  for (int i = 0; i <= g.n; ++i) {
-    if (!inside[static_cast<std::size_t>(i)]) continue;
-    const double y = g.y[i];
+  for (const double y : values) {
     ++s.count;
     sum += y;
     s.energy += y * y;
@@ -105,9 +110,7 @@ bool ComputeStatistics(const Sampled& g, const std::vector<bool>& inside, Statis
   if (s.count < 2) return false;
   s.mean = sum / s.count;
   double ss = 0.0, dim = 0.0;
-  for (int i = 0; i <= g.n; ++i) {
-    if (!inside[static_cast<std::size_t>(i)]) continue;
-    const double y = g.y[i];
+  for (const double y : values) {
     ss += (y - s.mean) * (y - s.mean);
     if (y * y > 0) dim -= 2 * y * y * std::log(std::fabs(y));
   }
@@ -117,34 +120,68 @@ bool ComputeStatistics(const Sampled& g, const std::vector<bool>& inside, Statis
   return true;
 }
 
-std::string StatisticsReport(const Statistics& s) {
+std::string StatisticsReport(const Statistics& s, const char* countLabel) {
   const std::pair<const char*, double> lines[] = {
       {"Maximum = ", s.maximum},  {"Minimum = ", s.minimum}, {"Mean = ", s.mean},
       {"Variance = ", s.variance}, {"Std. Dev. = ", s.stdDev}, {"Energy = ", s.energy},
-      {"Number of samples = ", static_cast<double>(s.count)}, {"Theoretical Dim = ", s.dimension}};
+      {countLabel, static_cast<double>(s.count)}, {"Theoretical Dim = ", s.dimension}};
   std::string report;
   for (const auto& [label, value] : lines) report += label + PlainNumber(value) + "\r\n";
   return report;
 }
 
 std::vector<double> Histogram(const Sampled& g, int levels, bool signBit, bool zeros, double& entropy, double& max) {
-  std::vector<double> magnitudes(static_cast<std::size_t>(g.n) + 1);
-  for (int i = 0; i <= g.n; ++i) magnitudes[static_cast<std::size_t>(i)] = std::fabs(g.y[i]);
-  max = wavelet::WaveletMaximum(g.n, magnitudes.data());
-  const double width = signBit ? 2 * max / levels : max / levels;
-  std::vector<double> h(static_cast<std::size_t>(levels) + 1, 0.0);
-  int counted = 0;
-  for (int i = 0; i <= g.n; ++i) {
-    if (g.y[i] == 0.0 && !zeros) continue;
-    const int bin = signBit ? wavelet::NQuant(g.y[i], -max, width) : wavelet::NQuant(std::fabs(g.y[i]), 0.0, width);
-    h[static_cast<std::size_t>(std::clamp(bin, 0, levels - 1))] += 1;
+  return HistogramOf(std::span<const double>(g.y, static_cast<std::size_t>(g.n) + 1), levels, signBit, zeros, entropy,
+                     max);
+}
+
+namespace {
+
+// Counts values into `bins` bins of `width` from -max (signed) or from 0
+// (magnitudes), an index past the last going into the last; `entropy` is
+// sum -p log2 p over the counted values. Returns the number counted.
+long long CountBins(std::span<const double> values, bool signBit, bool zeros, double max, double width,
+                    std::vector<double>& h, double& entropy) {
+  const int bins = static_cast<int>(h.size()) - 1;
+  long long counted = 0;
+  for (const double y : values) {
+    if (y == 0.0 && !zeros) continue;
+    const int bin = signBit ? wavelet::NQuant(y, -max, width) : wavelet::NQuant(std::fabs(y), 0.0, width);
+    h[static_cast<std::size_t>(std::clamp(bin, 0, bins - 1))] += 1;
     ++counted;
   }
   entropy = 0.0;
-  for (int k = 0; k < levels; ++k) {
-    const double p = counted > 0 ? h[static_cast<std::size_t>(k)] / counted : 0.0;
+  for (int k = 0; k < bins; ++k) {
+    const double p = counted > 0 ? h[static_cast<std::size_t>(k)] / static_cast<double>(counted) : 0.0;
     if (p > 0) entropy -= p * std::log2(p);
   }
+  return counted;
+}
+
+double LargestMagnitude(std::span<const double> values) {
+  std::vector<double> magnitudes(values.size());
+  for (std::size_t i = 0; i < values.size(); ++i) magnitudes[i] = std::fabs(values[i]);
+  return values.empty() ? 0.0 : wavelet::WaveletMaximum(static_cast<int>(values.size()) - 1, magnitudes.data());
+}
+
+}  // namespace
+
+std::vector<double> HistogramOf(std::span<const double> values, int levels, bool signBit, bool zeros, double& entropy,
+                                double& max) {
+  max = LargestMagnitude(values);
+  std::vector<double> h(static_cast<std::size_t>(levels) + 1, 0.0);
+  CountBins(values, signBit, zeros, max, signBit ? 2 * max / levels : max / levels, h, entropy);
+  return h;
+}
+
+std::vector<double> FrequencyHistogramOf(std::span<const double> values, int levels, bool signBit, bool zeros,
+                                         double& entropy, double& max) {
+  max = LargestMagnitude(values);
+  const int bins = signBit ? 2 * levels : levels;
+  std::vector<double> h(static_cast<std::size_t>(bins) + 1, 0.0);
+  const long long counted = CountBins(values, signBit, zeros, max, max / levels, h, entropy);
+  if (counted > 0)
+    for (double& v : h) v /= static_cast<double>(counted);
   return h;
 }
 
@@ -183,6 +220,102 @@ std::vector<double> QuantizeXBit(const Sampled& g, int bits) {
     z[static_cast<std::size_t>(i)] = static_cast<float>(v);
   }
   return z;
+}
+
+// ------------------------------------------------------------ in the plane
+
+PlaneRange InPlaneWindow(const Plane& g, float xl, float xr, float yl, float yh) {
+  PlaneRange r;
+  if (!(g.h > 0.0f) || g.n < 0) return r;
+  const float half = g.h / 2;
+  const auto span = [&](float low, float high, int& first, int& last) {
+    first = 0;
+    last = -1;
+    bool found = false;
+    for (int k = 0; k <= g.n; ++k) {
+      const float x = static_cast<float>(k) * g.h + g.a;
+      if (low - half <= x && x <= high + half) {
+        if (!found) first = k;
+        found = true;
+        last = k;
+      }
+    }
+    if (!found) first = 0, last = -1;
+  };
+  span(xl, xr, r.j0, r.j1);
+  span(yl, yh, r.i0, r.i1);
+  return r;
+}
+
+double PlaneNorm(const Plane& g, const float* minus, const PlaneRange& r, NormKind kind, double p) {
+  const auto value = [&](int i, int j) {
+    const std::size_t at = static_cast<std::size_t>(i) * g.stride + static_cast<std::size_t>(j);
+    return minus ? static_cast<double>(g.v[at]) - minus[at] : static_cast<double>(g.v[at]);
+  };
+  if (r.Empty()) return 0.0;
+  double sup = 0.0;
+  for (int i = r.i0; i <= r.i1; ++i)
+    for (int j = r.j0; j <= r.j1; ++j) sup = std::max(sup, std::fabs(value(i, j)));
+  if (kind == NormKind::Sup) return sup;
+  if (kind == NormKind::Var) {
+    double v = 0.0;
+    for (int i = r.i0; i <= r.i1; ++i)
+      for (int j = r.j0; j <= r.j1; ++j) {
+        if (j > r.j0) v += std::fabs(value(i, j) - value(i, j - 1));
+        if (i > r.i0) v += std::fabs(value(i, j) - value(i - 1, j));
+      }
+    return sup + v / g.n;
+  }
+  double s = 0.0;
+  for (int i = r.i0; i <= std::min(r.i1, g.n - 1); ++i)
+    for (int j = r.j0; j <= std::min(r.j1, g.n - 1); ++j) s += NORM(value(i, j), p);
+  return ROOT(static_cast<double>(g.h) * g.h * s, p);
+}
+
+double PlaneIntegral(const Plane& g, const PlaneRange& r) {
+  double s = 0.0;
+  for (int i = r.i0; i <= r.i1; ++i) {
+    const double wi = (i == r.i0 || i == r.i1) ? 0.5 : 1.0;
+    for (int j = r.j0; j <= r.j1; ++j) s += wi * ((j == r.j0 || j == r.j1) ? 0.5 : 1.0) * g.At(i, j);
+  }
+  return static_cast<double>(g.h) * g.h * s;
+}
+
+double PlaneScalarProduct(const Plane& g, const float* other, const PlaneRange& r) {
+  double s = 0.0;
+  for (int i = r.i0; i <= std::min(r.i1, g.n - 1); ++i)
+    for (int j = r.j0; j <= std::min(r.j1, g.n - 1); ++j)
+      s += g.At(i, j) * static_cast<double>(other[static_cast<std::size_t>(i) * g.stride + static_cast<std::size_t>(j)]);
+  return static_cast<double>(g.h) * g.h * s;
+}
+
+void PlaneSignalAndNoise(const Plane& g, const float* other, const PlaneRange& r, double& signal, double& noise) {
+  signal = noise = 0.0;
+  for (int i = r.i0; i <= r.i1; ++i)
+    for (int j = r.j0; j <= r.j1; ++j) {
+      const double f = g.At(i, j);
+      const double d = f - other[static_cast<std::size_t>(i) * g.stride + static_cast<std::size_t>(j)];
+      signal += f * f;
+      noise += d * d;
+    }
+}
+
+std::vector<double> PlaneValues(const Plane& g, const PlaneRange& r) {
+  std::vector<double> values;
+  values.reserve(static_cast<std::size_t>(r.Count()));
+  for (int i = r.i0; i <= r.i1; ++i)
+    for (int j = r.j0; j <= r.j1; ++j) values.push_back(g.At(i, j));
+  return values;
+}
+
+std::string SafeSNR(double signal, double noise) {
+  const double q = 10 * std::log10(signal / noise);
+  return std::isfinite(q) ? "SNR\r\n" + PlainNumber(q) : "SNR\r\n";
+}
+
+std::string SafePSNR(double mse) {
+  const double q = 10 * std::log10(65025 / mse);
+  return std::isfinite(q) ? "PSNR\r\n" + PlainNumber(q) : "PSNR\r\n";
 }
 
 }  // namespace keldo::analysis

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "kit/form_context.h"
+#include "kit/quantization_box.h"
 #include "common/number_text.h"
 #include "form1d/graph1_form.h"
 
@@ -358,6 +359,7 @@ bool Graph1Form::QueryClose() {
 }
 
 void Graph1Form::ControlChanged(const std::string& name) {
+  if (QuantizationControlChanged(controls_, name)) return;
   if (name == "FreqFilter") SetFilterParameters();
   if (name == "chkSymDaub")
     controls_["DaubOrder"].tip =

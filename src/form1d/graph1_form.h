@@ -91,6 +91,10 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   explicit Graph1Form(FormContext& context);
   ~Graph1Form() override;
 
+  // Files and shows a result on this new, empty form; other kinds of form
+  // give their one-dimensional results this way.
+  void ShowResult(const Graph1Result& result);
+
   // The graph store.
   void SetPoints(int n);
   void ChangePointsMenu(int n);
@@ -342,8 +346,6 @@ class Graph1Form final : public Form, private formula::FormulaHost {
   Graph1Form* NewSiblingForm();
   // A new form holding a whole result; null after reporting 72 or 73.
   Graph1Form* NewResultForm(const Graph1Result& result);
-  // Files and shows a result on this new, empty form.
-  void ShowResult(const Graph1Result& result);
   void ReadFormRecord(const FormFileRecord& record);
   void CopyToClipboardWith(std::string (*build)(int, double, double, const double*));
   void UpdateLimitTips();

@@ -217,6 +217,9 @@ void Graph2Form::SetupZoomSideBox(bool fromPopup) {
   controls_["GoButton(11)"].tip = "Zooms on indicated graph.";
   controls_.SetVisible("GoButton(12)", true);
   controls_.SetVisible("GoButton(13)", true);
+  controls_.SetVisible("TxtGraphStat", true);
+  controls_.SetVisible("txtStats", false);
+  for (int k = 0; k < 2; ++k) controls_.SetVisible(IndexedName("txtZoomCoord", k), true);
   for (int k = 0; k < 2; ++k)
     controls_[IndexedName("txtZoomCoord", k)].tip = "An integer between 0 and" + StrInt(n_) + ".";
   if (!fromPopup) return;
@@ -230,10 +233,6 @@ void Graph2Form::SetupZoomSideBox(bool fromPopup) {
 
 void Graph2Form::OpenImageZoom(const SideBoxCommand& box) {
   SetupZoomSideBox(std::string(box.menuItem) == "mnuZoom");
-}
-
-void Graph2Form::ImageGo() {
-  if (controls_.Text("Label(16)") == "Image zoom") Zoom();
 }
 
 void Graph2Form::Zoom() {
@@ -382,7 +381,8 @@ bool Graph2Form::PictureMouse(int picture, MouseAction action, double x, double 
   if (button == MouseButton::Right) {
     popUpGraph_ = large ? currentGraph_ : box;
     const bool held = popUpGraph_ < graphCount_;
-    for (const char* name : {"mnuZoom", "mnuDeleteGraph", "mnuCopyGraph", "mnuPrintGraph", "mnuSave", "mnuHistogram"})
+    for (const char* name :
+         {"mnuZoom", "mnuDeleteGraph", "mnuCopyGraph", "mnuPrintGraph", "mnuSave", "mnuHistogram", "mnuClip"})
       if (CommandBuilt(name)) controls_.SetEnabled(name, held);
     controls_.SetEnabled("mnuChangeViewSize", held || graphCount_ == 0);
     Touch();

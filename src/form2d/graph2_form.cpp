@@ -13,6 +13,7 @@
 #include "form2d/graph2_menu.h"
 #include "kit/form_context.h"
 #include "kit/menu_table.h"
+#include "kit/quantization_box.h"
 #include "kit/typed_forms.h"
 #include "platform/dialogs.h"
 #include "platform/services.h"
@@ -52,6 +53,7 @@ Graph2Form::Graph2Form(FormContext& context) : Form(context, FormKind::Graph2) {
   ChangePointsMenu(n_);
   BindCommands();
   DisableItemsWithoutHandler();
+  controls_.SetEnabled("mnuPasteGraph", context_.exchange().twoDimensional.holdsGraph);
   ResetMenu();
   for (int k = 0; k < kMaxGraphs; ++k) SetSmallLabels(k);
   SetAxisLabels(plotLeft_, plotRight_, plotLow_, plotHigh_);
@@ -121,6 +123,7 @@ void Graph2Form::BuildControls() {
   go9.tip = "Computes the value of the formula.";
   controls_.Add("TxtCalculation", ControlKind::Text);
   BuildTransformControls();
+  BuildAnalysisControls();
   // The pictures: selectors of the large view, captions and axis labels.
   controls_.Add("FrGraphs", ControlKind::Label, "Graphs").visible = false;
   for (int k = 0; k < kMaxGraphs; ++k)
@@ -145,8 +148,21 @@ std::span<const SideBoxRow<Graph2Form>> Graph2Form::SideBoxTable() {
       {{"mnuPlot", "Graph", "Graphing", kPanelGraph, 1}, &G::OpenGraphing, &G::PlotTheGraph2},
       {{"mnuChangeGraphStyle", "GrStyle", "Graph style", kPanelGraphStyle, 2}, &G::OpenGraphStyle,
        &G::ChangeGraphStyle},
-      {{"mnuViewZoom", "ImageZoom", "Image zoom", kPanelImage, 11}, &G::OpenImageZoom, &G::ImageGo},
-      {{"mnuZoom", "ImageZoom", "Image zoom", kPanelImage, 11}, &G::OpenImageZoom, &G::ImageGo},
+      {{"mnuViewZoom", "", "Image zoom", kPanelImage, 11}, &G::OpenImageZoom, &G::ImageGo},
+      {{"mnuZoom", "", "Image zoom", kPanelImage, 11}, &G::OpenImageZoom, &G::ImageGo},
+      {{"mnuStatistics", "", "Statistics", kPanelImage, 11}, &G::OpenImageCommand, &G::ImageGo},
+      {{"mnuDownSample", "", "Down sample", kPanelImage, 11}, &G::OpenImageCommand, &G::ImageGo},
+      {{"mnuQuantize8Bit", "", "Quantize (8-bit image)", kPanelImage, 11}, &G::OpenImageCommand, &G::ImageGo},
+      {{"mnuInterpolateMethod(0)", "", "Haar Interpolate", kPanelImage, 11}, &G::OpenImageCommand, &G::ImageGo,
+       true},
+      {{"mnuInterpolateMethod(1)", "", "D-D 4,2 Interpolate", kPanelImage, 11}, &G::OpenImageCommand, &G::ImageGo,
+       true},
+      {{"mnuNormDifference", "NormDiff", "Norm difference", kPanelAnalysis, 7}, &G::OpenAnalysis,
+       &G::PerformAnalysis},
+      {{"mnuNorm", "Norm", "Norm", kPanelAnalysis, 7}, &G::OpenAnalysis, &G::PerformAnalysis},
+      {{"mnuIntegral", "Integral", "Integral", kPanelAnalysis, 7}, &G::OpenAnalysis, &G::PerformAnalysis},
+      {{"mnuScalarProduct", "ScProd", "Scalar product", kPanelAnalysis, 7}, &G::OpenAnalysis, &G::PerformAnalysis},
+      {{"mnuHistogram", "", "Histogram", kPanelHistogram, 10}, &G::OpenHistogram, &G::PerformHistogram},
       {{"mnuRemarks", "Rem", "Remarks", kPanelRemarks, -1}, nullptr, nullptr},
       {{"mnuCalculator", "Calc", "Calculator", kPanelCalculator, 9}, nullptr, &G::PerformCalculation},
       {{"mnuTrace", "", "Trace", kPanelTrace, -1}, &G::OpenTrace, nullptr},
@@ -203,6 +219,9 @@ void Graph2Form::BindCommands() {
     Touch();
   });
   OnMenu("mnuRestoreFullImage", [this](int) { RestoreImage(popUpGraph_); });
+  OnMenu("mnuCopyGraph", [this](int) { CopyTheGraph(); });
+  OnMenu("mnuPasteGraph", [this](int) { PasteTheGraph(); });
+  OnMenu("mnuClip", [this](int) { ClipTheGraph(); });
   OnMenu("mnuDeleteGraph", [this](int) {
     if (popUpGraph_ < graphCount_) DeleteGraph(popUpGraph_);
   });
@@ -252,6 +271,7 @@ void Graph2Form::PerformCalculation() {
 }
 
 void Graph2Form::ControlChanged(const std::string& name) {
+  if (QuantizationControlChanged(controls_, name)) return;
   std::string base;
   int index = -1;
   SplitIndexedName(name, base, index);
@@ -587,7 +607,7 @@ bool Graph2Form::QueryClose() {
 
 void Graph2Form::Activated() {
   formulaHistory_.Initialize(context_.settings().formulas2d);
-  controls_.SetEnabled("mnuPasteGraph", false);
+  controls_.SetEnabled("mnuPasteGraph", context_.exchange().twoDimensional.holdsGraph);
   Touch();
 }
 

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "analysis/measures.h"
 #include "form2d/image_display.h"
 #include "wavelet/wavelet2d.h"
 #include "formula/compiler.h"
@@ -42,7 +43,9 @@ enum SideBoxPanel : int {
   kPanelFilter = 8,
   kPanelWavelet = 10,
   kPanelQuantization = 11,
-  kPanelCount = 12,
+  kPanelAnalysis = 12,   // norms, integral, scalar product
+  kPanelHistogram = 13,
+  kPanelCount = 14,
 };
 
 // File types of the data and image dialogs: the filter index plus 1, the
@@ -217,6 +220,19 @@ class Graph2Form final : public Form, private formula::FormulaHost {
   // The value of a number field; `failed` when it cannot be evaluated.
   double Value(const std::string& text, bool& failed);
 
+  // Measures over the view window, and new graphs of other grey depth or side.
+  void PerformAnalysis();
+  void ComputeStatistics();
+  void Quantize8Bit();
+  void Downsample();
+  // One inverse level of Haar, or of D-D 4,2 with `dd42`, onto twice the side.
+  void Interpolate(bool dd42);
+  void PerformHistogram();
+  // The graph clipboard between two-dimensional forms; the graph is PopUpGraph.
+  void CopyTheGraph();
+  void PasteTheGraph();
+  void ClipTheGraph();
+
  private:
   std::size_t Stride() const { return static_cast<std::size_t>(n_) + 1 + kMargin; }
   bool SaveFormTo(const std::string& path);
@@ -224,6 +240,20 @@ class Graph2Form final : public Form, private formula::FormulaHost {
   // Graph g's (N+1) by (N+1) samples without the margin, row by row.
   std::vector<float> PackedSamples(int g) const;
   void BuildControls();
+  void BuildAnalysisControls();
+  // The graph a number field names, 0-based; -1 after message 1 (past the
+  // last graph) or 3 (below 1, or not a number).
+  int GraphNumber(const std::string& field);
+  // The graph of the image box's commands: the only one, or the field's.
+  int ImageCommandGraph();
+  analysis::Plane PlaneOf(int g) const;
+  analysis::PlaneRange ViewWindowRange(int g) const;
+  void OpenAnalysis(const SideBoxCommand& box);
+  void Measure(const std::string& title);
+  void OpenImageCommand(const SideBoxCommand& box);
+  void OpenHistogram(const SideBoxCommand& box);
+  // A new form of this side for a result, with this form's view settings.
+  Graph2Form* FormOfSide(int points);
   void BuildTransformControls();
   // The tool tips that name N or its exponent.
   void SetTransformTips();

@@ -8,6 +8,19 @@ std::string IndexedName(const std::string& name, int index) {
   return index < 0 ? name : name + "(" + std::to_string(index) + ")";
 }
 
+void SplitIndexedName(const std::string& full, std::string& base, int& index) {
+  base = full;
+  index = -1;
+  const auto open = full.find('(');
+  if (open == std::string::npos || full.back() != ')' || open + 2 > full.size() - 1) return;
+  const std::string digits = full.substr(open + 1, full.size() - open - 2);
+  if (digits.empty() || digits.size() > 6) return;
+  for (char c : digits)
+    if (c < '0' || c > '9') return;
+  base = full.substr(0, open);
+  index = std::stoi(digits);
+}
+
 Control& ControlModel::Add(const std::string& name, ControlKind kind, const std::string& text) {
   Control& c = controls_[name];
   c.kind = kind;

@@ -33,6 +33,8 @@ struct MenuNode {
 
 // "name" and index 3 give "name(3)"; a negative index gives "name".
 std::string IndexedName(const std::string& name, int index);
+// Splits "name(3)" into "name" and 3; a plain name gives index -1.
+void SplitIndexedName(const std::string& full, std::string& base, int& index);
 
 class ControlModel {
  public:

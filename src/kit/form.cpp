@@ -31,19 +31,6 @@ std::string_view FormKindCaptionWord(FormKind kind) {
   return "";
 }
 
-void SplitIndexedName(const std::string& full, std::string& base, int& index) {
-  base = full;
-  index = -1;
-  const auto open = full.find('(');
-  if (open == std::string::npos || full.back() != ')' || open + 2 > full.size() - 1) return;
-  const std::string digits = full.substr(open + 1, full.size() - open - 2);
-  if (digits.empty() || digits.size() > 6) return;
-  for (char c : digits)
-    if (c < '0' || c > '9') return;
-  base = full.substr(0, open);
-  index = std::stoi(digits);
-}
-
 Form::Form(FormContext& context, FormKind kind) : context_(context), kind_(kind) {}
 
 void Form::SetCaption(const std::string& caption) {

@@ -225,7 +225,4 @@ class Form {
   int working_ = 0;
 };
 
-// Splits "name(3)" into "name" and 3; a plain name gives index -1.
-void SplitIndexedName(const std::string& full, std::string& base, int& index);
-
 }  // namespace keldo

@@ -28,4 +28,13 @@ QuantStrings QuantizationStrings(ControlModel& controls);
 // The panel of the box.
 LayoutNode QuantizationPanel();
 
+// What the thresholds of set k mean as the box stands: the bits per sample
+// when quantizing, the fractions of the largest magnitude otherwise, or a
+// hint when the text is too short to read.
+std::string ThresholdToolTip(ControlModel& controls, int k);
+// Keeps the tool tips of the threshold fields current after a control of
+// the box changed: choosing a method shows its hint, a threshold text or a
+// tick its meaning. False when `name` is not a control of the box.
+bool QuantizationControlChanged(ControlModel& controls, const std::string& name);
+
 }  // namespace keldo

@@ -95,7 +95,10 @@ QWidget* PanelBuilder::MakeWidget(const LayoutNode& node, QWidget* owner) {
         auto* edit = new QLineEdit(owner);
         edit->setReadOnly(node.Has(LayoutNode::kReadOnly));
         QObject::connect(edit, &QLineEdit::textEdited, edit,
-                         [this, name](const QString& t) { form_.controls().SetText(name, t.toStdString()); });
+                         [this, name](const QString& t) {
+                           form_.controls().SetText(name, t.toStdString());
+                           form_.ControlChanged(name);
+                         });
         // Enter presses the field's own button, or Go.
         if (node.enter.empty()) {
           QObject::connect(edit, &QLineEdit::returnPressed, edit, [this] { actions_.go(); });

@@ -138,8 +138,10 @@ TEST(Graph2Store, TheMenuFollowsTheCountForBuiltCommands) {
   File(f, 2.0f);
   EXPECT_TRUE(f.controls()["mnuConvolution"].enabled);
   EXPECT_TRUE(f.controls()["mnuPaircorrelation"].enabled);
+  EXPECT_TRUE(f.controls()["mnuNorm"].enabled);
+  EXPECT_TRUE(f.controls()["mnuScalarProduct"].enabled);
   // Commands not built yet stay disabled whatever the count.
-  EXPECT_FALSE(f.controls()["mnuNorm"].enabled);
+  EXPECT_FALSE(f.controls()["mnuDenoiseMedian"].enabled);
 }
 
 TEST(Graph2View, LargeAndSmallViewsBeepWhenAlreadyShown) {
