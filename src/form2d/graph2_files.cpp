@@ -10,6 +10,7 @@
 #include "common/file_io.h"
 #include "common/text.h"
 #include "form2d/graph2_form.h"
+#include "kit/save_options_box.h"
 #include "form2d/image_files.h"
 #include "formula/formula_text.h"
 #include "kit/form_context.h"
@@ -255,12 +256,13 @@ bool Graph2Form::SaveImageFile2(const std::string& path, int g, int type) {
       const int level = bytes[static_cast<std::size_t>(r) * static_cast<std::size_t>(n_) + static_cast<std::size_t>(c)];
       picture.Set(c, n_ - 1 - r, platform::MakeRgb(level, level, level));
     }
+  const ImageSaveChoices choices = SaveChoicesOf(context_.settings());
   platform::ImageSaveOptions options;
-  const auto& captions = context_.settings().captions;
-  const auto quality = captions.find("JPEGCompression");
-  if (quality != captions.end() && !quality->second.empty()) options.jpegQuality = std::clamp(std::atoi(quality->second.c_str()), 1, 99);
-  const auto tiff = captions.find("OpTIFF");
-  if (tiff != captions.end()) options.tiffCompression = std::clamp(std::atoi(tiff->second.c_str()), 0, 7);
+  options.jpegQuality = choices.jpegQuality;
+  options.tiffCompression = choices.tiffCompression;
+  options.greyScale = choices.greyScale;
+  options.progressive = choices.progressive;
+  options.interlaced = choices.interlaced;
   // The picture is written beside the target and renamed onto it, so that
   // a failed save leaves an older file whole.
   const std::string temporary = TemporaryPathFor(path) + "." + ToLower(Tail3(path));

@@ -14,6 +14,7 @@
 #include "kit/form_context.h"
 #include "kit/menu_table.h"
 #include "kit/quantization_box.h"
+#include "kit/save_options_box.h"
 #include "kit/typed_forms.h"
 #include "platform/dialogs.h"
 #include "platform/services.h"
@@ -124,6 +125,7 @@ void Graph2Form::BuildControls() {
   controls_.Add("TxtCalculation", ControlKind::Text);
   BuildTransformControls();
   BuildAnalysisControls();
+  AddSaveOptionsControls(controls_);
   // The pictures: selectors of the large view, captions and axis labels.
   controls_.Add("FrGraphs", ControlKind::Label, "Graphs").visible = false;
   for (int k = 0; k < kMaxGraphs; ++k)
@@ -163,6 +165,7 @@ std::span<const SideBoxRow<Graph2Form>> Graph2Form::SideBoxTable() {
       {{"mnuIntegral", "Integral", "Integral", kPanelAnalysis, 7}, &G::OpenAnalysis, &G::PerformAnalysis},
       {{"mnuScalarProduct", "ScProd", "Scalar product", kPanelAnalysis, 7}, &G::OpenAnalysis, &G::PerformAnalysis},
       {{"mnuHistogram", "", "Histogram", kPanelHistogram, 10}, &G::OpenHistogram, &G::PerformHistogram},
+      {{"mnuSaveOptions", "", "Options for saving images", kPanelSaveOptions, -1}, &G::OpenSaveOptionsBox, nullptr},
       {{"mnuRemarks", "Rem", "Remarks", kPanelRemarks, -1}, nullptr, nullptr},
       {{"mnuCalculator", "Calc", "Calculator", kPanelCalculator, 9}, nullptr, &G::PerformCalculation},
       {{"mnuTrace", "", "Trace", kPanelTrace, -1}, &G::OpenTrace, nullptr},
@@ -236,11 +239,26 @@ void Graph2Form::BindCommands() {
   });
   OnButton("GoButton(13)", [this](int) { RestoreAll(); });
   OnButton("GoButton(0)", [this](int) { SetQuantizationParameters(); });
+  // Apply and Cancel serve the quantization box and the save options box.
   OnButton("cmdApply", [this](int) {
+    if (VisiblePanel() == kPanelSaveOptions) {
+      const SaveOptionsCheck check = ApplySaveOptions(controls_, context_.settings());
+      if (check.message > 0) context_.ShowError(check.message);
+      else if (check.message < 0) context_.Beep();
+      else ClearSideBox();
+      return;
+    }
     TransferInfo();
     ShowPanel(kPanelWavelet);
   });
-  OnButton("cmdCancel", [this](int) { ShowPanel(kPanelWavelet); });
+  OnButton("cmdCancel", [this](int) {
+    if (VisiblePanel() == kPanelSaveOptions) {
+      CancelSaveOptions(controls_, context_.settings());
+      ClearSideBox();
+      return;
+    }
+    ShowPanel(kPanelWavelet);
+  });
   OnButton("cmdGraph", [this](int index) {
     switch (index) {
       case 0: PreviousFormula(); break;
@@ -271,7 +289,7 @@ void Graph2Form::PerformCalculation() {
 }
 
 void Graph2Form::ControlChanged(const std::string& name) {
-  if (QuantizationControlChanged(controls_, name)) return;
+  if (QuantizationControlChanged(controls_, name) || SaveOptionsControlChanged(controls_, name)) return;
   std::string base;
   int index = -1;
   SplitIndexedName(name, base, index);
@@ -562,6 +580,11 @@ void Graph2Form::InitializeSideBox() {
 }
 
 void Graph2Form::SideBoxOpening(int) { InitializeSideBox(); }
+
+void Graph2Form::OpenSaveOptionsBox(const SideBoxCommand&) {
+  OpenSaveOptions(controls_, context_.settings());
+  Touch();
+}
 
 void Graph2Form::OpenGraphing(const SideBoxCommand&) {
   controls_.SetVisible("GoButton(1)", true);

@@ -45,7 +45,8 @@ enum SideBoxPanel : int {
   kPanelQuantization = 11,
   kPanelAnalysis = 12,   // norms, integral, scalar product
   kPanelHistogram = 13,
-  kPanelCount = 14,
+  kPanelSaveOptions = 14,
+  kPanelCount = 15,
 };
 
 // File types of the data and image dialogs: the filter index plus 1, the
@@ -252,6 +253,7 @@ class Graph2Form final : public Form, private formula::FormulaHost {
   void Measure(const std::string& title);
   void OpenImageCommand(const SideBoxCommand& box);
   void OpenHistogram(const SideBoxCommand& box);
+  void OpenSaveOptionsBox(const SideBoxCommand& box);
   // A new form of this side for a result, with this form's view settings.
   Graph2Form* FormOfSide(int points);
   void BuildTransformControls();

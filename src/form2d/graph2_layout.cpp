@@ -2,6 +2,7 @@
 
 #include "form2d/graph2_form.h"
 #include "kit/quantization_box.h"
+#include "kit/save_options_box.h"
 
 namespace keldo::form2d {
 namespace {
@@ -68,6 +69,7 @@ FormLayout MakeLayout() {
              Item("WavTypeHaar"), Pair("WavTypeOther", "WaveletFilter"), Item("chkWavInvTr"), Item("GoButton(0)"),
              Item("GoButton(5)"), Item("WavReport", F::kLabel)})},
       {kPanelQuantization, QuantizationPanel()},
+      {kPanelSaveOptions, SaveOptionsPanel()},
       {kPanelConvolve, Rows({Title("LabConvolve"), Field("Graph1:", "ConvGr1"), Field("Graph2:", "ConvGr2"),
                              Item("ConvChk(0)"), Item("ConvChk(1)"), Item("GoButton(4)")})},
       {kPanelFilter, FilteringPanel()},

@@ -30,6 +30,7 @@ void DeclareVariables(FrameSettings& s) {
     for (int col = 0; col < 6; ++col)
       s.scalogramParams[row][col] = (row < 4 && col >= 1) ? kScalDefaults[row] : "";
   s.formCaption.clear();
+  s.saveOptions.clear();
   s.captions.clear();
   for (const std::string& name : HiddenCaptionNames()) s.captions[name] = "";
   s.captions["WaveletType2D"] = "Daub 9/7";

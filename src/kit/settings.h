@@ -30,6 +30,9 @@ struct FrameSettings {
   // a per-user folder when that cannot be written.
   std::string soundBufferFolder;
   std::array<float, 11> wavCompCodes{};
+  // The controls of the image save options as they were last left, by
+  // name: texts as typed, ticks and choices as "0" or "1".
+  std::map<std::string, std::string> saveOptions;
   // Hidden caption fields read and written by name: the last choices that
   // new forms take over ("WaveletType2D", "LabLineStyle", "labHelp" ...).
   std::map<std::string, std::string> captions;

@@ -11,6 +11,9 @@ namespace keldo::platform {
 struct ImageSaveOptions {
   int jpegQuality = 75;      // 1..100
   int tiffCompression = 0;   // 0 none, 1 packbits/lzw where the writer has it
+  bool greyScale = false;    // JPEG: one grey channel
+  bool progressive = false;  // JPEG: progressive scan
+  bool interlaced = false;   // PNG: interlaced, where the writer has it
 };
 
 class Imaging {

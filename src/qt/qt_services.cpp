@@ -161,7 +161,10 @@ bool QtImaging::Save(const std::string& path, const platform::RgbImage& image,
   QImageWriter writer(Q(path));
   writer.setQuality(options.jpegQuality);
   if (options.tiffCompression) writer.setCompression(1);
-  return writer.write(ToQImage(image));
+  writer.setProgressiveScanWrite(options.progressive);
+  QImage picture = ToQImage(image);
+  if (options.greyScale) picture = picture.convertToFormat(QImage::Format_Grayscale8);
+  return writer.write(picture);
 }
 
 QtAudio::QtAudio() = default;

@@ -439,3 +439,81 @@ TEST(QuantizationBox, TheThresholdTipSaysWhatTheTextMeans) {
 
 }  // namespace
 }  // namespace keldo
+
+namespace keldo {
+namespace {
+
+TEST(SaveOptions2D, ApplyChecksTheTargetsInOrderAndTheFrameKeepsWhatWasApplied) {
+  TestFrame t;
+  Graph2Form& f = testing::NewForm(t, 64);
+  ASSERT_TRUE(f.RunMenu("mnuSaveOptions"));
+  EXPECT_EQ(f.VisiblePanel(), form2d::kPanelSaveOptions);
+  ControlModel& c = f.controls();
+  EXPECT_EQ(c.Text("txtJPEGQuality"), "70");
+  EXPECT_EQ(c["OpTIFF(0)"].value, 1);
+  EXPECT_EQ(c["OpCompress(2)"].value, 1);
+  EXPECT_FALSE(c["OpPSNR"].enabled);  // the region of interest is on
+  const auto apply = [&] {
+    const std::size_t before = t.lines.size();
+    f.Click("cmdApply");
+    return t.lines.size() > before ? t.lines.back() : std::string();
+  };
+  c.SetText("txtBitRate", "0");
+  EXPECT_EQ(apply(), "message 82: Bpp value must be positive.");
+  c.SetText("txtBitRate", "0.5");
+  c.SetFromUser("chkROI", "0");
+  f.ControlChanged("chkROI");
+  EXPECT_TRUE(c["OpPSNR"].enabled);
+  c.SetFromUser("OpPSNR", "1");
+  c.SetText("txtPSNR", "-1");
+  EXPECT_EQ(apply(), "message 81: PSNR value must be positive.");
+  c.SetText("WaveletType", "DD 5/3 Integer");
+  f.ControlChanged("WaveletType");
+  EXPECT_EQ(c["OpLossy(1)"].value, 1);
+  EXPECT_FALSE(c["OpCompress(0)"].enabled);
+  EXPECT_EQ(apply(), "message 83: PSNR value must be non-negative.");
+  c.SetText("txtPSNR", "0");
+  c.SetFromUser("chkROI", "1");
+  f.ControlChanged("chkROI");
+  EXPECT_EQ(c["OpCompRatio"].value, 1);  // a region of interest has a rate target
+  c.SetText("txtBitRate", "-2");
+  EXPECT_EQ(apply(), "message 84: Bpp value must be non-negative.");
+  c.SetText("txtBitRate", "1.5");
+  c.SetText("txtROIFraction", "0");
+  EXPECT_EQ(apply(), "message 86: Fraction of bits to ROI must be greater than 0.");
+  c.SetText("txtROIFraction", "1.5");
+  EXPECT_EQ(apply(), "message 87: Fraction of bits to ROI must be no more than 1.");
+  c.SetText("txtROIFraction", "0.75");
+  c.SetText("txtJPEGQuality", "100");
+  EXPECT_EQ(apply(), "beep");
+  c.SetText("txtJPEGQuality", "85");
+  c.SetFromUser("OpTIFF(4)", "1");
+  c.SetFromUser("chkProgressive", "1");
+  EXPECT_EQ(apply(), "");
+  EXPECT_EQ(f.VisiblePanel(), -1);
+  const FrameSettings& s = t.frame.settings();
+  EXPECT_EQ(s.captions.at("JPEGCompression"), "85");
+  EXPECT_EQ(s.captions.at("OpTIFF"), "4");
+  EXPECT_EQ(s.captions.at("WaveletType2D"), "DD 5/3 Integer");
+  const std::array<float, 11> codes = {7, 0, 1.5f, 2, 1, 2, 1, 1, 0.75f, 3, 0};
+  EXPECT_EQ(s.wavCompCodes, codes);
+  // Another form opens the box as it was left; Cancel brings back the
+  // frame's quality and TIFF choice and keeps the rest as typed.
+  Graph2Form& g = testing::NewForm(t, 64);
+  ASSERT_TRUE(g.RunMenu("mnuSaveOptions"));
+  EXPECT_EQ(g.controls().Text("txtJPEGQuality"), "85");
+  EXPECT_EQ(g.controls()["OpTIFF(4)"].value, 1);
+  EXPECT_EQ(g.controls()["chkProgressive"].value, 1);
+  g.controls().SetText("txtJPEGQuality", "20");
+  g.controls().SetFromUser("OpTIFF(7)", "1");
+  g.controls().SetText("txtLevels", "5");
+  g.Click("cmdCancel");
+  ASSERT_TRUE(g.RunMenu("mnuSaveOptions"));
+  EXPECT_EQ(g.controls().Text("txtJPEGQuality"), "85");
+  EXPECT_EQ(g.controls()["OpTIFF(4)"].value, 1);
+  EXPECT_EQ(g.controls().Text("txtLevels"), "5");
+  EXPECT_EQ(t.frame.settings().wavCompCodes[0], 7.0f);
+}
+
+}  // namespace
+}  // namespace keldo
