@@ -109,3 +109,24 @@ TEST(Runner, AnswersFeedTheNextInputBox) {
 
 }  // namespace
 }  // namespace keldo::script
+
+namespace keldo::script {
+namespace {
+
+TEST(Runner, TwoDimensionalMeasuresAndTheGraphClipboardRunByName) {
+  Script r;
+  const char* script =
+      "new 2d\nmenu mnu64\nmenu mnuPlot\nset Formula \"x*y\"\ngo\n"
+      "menu mnuNorm\nset OptSupNorm 1\ngo\ndump\n"
+      "mouse down 10 10 right\npopup mnuCopyGraph\npopup mnuPasteGraph\n"
+      "menu mnuDownSample\nset TxtGraphStat 2\ngo\ndump\n";
+  ASSERT_EQ(r(script), 0) << r.err.str();
+  const std::string json = r.out.str();
+  // x*y over [-1/2, 1/2] square: the largest magnitude is 1/4.
+  EXPECT_NE(json.find("Sup-Norm\\r\\n0.25"), std::string::npos) << json.substr(0, 2000);
+  // The down sampled copy is the newest form, of side 32.
+  EXPECT_NE(json.find("\"points\": 32"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace keldo::script
