@@ -10,8 +10,6 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QImageReader>
-#include <QImageWriter>
 #include <QInputDialog>
 #include <QMediaDevices>
 #include <QMessageBox>
@@ -118,53 +116,6 @@ std::optional<platform::FileDialogResult> QtFileDialog::Run(const platform::File
   result.filterIndex = static_cast<int>(filters.indexOf(dialog.selectedNameFilter())) + 1;
   if (result.filterIndex < 1) result.filterIndex = 1;
   return result;
-}
-
-namespace {
-
-// Bitmaps are read and written by the program's own codec.
-bool IsBitmap(const std::string& path) {
-  const QString suffix = QFileInfo(Q(path)).suffix().toLower();
-  return suffix == "bmp" || suffix == "dib";
-}
-
-}  // namespace
-
-std::optional<platform::RgbImage> QtImaging::Load(const std::string& path) {
-  if (IsBitmap(path)) {
-    QFile file(Q(path));
-    if (!file.open(QIODevice::ReadOnly)) return std::nullopt;
-    const QByteArray bytes = file.readAll();
-    if (auto image = platform::DecodeBmp(std::string(bytes.constData(), static_cast<std::size_t>(bytes.size()))))
-      return image;
-  }
-  QImageReader reader(Q(path));
-  reader.setAllocationLimit(512);
-  // A header that announces more than any form can hold is refused before
-  // any pixel is decoded.
-  const QSize size = reader.size();
-  if (size.isValid() && (size.width() > platform::kMaxImageSide || size.height() > platform::kMaxImageSide))
-    return std::nullopt;
-  const QImage image = reader.read();
-  if (image.isNull()) return std::nullopt;
-  return FromQImage(image);
-}
-
-bool QtImaging::Save(const std::string& path, const platform::RgbImage& image,
-                     const platform::ImageSaveOptions& options) {
-  if (IsBitmap(path)) {
-    const std::string bytes = platform::EncodeBmp(image);
-    QFile file(Q(path));
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) &&
-           file.write(bytes.data(), static_cast<qint64>(bytes.size())) == static_cast<qint64>(bytes.size());
-  }
-  QImageWriter writer(Q(path));
-  writer.setQuality(options.jpegQuality);
-  if (options.tiffCompression) writer.setCompression(1);
-  writer.setProgressiveScanWrite(options.progressive);
-  QImage picture = ToQImage(image);
-  if (options.greyScale) picture = picture.convertToFormat(QImage::Format_Grayscale8);
-  return writer.write(picture);
 }
 
 QtAudio::QtAudio() = default;

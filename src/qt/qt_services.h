@@ -7,6 +7,7 @@
 #include <QWidget>
 #include <memory>
 
+#include "qt/qt_imaging.h"
 #include "platform/services.h"
 #include "qt/qt_surface.h"
 
@@ -57,12 +58,6 @@ class QtFileDialog final : public platform::FileDialog {
   QPointer<QWidget> parent_;
 };
 
-class QtImaging final : public platform::Imaging {
- public:
-  std::optional<platform::RgbImage> Load(const std::string& path) override;
-  bool Save(const std::string& path, const platform::RgbImage& image,
-            const platform::ImageSaveOptions& options) override;
-};
 
 class QtAudio final : public platform::Audio {
  public:
