@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <map>
+#include <memory>
+#include <mutex>
 #include <type_traits>
 #include <utility>
 
@@ -13,6 +16,12 @@ namespace {
 // reads it, an odd k averages its neighbours over cos(pi / N).
 inline double HalfAngleSine(const double* s, int k, double reciprocal) {
   return (k & 1) == 0 ? s[k / 2] : (s[(k - 1) / 2] + s[(k + 1) / 2]) * reciprocal;
+}
+
+int Log2Of(int n) {
+  int k = 0;
+  while ((1 << k) < n) ++k;
+  return k;
 }
 
 // One butterfly: the rotated value (v, w) against element j.
@@ -341,6 +350,54 @@ void FirstThreeStages(T* x, T* y, T s1, T t1, int n) {
   }
 }
 
+// The twiddles of every stage laid out one after another, so that each stage
+// reads its own contiguously instead of every (n / 2d)-th entry of the
+// tables. The tables of a size are always the same numbers (they are built
+// by the same square roots), so one copy per type, table size and transform
+// size serves every caller; it is checked against the caller's tables at a
+// few entries, and a caller with tables of its own keeps the strided reads.
+template <typename T>
+struct StageTwiddles {
+  std::vector<T> s, t;
+  std::vector<int> offset;  // of the stage of span 2^i, i from 3
+};
+
+template <typename T>
+const StageTwiddles<T>* TwiddlesFor(const T* s, const T* t, int n, int stride) {
+  static std::mutex lock;
+  static std::map<std::pair<int, int>, std::unique_ptr<const StageTwiddles<T>>> kept;
+  const std::lock_guard<std::mutex> guard(lock);
+  std::unique_ptr<const StageTwiddles<T>>& entry = kept[{n, stride}];
+  if (!entry) {
+    auto built = std::make_unique<StageTwiddles<T>>();
+    built->offset.assign(32, 0);
+    int at = 0;
+    for (int d = 8, i = 3; d < n; d *= 2, ++i) {
+      built->offset[static_cast<std::size_t>(i)] = at;
+      const int tstep = stride * (n / (2 * d));
+      for (int k = 0; k < d / 2; ++k) {
+        built->s.push_back(s[k * tstep]);
+        built->t.push_back(t[k * tstep]);
+      }
+      // A few entries of slack, so that vector reads past the end stay inside.
+      for (int k = 0; k < 8; ++k) {
+        built->s.push_back(T(0));
+        built->t.push_back(T(0));
+      }
+      at = static_cast<int>(built->s.size());
+    }
+    entry = std::move(built);
+  }
+  const StageTwiddles<T>& w = *entry;
+  // The largest span reads s[k * stride] for k < n / 4.
+  for (const int k : {1, n / 8, n / 4 - 1}) {
+    if (n < 16 || k < 1) continue;
+    const std::size_t at = static_cast<std::size_t>(w.offset[static_cast<std::size_t>(Log2Of(n) - 1)] + k);
+    if (w.s[at] != s[k * stride] || w.t[at] != t[k * stride]) return nullptr;
+  }
+  return &w;
+}
+
 template <typename T>
 void FFTCore(T* x, T* y, const T* s, const T* t, int n, int stride) {
   const auto tstepOf = [&](int d) { return stride * (n / (2 * d)); };
@@ -360,9 +417,18 @@ void FFTCore(T* x, T* y, const T* s, const T* t, int n, int stride) {
   // The stages whose blocks fit in a chunk run chunk by chunk, the others
   // over the whole array; the span d runs up to n/2 either way.
   const int chunk = std::min(n, kChunk);
+  const StageTwiddles<T>* w = n >= 16 ? TwiddlesFor(s, t, n, stride) : nullptr;
+  const auto stage = [&](int d, int begin, int end) {
+    if (w) {
+      const auto at = static_cast<std::size_t>(w->offset[static_cast<std::size_t>(Log2Of(d))]);
+      ButterflyStage(x, y, w->s.data() + at, w->t.data() + at, d, 1, begin, end);
+    } else {
+      ButterflyStage(x, y, s, t, d, tstepOf(d), begin, end);
+    }
+  };
   for (int c = 0; c < n; c += chunk)
-    for (int d = first; 2 * d <= chunk; d *= 2) ButterflyStage(x, y, s, t, d, tstepOf(d), c, c + chunk);
-  for (int d = std::max(chunk, first); d < n; d *= 2) ButterflyStage(x, y, s, t, d, tstepOf(d), 0, n);
+    for (int d = first; 2 * d <= chunk; d *= 2) stage(d, c, c + chunk);
+  for (int d = std::max(chunk, first); d < n; d *= 2) stage(d, 0, n);
 }
 
 // The transform of kFFTBatch sequences at once, interleaved: element i of
