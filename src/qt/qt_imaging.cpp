@@ -38,6 +38,8 @@ std::optional<platform::RgbImage> QtImaging::Load(const std::string& path) {
     return std::nullopt;
   const QImage image = reader.read();
   if (image.isNull()) return std::nullopt;
+  // Some formats tell their size only by decoding: the cap holds after it too.
+  if (image.width() > platform::kMaxImageSide || image.height() > platform::kMaxImageSide) return std::nullopt;
   return FromQImage(image);
 }
 

@@ -173,6 +173,17 @@ class FrameWindowTest : public QObject {
     QTest::mouseClick(plot, Qt::LeftButton, {}, QPoint(r.left() + r.width() / 2, r.center().y()));
     QCOMPARE(f.TracePosition(), 32);
   }
+
+  // A picture whose format tells its size only by decoding is still held to
+  // the side cap; a picture of the program's own loads as it was written.
+  void imagingHoldsTheSideCapAfterDecoding() {
+    keldo::qt::QtImaging imaging;
+    QVERIFY(!imaging.Load(KELDO_SOURCE_DIR "/tests/data/form2d/tall-after-decoding.bmp"));
+    const auto rings = imaging.Load(KELDO_SOURCE_DIR "/examples/rings.png");
+    QVERIFY(rings.has_value());
+    QCOMPARE(rings->width, 256);
+    QCOMPARE(rings->height, 256);
+  }
 };
 
 QTEST_MAIN(FrameWindowTest)
