@@ -80,20 +80,21 @@ void AddSaveOptionsControls(ControlModel& controls) {
 
 LayoutNode SaveOptionsPanel() {
   using namespace layout;
-  auto options = [](const char* base, int count) {
+  // Choices two or three to a line, so that the box stays short.
+  auto options = [](const char* base, int count, int columns) {
     std::vector<LayoutNode> items;
     for (int k = 0; k < count; ++k) items.push_back(Item(IndexedName(base, k)));
-    return Rows(std::move(items));
+    return Grid(columns, std::move(items));
   };
-  return Column({Heading("Options for saving images"),
-                 Group("JPEG", Rows({Field("Quality factor:     (1 to 99)", "txtJPEGQuality"), Item("chkGreyScale"),
-                                     Item("chkProgressive")})),
-                 Group("TIFF", options("OpTIFF", 8)), Group("PNG", Rows({Item("chkPNGInterlaced")})),
+  return Column({Group("JPEG", Rows({Field("Quality factor:     (1 to 99)", "txtJPEGQuality"),
+                                     Line({Item("chkGreyScale"), Item("chkProgressive"), Stretch()})})),
+                 Group("TIFF", options("OpTIFF", 8, 2)), Group("PNG", Line({Item("chkPNGInterlaced"), Stretch()})),
                  Group("Wavelet compressed",
-                       Rows({Field("Levels:", "txtLevels"), Field("Wavelet:", "WaveletType"),
-                             Pair("OpCompRatio", "txtBitRate"), Pair("OpPSNR", "txtPSNR"), options("OpCompress", 3),
-                             options("OpModel", 2), options("OpScanOrder", 4), options("OpLossy", 2), Item("chkROI"),
-                             Field("Fraction of bits to ROI:", "txtROIFraction"), Item("chkDisplayImage")})),
+                       Rows({Field("Levels:", "txtLevels"), Line({Text("Wavelet:"), Item("WaveletType", LayoutNode::kStretch)}),
+                             Pair("OpCompRatio", "txtBitRate"), Pair("OpPSNR", "txtPSNR"), options("OpCompress", 3, 3),
+                             options("OpModel", 2, 2), options("OpScanOrder", 4, 2), options("OpLossy", 2, 2),
+                             Item("chkROI"), Field("Fraction of bits to ROI:", "txtROIFraction"),
+                             Item("chkDisplayImage")})),
                  Line({Item("cmdApply"), Item("cmdCancel")})});
 }
 
