@@ -143,9 +143,9 @@ class Graph2Form final : public Form, private formula::FormulaHost {
   void PlotTheGraph2();
   void PlotGraph2(std::string& error, const std::string& command, float l);
   // Evaluates the formula over count by count points, rows of y outermost,
-  // into values (rows of Stride() samples), and files it; error "E" after a
-  // run-time error, nothing filed when stopped.
-  void USERFN2(int count, float left, float right, float step, std::vector<float>& values, std::string& error,
+  // into values (count rows of Stride() samples), and files it; error "E"
+  // after a run-time error, nothing filed when stopped.
+  void USERFN2(int count, float left, float right, float step, float* values, std::string& error,
                const std::string& command);
   void RestorePlotButton();
   bool Plotting() const { return plotting_; }

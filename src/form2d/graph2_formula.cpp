@@ -85,12 +85,23 @@ void Graph2Form::PlotGraph2(std::string& error, const std::string& command, floa
     look.viewXLeft = look.viewYLow = left;
     look.viewXRight = look.viewYHigh = l;
   }
-  std::vector<float> values(Stride() * Stride(), 0.0f);
+  // The samples go straight into the slot the graph will be filed in: a
+  // slot past the last graph is read by nothing, and a stopped or failed
+  // plot leaves it as unused as before. A fifth graph, which goes to a new
+  // form, needs a matrix of its own.
+  std::vector<float> own;
+  float* values = nullptr;
+  if (graphCount_ < kMaxGraphs) {
+    values = store_.Row(graphCount_);
+  } else {
+    own.assign(Stride() * Stride(), 0.0f);
+    values = own.data();
+  }
   USERFN2(n_ + 1, left, l, step, values, error, command);
 }
 
-void Graph2Form::USERFN2(int count, float left, float right, float step, std::vector<float>& values,
-                         std::string& error, const std::string& command) {
+void Graph2Form::USERFN2(int count, float left, float right, float step, float* values, std::string& error,
+                         const std::string& command) {
   (void)command;
   formula::Evaluator ev;
   formula::BindEvaluator(ev, formula_);
@@ -151,7 +162,7 @@ void Graph2Form::USERFN2(int count, float left, float right, float step, std::ve
   controls_.SetVisible("PercentDone", false);
   context_.ShowIdle();
   plotting_ = false;
-  DisplayFunction(count - 1, values.data(), stride, left, right, step);
+  DisplayFunction(count - 1, values, stride, left, right, step);
 }
 
 void Graph2Form::PreviousFormula() {
