@@ -179,10 +179,24 @@ class FrameWindowTest : public QObject {
   void imagingHoldsTheSideCapAfterDecoding() {
     keldo::qt::QtImaging imaging;
     QVERIFY(!imaging.Load(KELDO_SOURCE_DIR "/tests/data/form2d/tall-after-decoding.bmp"));
+    // A 32-byte file that decodes to 9985 by 2560 pixels: read line by line,
+    // colours without their alpha byte.
+    const auto wide = imaging.Load(KELDO_SOURCE_DIR "/tests/data/form2d/wide-after-decoding.gif");
+    QVERIFY(wide.has_value());
+    QCOMPARE(wide->width, 9985);
+    QCOMPARE(wide->height, 2560);
+    QCOMPARE(wide->pixels.size(), std::size_t{9985} * 2560);
+    bool opaqueBytes = false;
+    for (const keldo::platform::Rgb p : wide->pixels) opaqueBytes = opaqueBytes || (p >> 24) != 0;
+    QVERIFY(!opaqueBytes);
     const auto rings = imaging.Load(KELDO_SOURCE_DIR "/examples/rings.png");
     QVERIFY(rings.has_value());
     QCOMPARE(rings->width, 256);
     QCOMPARE(rings->height, 256);
+    // The rings' centre is light grey, the same level in each colour.
+    const keldo::platform::Rgb centre = rings->At(128, 128);
+    QCOMPARE(centre >> 24, 0u);
+    QCOMPARE((centre >> 16) & 0xFF, centre & 0xFF);
   }
 };
 
