@@ -98,29 +98,53 @@ void CentredColumnPass(int n, const FloatTrigTables& t, const Plane& re, const P
 // and i + N/2 trade places (the exchange of every column's halves) and each
 // has its halves exchanged, while both are in the cache; then both are
 // transformed and scaled.
+// Rows go through the batched transform too, kFFTBatch at a time: the
+// rows of a batch are laid side by side (element j of row c at
+// j * kFFTBatch + c), each lane coming out bit for bit as its row alone.
+void TransformRows(int n, const FloatTrigTables& t, const Plane& re, const Plane& im, const int* rows, int g,
+                   float scale, ColumnBatch& batch) {
+  for (int c = 0; c < g; ++c) {
+    const float* x = re.Row(rows[c]);
+    const float* y = im.Row(rows[c]);
+    for (int j = 0; j < n; ++j) {
+      batch.x[static_cast<std::size_t>(j) * kFFTBatch + static_cast<std::size_t>(c)] = x[j];
+      batch.y[static_cast<std::size_t>(j) * kFFTBatch + static_cast<std::size_t>(c)] = y[j];
+    }
+  }
+  batch.Transform(n, t);
+  for (int c = 0; c < g; ++c) {
+    float* x = re.Row(rows[c]);
+    float* y = im.Row(rows[c]);
+    for (int j = 0; j < n; ++j) {
+      x[j] = batch.x[static_cast<std::size_t>(j) * kFFTBatch + static_cast<std::size_t>(c)] * scale;
+      y[j] = batch.y[static_cast<std::size_t>(j) * kFFTBatch + static_cast<std::size_t>(c)] * scale;
+    }
+  }
+}
+
 void CentredRowPass(int n, const FloatTrigTables& t, const Plane& re, const Plane& im, float scale) {
   const int h = n / 2;
-  for (int i = 0; i < h; ++i) {
-    float* rows[4] = {re.Row(i), re.Row(i + h), im.Row(i), im.Row(i + h)};
-    for (int k = 0; k < 2; ++k) {
-      float* a = rows[2 * k];
-      float* b = rows[2 * k + 1];
-      for (int j = 0; j < h; ++j) {
-        std::swap(a[j], b[j + h]);
-        std::swap(a[j + h], b[j]);
+  ColumnBatch batch(n);
+  for (int i0 = 0; i0 < h; i0 += kFFTBatch) {
+    const int g = std::min(kFFTBatch, h - i0);
+    int low[kFFTBatch], high[kFFTBatch];
+    for (int c = 0; c < g; ++c) {
+      const int i = i0 + c;
+      low[c] = i;
+      high[c] = i + h;
+      float* rows[4] = {re.Row(i), re.Row(i + h), im.Row(i), im.Row(i + h)};
+      for (int k = 0; k < 2; ++k) {
+        float* a = rows[2 * k];
+        float* b = rows[2 * k + 1];
+        for (int j = 0; j < h; ++j) {
+          std::swap(a[j], b[j + h]);
+          std::swap(a[j + h], b[j]);
+        }
       }
     }
-    for (int r = 0; r < 2; ++r) {
-      float* x = rows[r];
-      float* y = rows[r + 2];
-      BitReversePair(x, y, n, t.m);
-      ComplexFFTCore(x, y, t.sine.data(), t.tan.data(), n, 1);
-      for (int j = 0; j < n; ++j) {
-        x[j] *= scale;
-        y[j] *= scale;
-      }
-    }
-    PaceRow(2 * i + 1);
+    TransformRows(n, t, re, im, low, g, scale, batch);
+    TransformRows(n, t, re, im, high, g, scale, batch);
+    for (int c = 0; c < g; ++c) PaceRow(2 * (i0 + c) + 1);
   }
 }
 
