@@ -30,8 +30,7 @@ void BM_ComplexOurs(benchmark::State& state) {
   for (auto _ : state) {
     std::copy(re.begin(), re.end(), x.begin());
     std::copy(im.begin(), im.end(), y.begin());
-    BitReversePair(x.data(), y.data(), n, t.m);
-    ComplexFFTCore(x.data(), y.data(), t.sine.data(), t.tan.data(), n, 1);
+    ComplexFFT(x.data(), y.data(), t.sine.data(), t.tan.data(), n, t.m);
     benchmark::DoNotOptimize(x.data());
   }
 }

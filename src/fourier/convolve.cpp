@@ -36,8 +36,7 @@ std::vector<double> ConvolveGraphs(int n, const double* first, const double* sec
     for (std::size_t i = 0; i <= last; ++i) a[i] = a[i] * a[i] + b[i] * b[i];
     RealFFT(n, a.data(), b.data(), t.sine.data(), t.tan.data(), t.m - 1);
   } else {
-    BitReversePair(a.data(), b.data(), n, t.m);
-    ComplexFFTCore(a.data(), b.data(), t.sine.data(), t.tan.data(), n, 1);
+    ComplexFFT(a.data(), b.data(), t.sine.data(), t.tan.data(), n, t.m);
     // The spectra of the two real graphs, taken apart and multiplied.
     for (int k = 1; k <= n / 2; ++k) {
       const std::size_t i = static_cast<std::size_t>(k), c = last - i;

@@ -62,8 +62,78 @@ void BuildTrigTables(int n, int m, double* s, double* t, double& c) {
 
 namespace {
 
+// The first three stages (spans 1, 2 and 4) on eight elements, held in
+// registers between the stages. The operations are those of the stages one
+// by one.
 template <typename T>
-void BitReverseBoth(T* x, T* y, int n, int m) {
+inline void ThreeStagesOfEight(T* x, T* y, T s1, T t1) {
+  T a[8], b[8];
+  for (int i = 0; i < 8; ++i) {
+    a[i] = x[i];
+    b[i] = y[i];
+  }
+  for (int i = 0; i < 8; i += 2) {
+    const T a0 = a[i], a1 = a[i + 1], b0 = b[i], b1 = b[i + 1];
+    a[i] = a0 + a1;
+    a[i + 1] = a0 - a1;
+    b[i] = b0 + b1;
+    b[i + 1] = b0 - b1;
+  }
+  for (int i = 0; i < 8; i += 4) {
+    T v = a[i + 2], w = b[i + 2];
+    a[i + 2] = a[i] - v;
+    b[i + 2] = b[i] - w;
+    a[i] += v;
+    b[i] += w;
+    v = a[i + 3];
+    w = b[i + 3];
+    a[i + 3] = a[i + 1] + w;
+    b[i + 3] = b[i + 1] - v;
+    a[i + 1] -= w;
+    b[i + 1] += v;
+  }
+  // Span 4: the trivial twiddles, then k = 1 and its mirror.
+  T v = a[4], w = b[4];
+  a[4] = a[0] - v;
+  b[4] = b[0] - w;
+  a[0] += v;
+  b[0] += w;
+  v = a[6];
+  w = b[6];
+  a[6] = a[2] + w;
+  b[6] = b[2] - v;
+  a[2] -= w;
+  b[2] += v;
+  T u = b[5] + t1 * a[5];
+  v = a[5] - s1 * u;
+  w = u + t1 * v;
+  a[5] = a[1] - v;
+  b[5] = b[1] - w;
+  a[1] += v;
+  b[1] += w;
+  u = a[7] - t1 * b[7];
+  v = -b[7] - s1 * u;
+  w = u + t1 * v;
+  a[7] = a[3] - v;
+  b[7] = b[3] - w;
+  a[3] += v;
+  b[3] += w;
+  for (int i = 0; i < 8; ++i) {
+    x[i] = a[i];
+    y[i] = b[i];
+  }
+}
+
+template <typename T>
+void FirstThreeStages(T* x, T* y, T s1, T t1, int n) {
+  for (int j = 0; j < n; j += 8) ThreeStagesOfEight(x + j, y + j, s1, t1);
+}
+
+// The bit-reversal permutation; with kStages, each run of eight elements
+// also goes through the first three stages as soon as it holds its final
+// values, so that the data are read and written once for both.
+template <bool kStages, typename T>
+void BitReverseTiles(T* x, T* y, int n, int m, T s1, T t1) {
   const auto exchange = [&](int i, int j) {
     std::swap(x[i], x[j]);
     std::swap(y[i], y[j]);
@@ -80,6 +150,7 @@ void BitReverseBoth(T* x, T* y, int n, int m) {
       }
       j |= bit;
     }
+    if (kStages) FirstThreeStages(x, y, s1, t1, n);
     return;
   }
   // An index is (high, middle, low) with three-bit high and low parts; its
@@ -112,6 +183,7 @@ void BitReverseBoth(T* x, T* y, int n, int m) {
             std::swap(x[at + low], bufferX[h0][low0]);
             std::swap(y[at + low], bufferY[h0][low0]);
           }
+          if (kStages) ThreeStagesOfEight(x + at, y + at, s1, t1);
         }
       }
       // Back into this tile: exchanged values, or the tile reversed in itself.
@@ -122,6 +194,7 @@ void BitReverseBoth(T* x, T* y, int n, int m) {
           x[at + low] = self ? bufferX[kReversed[low]][kReversed[high]] : bufferX[high][low];
           y[at + low] = self ? bufferY[kReversed[low]][kReversed[high]] : bufferY[high][low];
         }
+        if (kStages) ThreeStagesOfEight(x + at, y + at, s1, t1);
       }
     }
     int bit = middleCount >> 1;
@@ -131,6 +204,11 @@ void BitReverseBoth(T* x, T* y, int n, int m) {
     }
     reversedMiddle |= bit;
   }
+}
+
+template <typename T>
+void BitReverseBoth(T* x, T* y, int n, int m) {
+  BitReverseTiles<false>(x, y, n, m, T(0), T(0));
 }
 
 // Two or four doubles, or four or eight floats, in the lanes of one vector
@@ -286,69 +364,6 @@ void ButterflyStage(T* x, T* y, const T* s, const T* t, int d, int tstep, int be
   else ButterflyStageNarrow(x, y, s, t, d, tstep, begin, end);
 }
 
-// The first three stages (spans 1, 2 and 4) on eight elements at a time,
-// held in registers between the stages. The operations are those of the
-// stages one by one.
-template <typename T>
-void FirstThreeStages(T* x, T* y, T s1, T t1, int n) {
-  for (int j = 0; j < n; j += 8) {
-    T a[8], b[8];
-    for (int i = 0; i < 8; ++i) {
-      a[i] = x[j + i];
-      b[i] = y[j + i];
-    }
-    for (int i = 0; i < 8; i += 2) {
-      const T a0 = a[i], a1 = a[i + 1], b0 = b[i], b1 = b[i + 1];
-      a[i] = a0 + a1;
-      a[i + 1] = a0 - a1;
-      b[i] = b0 + b1;
-      b[i + 1] = b0 - b1;
-    }
-    for (int i = 0; i < 8; i += 4) {
-      T v = a[i + 2], w = b[i + 2];
-      a[i + 2] = a[i] - v;
-      b[i + 2] = b[i] - w;
-      a[i] += v;
-      b[i] += w;
-      v = a[i + 3];
-      w = b[i + 3];
-      a[i + 3] = a[i + 1] + w;
-      b[i + 3] = b[i + 1] - v;
-      a[i + 1] -= w;
-      b[i + 1] += v;
-    }
-    // Span 4: the trivial twiddles, then k = 1 and its mirror.
-    T v = a[4], w = b[4];
-    a[4] = a[0] - v;
-    b[4] = b[0] - w;
-    a[0] += v;
-    b[0] += w;
-    v = a[6];
-    w = b[6];
-    a[6] = a[2] + w;
-    b[6] = b[2] - v;
-    a[2] -= w;
-    b[2] += v;
-    T u = b[5] + t1 * a[5];
-    v = a[5] - s1 * u;
-    w = u + t1 * v;
-    a[5] = a[1] - v;
-    b[5] = b[1] - w;
-    a[1] += v;
-    b[1] += w;
-    u = a[7] - t1 * b[7];
-    v = -b[7] - s1 * u;
-    w = u + t1 * v;
-    a[7] = a[3] - v;
-    b[7] = b[3] - w;
-    a[3] += v;
-    b[3] += w;
-    for (int i = 0; i < 8; ++i) {
-      x[j + i] = a[i];
-      y[j + i] = b[i];
-    }
-  }
-}
 
 // The twiddles of every stage laid out one after another, so that each stage
 // reads its own contiguously instead of every (n / 2d)-th entry of the
@@ -399,11 +414,11 @@ const StageTwiddles<T>* TwiddlesFor(const T* s, const T* t, int n, int stride) {
 }
 
 template <typename T>
-void FFTCore(T* x, T* y, const T* s, const T* t, int n, int stride) {
+void FFTCore(T* x, T* y, const T* s, const T* t, int n, int stride, bool firstThreeDone = false) {
   const auto tstepOf = [&](int d) { return stride * (n / (2 * d)); };
   int first = 2;
   if (n >= 8) {
-    FirstThreeStages(x, y, s[tstepOf(4)], t[tstepOf(4)], n);
+    if (!firstThreeDone) FirstThreeStages(x, y, s[tstepOf(4)], t[tstepOf(4)], n);
     first = 8;
   } else {
     for (int j = 0; j < n; j += 2) {
@@ -429,6 +444,21 @@ void FFTCore(T* x, T* y, const T* s, const T* t, int n, int stride) {
   for (int c = 0; c < n; c += chunk)
     for (int d = first; 2 * d <= chunk; d *= 2) stage(d, c, c + chunk);
   for (int d = std::max(chunk, first); d < n; d *= 2) stage(d, 0, n);
+}
+
+// The bit reversal and the whole transform, the first three stages done as
+// the permutation leaves each run of eight: the same operations on the same
+// values as BitReverseBoth and FFTCore one after the other.
+template <typename T>
+void ReverseAndTransform(T* x, T* y, const T* s, const T* t, int n, int m, int stride) {
+  if (n < 8) {
+    BitReverseBoth(x, y, n, m);
+    FFTCore(x, y, s, t, n, stride);
+    return;
+  }
+  const int tstep = stride * (n / 8);
+  BitReverseTiles<true>(x, y, n, m, s[tstep], t[tstep]);
+  FFTCore(x, y, s, t, n, stride, true);
 }
 
 // The transform of kFFTBatch sequences at once, interleaved: element i of
@@ -564,8 +594,7 @@ void RealTransform(int n, T* x, T* y, const T* s, const T* t, int mHalf) {
     y[k] = x[2 * k + 1];
     x[k] = x[2 * k];
   }
-  BitReverseBoth(x, y, h, mHalf);
-  FFTCore(x, y, s, t, h, 2);
+  ReverseAndTransform(x, y, s, t, h, mHalf, 2);
   // The step of k for one k: the halves of the spectrum from the transform
   // of the even and odd samples.
   const auto post = [&](int k) {
@@ -647,6 +676,12 @@ void BitReversePair(double* x, double* y, int n, int m) { BitReverseBoth(x, y, n
 void BitReversePair(float* x, float* y, int n, int m) { BitReverseBoth(x, y, n, m); }
 void ComplexFFTCore(double* x, double* y, const double* s, const double* t, int n, int stride) {
   FFTCore(x, y, s, t, n, stride);
+}
+void ComplexFFT(double* x, double* y, const double* s, const double* t, int n, int m) {
+  ReverseAndTransform(x, y, s, t, n, m, 1);
+}
+void ComplexFFT(float* x, float* y, const float* s, const float* t, int n, int m) {
+  ReverseAndTransform(x, y, s, t, n, m, 1);
 }
 void ComplexFFTCore(float* x, float* y, const float* s, const float* t, int n, int stride) {
   FFTCore(x, y, s, t, n, stride);

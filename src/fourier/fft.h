@@ -30,6 +30,12 @@ void BitReversePair(float* x, float* y, int n, int m);
 void ComplexFFTCore(double* x, double* y, const double* sineTable, const double* tanTable, int n, int stride);
 void ComplexFFTCore(float* x, float* y, const float* sineTable, const float* tanTable, int n, int stride);
 
+// BitReversePair then ComplexFFTCore with stride 1 (tables built for n),
+// with the same result to the bit, the first butterflies done as the
+// permutation goes: the data are passed over once less.
+void ComplexFFT(double* x, double* y, const double* sineTable, const double* tanTable, int n, int m);
+void ComplexFFT(float* x, float* y, const float* sineTable, const float* tanTable, int n, int m);
+
 // Bit reversal and butterflies (tables built for n) of kFFTBatch complex
 // sequences at once, interleaved: element i of sequence c at
 // x[i * kFFTBatch + c]. Each sequence comes out bit for bit as

@@ -77,8 +77,7 @@ TransformResult FourierTransformOf(int n, const double* re, const double* im, do
   if (complex && negative)
     for (int i = 0; i <= n; ++i) y[static_cast<std::size_t>(i)] = -y[static_cast<std::size_t>(i)];
   if (complex) {
-    BitReversePair(x.data(), y.data(), n, m);
-    ComplexFFTCore(x.data(), y.data(), tables.sine.data(), tables.tan.data(), n, 1);
+    ComplexFFT(x.data(), y.data(), tables.sine.data(), tables.tan.data(), n, m);
   } else {
     RealFFT(n, x.data(), y.data(), tables.sine.data(), tables.tan.data(), m - 1);
   }

@@ -168,3 +168,39 @@ TEST(FFTPrecision, EveryKernelAtEverySizeIsNoLessAccurateThanItsBound) {
 
 }  // namespace
 }  // namespace keldo::fourier
+
+namespace keldo::fourier {
+namespace {
+
+// The permutation with the first stages folded in gives the very bits of the
+// permutation followed by the whole transform, at every size and in both
+// precisions.
+template <typename T, typename Tables>
+void ExpectSameBits(int n) {
+  const Tables t(n);
+  std::mt19937_64 random(static_cast<unsigned>(n));
+  std::uniform_real_distribution<double> uniform(-1.0, 1.0);
+  std::vector<T> x(static_cast<std::size_t>(n) + 5), y(x.size());
+  for (std::size_t i = 0; i < x.size(); ++i) {
+    x[i] = static_cast<T>(uniform(random));
+    y[i] = static_cast<T>(uniform(random));
+  }
+  std::vector<T> x2 = x, y2 = y;
+  BitReversePair(x.data(), y.data(), n, t.m);
+  ComplexFFTCore(x.data(), y.data(), t.sine.data(), t.tan.data(), n, 1);
+  ComplexFFT(x2.data(), y2.data(), t.sine.data(), t.tan.data(), n, t.m);
+  for (int k = 0; k < n; ++k) {
+    ASSERT_EQ(x[static_cast<std::size_t>(k)], x2[static_cast<std::size_t>(k)]) << n << " " << k;
+    ASSERT_EQ(y[static_cast<std::size_t>(k)], y2[static_cast<std::size_t>(k)]) << n << " " << k;
+  }
+}
+
+TEST(FFTPrecision, TheFoldedPermutationGivesTheSameBitsAsTheTwoSteps) {
+  for (int m = 3; m <= 16; ++m) {
+    ExpectSameBits<double, TrigTables>(1 << m);
+    ExpectSameBits<float, FloatTrigTables>(1 << m);
+  }
+}
+
+}  // namespace
+}  // namespace keldo::fourier
