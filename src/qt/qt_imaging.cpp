@@ -30,7 +30,10 @@ std::optional<platform::RgbImage> QtImaging::Load(const std::string& path) {
       return image;
   }
   QImageReader reader(Q(path));
-  reader.setAllocationLimit(512);
+  // At most 128 MB of decoded picture (32 million pixels): well beyond any
+  // picture a form can hold, and a file that claims more is refused before
+  // the plugin fills a buffer for it.
+  reader.setAllocationLimit(128);
   // A header that announces more than any form can hold is refused before
   // any pixel is decoded.
   const QSize size = reader.size();

@@ -179,6 +179,9 @@ class FrameWindowTest : public QObject {
   void imagingHoldsTheSideCapAfterDecoding() {
     keldo::qt::QtImaging imaging;
     QVERIFY(!imaging.Load(KELDO_SOURCE_DIR "/tests/data/form2d/tall-after-decoding.bmp"));
+    // 38 bytes that claim a canvas beyond the decoding limit: refused before
+    // any buffer is filled.
+    QVERIFY(!imaging.Load(KELDO_SOURCE_DIR "/tests/data/form2d/huge-canvas.gif"));
     // A 32-byte file that decodes to 9985 by 2560 pixels: read line by line,
     // colours without their alpha byte.
     const auto wide = imaging.Load(KELDO_SOURCE_DIR "/tests/data/form2d/wide-after-decoding.gif");
