@@ -781,12 +781,15 @@ void CosineTransformCore(int n, double* x, double* y, const double* s, const dou
   const int h = n / 2;
   const double reciprocal = 1.0 / std::sqrt(c + 2.0);
   double acc = x[0];
+  // Y is scratch until the transform: it keeps each half-angle sine for the
+  // second loop.
   for (int k = 1; k < h; ++k) {
-    const double term = HalfAngleSine(s, k, reciprocal) * (x[h - k] - x[h + k]);
+    y[k] = HalfAngleSine(s, k, reciprocal);
+    const double term = y[k] * (x[h - k] - x[h + k]);
     acc += (k & 1) ? -term : term;
   }
   for (int k = 1; k < h; ++k) {
-    const double w = HalfAngleSine(s, k, reciprocal);
+    const double w = y[k];
     const double p = (x[n - k] + x[k]) / 2, g = x[k] - x[n - k];
     x[k] = p - g * w;
     x[n - k] = p + g * w;
