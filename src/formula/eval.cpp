@@ -249,12 +249,22 @@ Evaluator::SumStep Evaluator::StepSum(int s, double value, long long& restarts, 
 }
 
 double Evaluator::EvalTape(int index, double x) {
+  return single ? RunTape<true>(index, x) : RunTape<false>(index, x);
+}
+
+template <bool kSingle>
+double Evaluator::RunTape(int index, double x) {
   double* r = registers_.data();
   r[kRegisterX] = x;
-  for (int s = 0; s < 6; ++s) {
-    running_[s] = bounds[static_cast<std::size_t>(s)];
-    accumulator_[s] = s < 4 ? 0.0 : 1.0;
-    r[kRegisterIndex + s] = running_[s];
+  // The running sums matter only to a tape that sums.
+  if (tapeHasSums_) {
+    for (int s = 0; s < 6; ++s) {
+      running_[s] = bounds[static_cast<std::size_t>(s)];
+      accumulator_[s] = s < 4 ? 0.0 : 1.0;
+      r[kRegisterIndex + s] = running_[s];
+    }
+  } else {
+    for (int s = 0; s < 6; ++s) r[kRegisterIndex + s] = bounds[static_cast<std::size_t>(s)];
   }
   const Instruction* const begin = tape_.data();
   const Instruction* const end = begin + tape_.size();
@@ -308,7 +318,7 @@ double Evaluator::EvalTape(int index, double x) {
           const int at = index - order + k;
           r[in->dst] = (computed != nullptr && at >= 0 && at < computedSize) ? computed[at] : 0.0;
         }
-        if (single) r[in->dst] = static_cast<float>(r[in->dst]);
+        if (kSingle) r[in->dst] = static_cast<float>(r[in->dst]);
         continue;
       }
       case kTapeSlot:
@@ -323,7 +333,7 @@ double Evaluator::EvalTape(int index, double x) {
         continue;
       }
     }
-    if (single) v = static_cast<float>(v);
+    if (kSingle) v = static_cast<float>(v);
     if (!std::isfinite(v)) {
       fault_ = FaultOf(v);
       return 0.0;

@@ -109,6 +109,8 @@ class Evaluator {
   enum class SumStep { kRestart, kDone, kFault, kNothing };
   SumStep StepSum(int s, double value, long long& restarts, double& result);
   double EvalTape(int index, double x);
+  template <bool kSingle>
+  double RunTape(int index, double x);
   // The tape serves this call: linked, and every sum's bounds in order.
   bool TapeRuns() const;
   void LinkTape();
