@@ -85,6 +85,12 @@ analysis::PlaneRange Graph2Form::ViewWindowRange(int g) const {
   return analysis::InPlaneWindow(PlaneOf(g), look.viewXLeft, look.viewXRight, look.viewYLow, look.viewYHigh);
 }
 
+int Graph2Form::HeldPopUpGraph() {
+  if (popUpGraph_ >= 0 && popUpGraph_ < graphCount_) return popUpGraph_;
+  context_.ShowError(1);
+  return -1;
+}
+
 // ------------------------------------------------------------- measures
 
 void Graph2Form::OpenAnalysis(const SideBoxCommand& box) {
@@ -321,11 +327,8 @@ void Graph2Form::OpenHistogram(const SideBoxCommand&) {
 }
 
 void Graph2Form::PerformHistogram() {
-  const int g = popUpGraph_;
-  if (g < 0 || g >= graphCount_) {
-    context_.ShowError(1);
-    return;
-  }
+  const int g = HeldPopUpGraph();
+  if (g < 0) return;
   const analysis::Plane plane = PlaneOf(g);
   const std::vector<double> values = analysis::PlaneValues(plane, analysis::PlaneRange{0, n_, 0, n_});
   const int levels = 1 << (controls_["ComboQuantLevel"].value + 6);
@@ -349,11 +352,8 @@ void Graph2Form::PerformHistogram() {
 // ------------------------------------------------------ graph clipboard
 
 void Graph2Form::CopyTheGraph() {
-  const int g = popUpGraph_;
-  if (g < 0 || g >= graphCount_) {
-    context_.ShowError(1);
-    return;
-  }
+  const int g = HeldPopUpGraph();
+  if (g < 0) return;
   const auto s = static_cast<std::size_t>(g);
   const GraphLook& look = looks_[s];
   GraphExchangeArea2D& area = context_.exchange().twoDimensional;
@@ -420,11 +420,8 @@ void Graph2Form::PasteTheGraph() {
 }
 
 void Graph2Form::ClipTheGraph() {
-  const int g = popUpGraph_;
-  if (g < 0 || g >= graphCount_) {
-    context_.ShowError(1);
-    return;
-  }
+  const int g = HeldPopUpGraph();
+  if (g < 0) return;
   const auto s = static_cast<std::size_t>(g);
   const GraphLook& look = looks_[s];
   const double across = std::nearbyint(static_cast<double>(n_) / std::max(1, look.drawWidths));

@@ -247,6 +247,8 @@ class Graph2Form final : public Form, private formula::FormulaHost {
   int GraphNumber(const std::string& field);
   // The graph of the image box's commands: the only one, or the field's.
   int ImageCommandGraph();
+  // The graph of the pop-up menu when it holds one; -1 after message 1.
+  int HeldPopUpGraph();
   analysis::Plane PlaneOf(int g) const;
   analysis::PlaneRange ViewWindowRange(int g) const;
   void OpenAnalysis(const SideBoxCommand& box);
