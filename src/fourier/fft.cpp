@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <map>
 #include <memory>
@@ -64,23 +65,20 @@ namespace {
 
 // The first three stages (spans 1, 2 and 4) on eight elements, held in
 // registers between the stages. The operations are those of the stages one
-// by one.
-template <typename T>
-inline void ThreeStagesOfEight(T* x, T* y, T s1, T t1) {
-  T a[8], b[8];
-  for (int i = 0; i < 8; ++i) {
-    a[i] = x[i];
-    b[i] = y[i];
-  }
+// by one. A and b hold the real and imaginary parts of the eight elements: numbers,
+// or vectors whose lanes are separate runs of eight, each going through the
+// very operations a lone run would.
+template <typename V, typename T>
+inline __attribute__((always_inline)) void StagesOfEight(V* a, V* b, T s1, T t1) {
   for (int i = 0; i < 8; i += 2) {
-    const T a0 = a[i], a1 = a[i + 1], b0 = b[i], b1 = b[i + 1];
+    const V a0 = a[i], a1 = a[i + 1], b0 = b[i], b1 = b[i + 1];
     a[i] = a0 + a1;
     a[i + 1] = a0 - a1;
     b[i] = b0 + b1;
     b[i + 1] = b0 - b1;
   }
   for (int i = 0; i < 8; i += 4) {
-    T v = a[i + 2], w = b[i + 2];
+    V v = a[i + 2], w = b[i + 2];
     a[i + 2] = a[i] - v;
     b[i + 2] = b[i] - w;
     a[i] += v;
@@ -93,7 +91,7 @@ inline void ThreeStagesOfEight(T* x, T* y, T s1, T t1) {
     b[i + 1] += v;
   }
   // Span 4: the trivial twiddles, then k = 1 and its mirror.
-  T v = a[4], w = b[4];
+  V v = a[4], w = b[4];
   a[4] = a[0] - v;
   b[4] = b[0] - w;
   a[0] += v;
@@ -104,7 +102,7 @@ inline void ThreeStagesOfEight(T* x, T* y, T s1, T t1) {
   b[6] = b[2] - v;
   a[2] -= w;
   b[2] += v;
-  T u = b[5] + t1 * a[5];
+  V u = b[5] + t1 * a[5];
   v = a[5] - s1 * u;
   w = u + t1 * v;
   a[5] = a[1] - v;
@@ -118,6 +116,16 @@ inline void ThreeStagesOfEight(T* x, T* y, T s1, T t1) {
   b[7] = b[3] - w;
   a[3] += v;
   b[3] += w;
+}
+
+template <typename T>
+inline void ThreeStagesOfEight(T* x, T* y, T s1, T t1) {
+  T a[8], b[8];
+  for (int i = 0; i < 8; ++i) {
+    a[i] = x[i];
+    b[i] = y[i];
+  }
+  StagesOfEight(a, b, s1, t1);
   for (int i = 0; i < 8; ++i) {
     x[i] = a[i];
     y[i] = b[i];
@@ -206,11 +214,6 @@ void BitReverseTiles(T* x, T* y, int n, int m, T s1, T t1) {
   }
 }
 
-template <typename T>
-void BitReverseBoth(T* x, T* y, int n, int m) {
-  BitReverseTiles<false>(x, y, n, m, T(0), T(0));
-}
-
 // Two or four doubles, or four or eight floats, in the lanes of one vector
 // register of 16 or 32 bytes.
 typedef double Pair __attribute__((vector_size(16)));
@@ -243,6 +246,123 @@ inline __attribute__((always_inline)) void Load(V& v, const T* p) {
 template <typename V, typename T>
 inline __attribute__((always_inline)) void Store(T* p, const V& v) {
   std::memcpy(p, &v, sizeof v);
+}
+
+// The tiles of BitReverseTiles with 256-bit vectors, for doubles. The eight
+// rows of a tile are loaded as two vectors each, so that lane c of row r is
+// column c; as output row h gathers column rev h, the elements of all eight
+// output rows go through the three stages at once, lane by lane, and are
+// then transposed into place.
+inline __attribute__((always_inline)) void LoadTile(Quad* lo, Quad* hi, const double* p, int rowStep) {
+  for (int r = 0; r < 8; ++r) {
+    Load(lo[r], p + r * rowStep);
+    Load(hi[r], p + r * rowStep + 4);
+  }
+}
+
+// Rows a[0..3] to columns: out[c] = (a[0][c], a[1][c], a[2][c], a[3][c]).
+inline __attribute__((always_inline)) void Transpose4(const Quad* a, Quad* out) {
+  const Quad t0 = __builtin_shufflevector(a[0], a[1], 0, 4, 2, 6);
+  const Quad t1 = __builtin_shufflevector(a[0], a[1], 1, 5, 3, 7);
+  const Quad t2 = __builtin_shufflevector(a[2], a[3], 0, 4, 2, 6);
+  const Quad t3 = __builtin_shufflevector(a[2], a[3], 1, 5, 3, 7);
+  out[0] = __builtin_shufflevector(t0, t2, 0, 1, 4, 5);
+  out[1] = __builtin_shufflevector(t1, t3, 0, 1, 4, 5);
+  out[2] = __builtin_shufflevector(t0, t2, 2, 3, 6, 7);
+  out[3] = __builtin_shufflevector(t1, t3, 2, 3, 6, 7);
+}
+
+// Columns c0..c0+3 of one array, held as the first and last four elements
+// of each (x[0..3] and x[4..7]), to output rows rev c at dest.
+inline __attribute__((always_inline)) void StoreColumns(const Quad* a, double* dest, int rowStep, int c0) {
+  static constexpr int kReversed[8] = {0, 4, 2, 6, 1, 5, 3, 7};
+  Quad first[4], last[4];
+  Transpose4(a, first);
+  Transpose4(a + 4, last);
+  for (int c = 0; c < 4; ++c) {
+    double* row = dest + kReversed[c0 + c] * rowStep;
+    Store(row, first[c]);
+    Store(row + 4, last[c]);
+  }
+}
+
+// A source tile (rows in lo and hi, x then y) into the destination tile:
+// element l of output row h is source element (rev l, rev h). Element l of
+// every output row is source row rev l, lane by lane, so the three stages
+// run on all eight output rows at once before the transposition.
+template <bool kStages>
+inline __attribute__((always_inline)) void TileOut(const Quad* xlo, const Quad* xhi, const Quad* ylo,
+                                                   const Quad* yhi, double* dx, double* dy, int rowStep, double s1,
+                                                   double t1) {
+  static constexpr int kReversed[8] = {0, 4, 2, 6, 1, 5, 3, 7};
+  Quad a[8], b[8], e[8], f[8];
+  for (int l = 0; l < 8; ++l) {
+    a[l] = xlo[kReversed[l]];
+    b[l] = ylo[kReversed[l]];
+    e[l] = xhi[kReversed[l]];
+    f[l] = yhi[kReversed[l]];
+  }
+  if (kStages) {
+    StagesOfEight(a, b, s1, t1);
+    StagesOfEight(e, f, s1, t1);
+  }
+  // The rows of a tile lie a power of two apart and share one cache set;
+  // the lines of y, read last, are still there, so they are written first.
+  StoreColumns(b, dy, rowStep, 0);
+  StoreColumns(f, dy, rowStep, 4);
+  StoreColumns(a, dx, rowStep, 0);
+  StoreColumns(e, dx, rowStep, 4);
+}
+
+// BitReverseTiles for doubles, m at least 6.
+template <bool kStages>
+__attribute__((target("avx"))) void BitReverseTilesWide(double* x, double* y, int m, double s1, double t1) {
+  const int middleCount = 1 << (m - 6);
+  const int rowStep = 1 << (m - 3);
+  int reversedMiddle = 0;
+  for (int middle = 0; middle < middleCount; ++middle) {
+    if (middle <= reversedMiddle) {
+      const int at = middle << 3;
+      Quad axl[8], axh[8], ayl[8], ayh[8];
+      LoadTile(axl, axh, x + at, rowStep);
+      LoadTile(ayl, ayh, y + at, rowStep);
+      if (middle < reversedMiddle) {
+        const int partner = reversedMiddle << 3;
+        Quad bxl[8], bxh[8], byl[8], byh[8];
+        LoadTile(bxl, bxh, x + partner, rowStep);
+        LoadTile(byl, byh, y + partner, rowStep);
+        TileOut<kStages>(bxl, bxh, byl, byh, x + at, y + at, rowStep, s1, t1);
+        TileOut<kStages>(axl, axh, ayl, ayh, x + partner, y + partner, rowStep, s1, t1);
+      } else {
+        TileOut<kStages>(axl, axh, ayl, ayh, x + at, y + at, rowStep, s1, t1);
+      }
+    }
+    int bit = middleCount >> 1;
+    while (reversedMiddle & bit) {
+      reversedMiddle ^= bit;
+      bit >>= 1;
+    }
+    reversedMiddle |= bit;
+  }
+}
+
+// The permutation, with the first three stages when kStages, by the vector
+// tiles where they apply.
+template <bool kStages, typename T>
+void BitReverse(T* x, T* y, int n, int m, T s1, T t1) {
+  if constexpr (std::is_same_v<T, double>) {
+    static const bool wide = __builtin_cpu_supports("avx");
+    if (wide && m >= 6) {
+      BitReverseTilesWide<kStages>(x, y, m, s1, t1);
+      return;
+    }
+  }
+  BitReverseTiles<kStages>(x, y, n, m, s1, t1);
+}
+
+template <typename T>
+void BitReverseBoth(T* x, T* y, int n, int m) {
+  BitReverse<false>(x, y, n, m, T(0), T(0));
 }
 
 // Elements that one pass of the early stages keeps in the first-level cache.
@@ -309,38 +429,56 @@ inline __attribute__((always_inline)) void StageBody(T* x, T* y, const T* s, con
                                                      int end) {
   const int q = d / 2;
   const int blockStep = 2 * d;
+  // Vector reads and writes that straddle two cache lines cost twice, so the
+  // vector steps start where x + j + k is a multiple of the vector's width
+  // (blocks start at multiples of 16 elements, so this is the same k in
+  // every block). When that is k = 0, the trivial twiddles ride in lane 0 of
+  // the first vector and are then done again exactly, from saved values;
+  // otherwise the twiddles before it go one at a time.
+  const int misalign = static_cast<int>((reinterpret_cast<std::uintptr_t>(x) / sizeof(T)) % L);
+  const bool laneZero = misalign == 0 && q >= L;
+  const int first = laneZero ? 0 : std::min(q, 1 + (2 * L - 1 - misalign) % L);
+  const auto scalarStep = [&](int j, int k) {
+    const T sk = s[k * tstep], tk = t[k * tstep];
+    // Rotation by theta = pi k / d in three shears.
+    int r = j + k + d;
+    T u = y[r] + tk * x[r];
+    T v = x[r] - sk * u;
+    T w = u + tk * v;
+    Butterfly(x, y, j + k, r, v, w);
+    // The mirror pair, at theta + pi / 2.
+    const int p = j + k + q;
+    r = p + d;
+    u = x[r] - tk * y[r];
+    v = -y[r] - sk * u;
+    w = u + tk * v;
+    Butterfly(x, y, p, r, v, w);
+  };
   for (int j = begin; j < end; j += blockStep) {
-    // The trivial twiddles: 1 and +i.
-    const T a0 = x[j + d], b0 = y[j + d];
-    Butterfly(x, y, j, j + d, a0, b0);
+    // The trivial twiddles, 1 and +i, from the values before the step.
+    const T x0 = x[j], y0 = y[j], a0 = x[j + d], b0 = y[j + d];
     const int p0 = j + q, r0 = j + d + q;
-    const T a = x[r0], b = y[r0];
-    x[r0] = x[p0] + b;
-    y[r0] = y[p0] - a;
-    x[p0] -= b;
-    y[p0] += a;
-    int k = 1;
-    for (; q >= 2 * L && k + L - 1 < q; k += L) VectorStep<V, L>(x, y, s, t, j, k, d, q, tstep);
+    const T xp = x[p0], yp = y[p0], a = x[r0], b = y[r0];
+    const auto trivial = [&] {
+      x[j + d] = x0 - a0;
+      y[j + d] = y0 - b0;
+      x[j] = x0 + a0;
+      y[j] = y0 + b0;
+      x[r0] = xp + b;
+      y[r0] = yp - a;
+      x[p0] = xp - b;
+      y[p0] = yp + a;
+    };
+    if (!laneZero) trivial();
+    int k = laneZero ? 0 : 1;
+    for (; k < first; ++k) scalarStep(j, k);
+    for (; k + L - 1 < q; k += L) VectorStep<V, L>(x, y, s, t, j, k, d, q, tstep);
+    if (laneZero) trivial();
     constexpr int kNarrow = Lanes<T>::kNarrow;
     if constexpr (L > kNarrow)
       for (; k + kNarrow - 1 < q; k += kNarrow)
         VectorStep<typename Lanes<T>::Narrow, kNarrow>(x, y, s, t, j, k, d, q, tstep);
-    for (; k < q; ++k) {
-      const T sk = s[k * tstep], tk = t[k * tstep];
-      // Rotation by theta = pi k / d in three shears.
-      int r = j + k + d;
-      T u = y[r] + tk * x[r];
-      T v = x[r] - sk * u;
-      T w = u + tk * v;
-      Butterfly(x, y, j + k, r, v, w);
-      // The mirror pair, at theta + pi / 2.
-      const int p = j + k + q;
-      r = p + d;
-      u = x[r] - tk * y[r];
-      v = -y[r] - sk * u;
-      w = u + tk * v;
-      Butterfly(x, y, p, r, v, w);
-    }
+    for (; k < q; ++k) scalarStep(j, k);
   }
 }
 
@@ -457,7 +595,7 @@ void ReverseAndTransform(T* x, T* y, const T* s, const T* t, int n, int m, int s
     return;
   }
   const int tstep = stride * (n / 8);
-  BitReverseTiles<true>(x, y, n, m, s[tstep], t[tstep]);
+  BitReverse<true>(x, y, n, m, s[tstep], t[tstep]);
   FFTCore(x, y, s, t, n, stride, true);
 }
 
