@@ -711,24 +711,51 @@ void BatchTransformNarrow(float* x, float* y, const float* s, const float* t, in
   BatchTransform<Float4, 2>(x, y, s, t, n);
 }
 
-template <typename T>
-void RealTransform(int n, T* x, T* y, const T* s, const T* t, int mHalf) {
+// A vector of the elements p[0], p[-1], ..., and its store back.
+template <typename V>
+inline __attribute__((always_inline)) void LoadBackwards(V& v, const double* p) {
+  constexpr int L = sizeof(V) / sizeof(double);
+  V w;
+  Load(w, p - (L - 1));
+  if constexpr (L == 2) v = __builtin_shufflevector(w, w, 1, 0);
+  else v = __builtin_shufflevector(w, w, 3, 2, 1, 0);
+}
+
+template <typename V>
+inline __attribute__((always_inline)) void StoreBackwards(double* p, const V& v) {
+  constexpr int L = sizeof(V) / sizeof(double);
+  V w;
+  if constexpr (L == 2) w = __builtin_shufflevector(v, v, 1, 0);
+  else w = __builtin_shufflevector(v, v, 3, 2, 1, 0);
+  Store(p - (L - 1), w);
+}
+
+// The real transform for doubles, L values of k at a time in the lanes of a
+// vector V where the passes allow, each lane doing the operations of the
+// scalar steps.
+template <typename V, int L>
+inline __attribute__((always_inline)) void RealTransformBody(int n, double* x, double* y, const double* s,
+                                                             const double* t, int mHalf) {
   const int h = n / 2, q = n / 4;
-  // The odd samples go to y, the even ones move down. Two at a time: the
-  // four values are read before the two writes, which land below them.
-  int rest = 0;
-  if constexpr (std::is_same_v<T, double>) {
-    for (int k = 0; k + 1 < h; k += 2) {
-      Pair first, second;
-      Load(first, x + 2 * k);
-      Load(second, x + 2 * k + 2);
-      const Pair evens = {first[0], second[0]}, odds = {first[1], second[1]};
-      Store(y + k, odds);
-      Store(x + k, evens);
+  // The odd samples go to y, the even ones move down: L values of each are
+  // read before the writes, which land below them.
+  int k = 0;
+  for (; k + L - 1 < h; k += L) {
+    V first, second;
+    Load(first, x + 2 * k);
+    Load(second, x + 2 * k + L);
+    V evens, odds;
+    if constexpr (L == 2) {
+      evens = __builtin_shufflevector(first, second, 0, 2);
+      odds = __builtin_shufflevector(first, second, 1, 3);
+    } else {
+      evens = __builtin_shufflevector(first, second, 0, 2, 4, 6);
+      odds = __builtin_shufflevector(first, second, 1, 3, 5, 7);
     }
-    rest = h & ~1;
+    Store(y + k, odds);
+    Store(x + k, evens);
   }
-  for (int k = rest; k < h; ++k) {
+  for (; k < h; ++k) {
     y[k] = x[2 * k + 1];
     x[k] = x[2 * k];
   }
@@ -736,9 +763,9 @@ void RealTransform(int n, T* x, T* y, const T* s, const T* t, int mHalf) {
   // The step of k for one k: the halves of the spectrum from the transform
   // of the even and odd samples.
   const auto post = [&](int k) {
-    const T sk = s[k], tk = t[k];
-    T d = x[k] - x[h - k], a = y[h - k] + y[k];
-    T u = d * tk + a, v = d - u * sk;
+    const double sk = s[k], tk = t[k];
+    double d = x[k] - x[h - k], a = y[h - k] + y[k];
+    double u = d * tk + a, v = d - u * sk;
     x[n - k] = (x[h - k] + x[k] + (v * tk + u)) / 2;
     y[n - k] = (y[h - k] - y[k] + v) / 2;
     const int e = q + k;
@@ -749,58 +776,96 @@ void RealTransform(int n, T* x, T* y, const T* s, const T* t, int mHalf) {
     x[n - e] = (x[h - e] + x[e] + (v * tk + u)) / 2;
     y[n - e] = (y[h - e] - y[e] + v) / 2;
   };
-  if (q < 4 || !std::is_same_v<T, double>) {
-    for (int k = 1; k < q; ++k) post(k);
-  } else if constexpr (std::is_same_v<T, double>) {
-    post(1);
-    // Two values of k at a time in the lanes of a vector, each lane doing
-    // the operations of `post`; the elements read and written backwards are
-    // moved with their lanes swapped. Reads stay in the lower half and
-    // writes in the upper half, so no step sees another's result.
-    const auto backwards = [](const double* p) {  // p[0], p[-1]
-      Pair v;
-      Load(v, p - 1);
-      return Pair{v[1], v[0]};
-    };
-    const auto storeBackwards = [](double* p, const Pair& v) {
-      const Pair r = {v[1], v[0]};
-      Store(p - 1, r);
-    };
-    for (int k = 2; k + 1 < q; k += 2) {
-      Pair sk, tk, xk, yk, xe, ye;
+  // L values of k at a time; the elements read and written backwards are
+  // moved with their lanes reversed. Reads stay in the lower half and
+  // writes in the upper half, so no step sees another's result.
+  k = 1;
+  if (q >= 4) {
+    for (; k < L; ++k) post(k);
+    for (; k + L - 1 < q; k += L) {
+      V sk, tk, xk, yk, xe, ye;
       Load(sk, s + k);
       Load(tk, t + k);
       Load(xk, x + k);
       Load(yk, y + k);
-      const Pair xm = backwards(x + h - k), ym = backwards(y + h - k);
-      Pair d = xk - xm, a = ym + yk;
-      Pair u = d * tk + a, v = d - u * sk;
-      storeBackwards(x + n - k, (xm + xk + (v * tk + u)) / 2);
-      storeBackwards(y + n - k, (ym - yk + v) / 2);
+      V xm, ym, xf, yf;
+      LoadBackwards(xm, x + h - k);
+      LoadBackwards(ym, y + h - k);
+      V d = xk - xm, a = ym + yk;
+      V u = d * tk + a, v = d - u * sk;
+      StoreBackwards(x + n - k, (xm + xk + (v * tk + u)) / 2);
+      StoreBackwards(y + n - k, (ym - yk + v) / 2);
       const int e = q + k;
       Load(xe, x + e);
       Load(ye, y + e);
-      const Pair xf = backwards(x + h - e), yf = backwards(y + h - e);
+      LoadBackwards(xf, x + h - e);
+      LoadBackwards(yf, y + h - e);
       d = xe - xf;
       a = yf + ye;
       u = d - a * tk;
       v = -a - u * sk;
-      storeBackwards(x + n - e, (xf + xe + (v * tk + u)) / 2);
-      storeBackwards(y + n - e, (yf - ye + v) / 2);
+      StoreBackwards(x + n - e, (xf + xe + (v * tk + u)) / 2);
+      StoreBackwards(y + n - e, (yf - ye + v) / 2);
     }
   }
+  for (; k < q; ++k) post(k);
   x[n - q] = x[q];
   y[n - q] = -y[q];
   {
     // The upper half, read backwards, into the lower half: no index is both.
-    T* __restrict xLow = x;
-    T* __restrict yLow = y;
-    const T* __restrict xHigh = x + n;
-    const T* __restrict yHigh = y + n;
-    for (int k = 1; k < h; ++k) {
-      xLow[k] = xHigh[-k];
-      yLow[k] = -yHigh[-k];
+    double* __restrict xLow = x;
+    double* __restrict yLow = y;
+    const double* __restrict xHigh = x + n;
+    const double* __restrict yHigh = y + n;
+    for (int j = 1; j < h; ++j) {
+      xLow[j] = xHigh[-j];
+      yLow[j] = -yHigh[-j];
     }
+  }
+  x[h] = x[0] - y[0];
+  x[0] = x[0] + y[0];
+  y[0] = 0;
+  y[h] = 0;
+}
+
+__attribute__((target("avx"))) void RealTransformWide(int n, double* x, double* y, const double* s,
+                                                        const double* t, int mHalf) {
+  RealTransformBody<Quad, 4>(n, x, y, s, t, mHalf);
+}
+
+void RealTransform(int n, double* x, double* y, const double* s, const double* t, int mHalf) {
+  static const bool wide = __builtin_cpu_supports("avx");
+  if (wide) RealTransformWide(n, x, y, s, t, mHalf);
+  else RealTransformBody<Pair, 2>(n, x, y, s, t, mHalf);
+}
+
+// The same in floats, one value of k at a time.
+void RealTransform(int n, float* x, float* y, const float* s, const float* t, int mHalf) {
+  const int h = n / 2, q = n / 4;
+  for (int k = 0; k < h; ++k) {
+    y[k] = x[2 * k + 1];
+    x[k] = x[2 * k];
+  }
+  ReverseAndTransform(x, y, s, t, h, mHalf, 2);
+  for (int k = 1; k < q; ++k) {
+    const float sk = s[k], tk = t[k];
+    float d = x[k] - x[h - k], a = y[h - k] + y[k];
+    float u = d * tk + a, v = d - u * sk;
+    x[n - k] = (x[h - k] + x[k] + (v * tk + u)) / 2;
+    y[n - k] = (y[h - k] - y[k] + v) / 2;
+    const int e = q + k;
+    d = x[e] - x[h - e];
+    a = y[h - e] + y[e];
+    u = d - a * tk;
+    v = -a - u * sk;
+    x[n - e] = (x[h - e] + x[e] + (v * tk + u)) / 2;
+    y[n - e] = (y[h - e] - y[e] + v) / 2;
+  }
+  x[n - q] = x[q];
+  y[n - q] = -y[q];
+  for (int k = 1; k < h; ++k) {
+    x[k] = x[n - k];
+    y[k] = -y[n - k];
   }
   x[h] = x[0] - y[0];
   x[0] = x[0] + y[0];
