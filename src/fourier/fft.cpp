@@ -432,12 +432,15 @@ inline __attribute__((always_inline)) void StageBody(T* x, T* y, const T* s, con
   // Vector reads and writes that straddle two cache lines cost twice, so the
   // vector steps start where x + j + k is a multiple of the vector's width
   // (blocks start at multiples of 16 elements, so this is the same k in
-  // every block). When that is k = 0, the trivial twiddles ride in lane 0 of
-  // the first vector and are then done again exactly, from saved values;
+  // every block). When a vector can start at k = 0, the trivial twiddles
+  // ride in its lane 0 and are then done again exactly, from saved values;
   // otherwise the twiddles before it go one at a time.
+  // A narrower vector may lead the way to that k from k = 0.
+  constexpr int kNarrow = Lanes<T>::kNarrow;
   const int misalign = static_cast<int>((reinterpret_cast<std::uintptr_t>(x) / sizeof(T)) % L);
-  const bool laneZero = misalign == 0 && q >= L;
-  const int first = laneZero ? 0 : std::min(q, 1 + (2 * L - 1 - misalign) % L);
+  const int aligned = (L - misalign) % L;
+  const bool laneZero = q >= L && aligned % kNarrow == 0;
+  const int first = laneZero ? 0 : std::min(q, aligned == 0 ? L : aligned);
   const auto scalarStep = [&](int j, int k) {
     const T sk = s[k * tstep], tk = t[k * tstep];
     // Rotation by theta = pi k / d in three shears.
@@ -471,10 +474,11 @@ inline __attribute__((always_inline)) void StageBody(T* x, T* y, const T* s, con
     };
     if (!laneZero) trivial();
     int k = laneZero ? 0 : 1;
+    if (laneZero)
+      for (; k < aligned; k += kNarrow) VectorStep<typename Lanes<T>::Narrow, kNarrow>(x, y, s, t, j, k, d, q, tstep);
     for (; k < first; ++k) scalarStep(j, k);
     for (; k + L - 1 < q; k += L) VectorStep<V, L>(x, y, s, t, j, k, d, q, tstep);
     if (laneZero) trivial();
-    constexpr int kNarrow = Lanes<T>::kNarrow;
     if constexpr (L > kNarrow)
       for (; k + kNarrow - 1 < q; k += kNarrow)
         VectorStep<typename Lanes<T>::Narrow, kNarrow>(x, y, s, t, j, k, d, q, tstep);
