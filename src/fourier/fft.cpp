@@ -13,12 +13,6 @@
 namespace keldo::fourier {
 namespace {
 
-// sin(pi k / N) for 1 <= k < N/2, from the table at half index: an even k
-// reads it, an odd k averages its neighbours over cos(pi / N).
-inline double HalfAngleSine(const double* s, int k, double reciprocal) {
-  return (k & 1) == 0 ? s[k / 2] : (s[(k - 1) / 2] + s[(k + 1) / 2]) * reciprocal;
-}
-
 int Log2Of(int n) {
   int k = 0;
   while ((1 << k) < n) ++k;
@@ -963,14 +957,21 @@ void SineTransformCore(int n, double* x, double* y, const double* s, const doubl
   const int h = n / 2;
   const double reciprocal = 1.0 / std::sqrt(c + 2.0);
   x[0] = 0.0;
-  double acc = 0.0, sign = -1.0;
-  for (int k = 1; k < h; ++k) {
+  double acc = 0.0;
+  // The sum alternates in sign from +r at k = 1; an odd and the following
+  // even k at a time, so that no step asks which one it is. sin(pi k / N)
+  // comes from the table at half index: an even k reads it, an odd k
+  // averages its neighbours over cos(pi / N).
+  const auto step = [&](int k, double sine) {
     const double g = (x[k] - x[n - k]) / 2;
-    const double r = HalfAngleSine(s, k, reciprocal) * (x[n - k] + x[k]);
+    const double r = sine * (x[n - k] + x[k]);
     x[k] = r + g;
-    sign = -sign;
-    acc += sign * r;
     x[n - k] = r - g;
+    return r;
+  };
+  for (int k = 1; k < h; k += 2) {
+    acc += step(k, (s[(k - 1) / 2] + s[(k + 1) / 2]) * reciprocal);
+    if (k + 1 < h) acc -= step(k + 1, s[(k + 1) / 2]);
   }
   const double z = acc - x[h];
   x[h] = 2 * x[h];
@@ -990,10 +991,13 @@ void CosineTransformCore(int n, double* x, double* y, const double* s, const dou
   double acc = x[0];
   // Y is scratch until the transform: it keeps each half-angle sine for the
   // second loop.
-  for (int k = 1; k < h; ++k) {
-    y[k] = HalfAngleSine(s, k, reciprocal);
-    const double term = y[k] * (x[h - k] - x[h + k]);
-    acc += (k & 1) ? -term : term;
+  for (int k = 1; k < h; k += 2) {
+    y[k] = (s[(k - 1) / 2] + s[(k + 1) / 2]) * reciprocal;
+    acc -= y[k] * (x[h - k] - x[h + k]);
+    if (k + 1 < h) {
+      y[k + 1] = s[(k + 1) / 2];
+      acc += y[k + 1] * (x[h - k - 1] - x[h + k + 1]);
+    }
   }
   for (int k = 1; k < h; ++k) {
     const double w = y[k];
