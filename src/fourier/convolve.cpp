@@ -21,7 +21,7 @@ double NormFactor(int n, const double* a) {
 std::vector<double> ConvolveGraphs(int n, const double* first, const double* second, const ConvolveSetup& s) {
   const TrigTables t(n);
   const std::size_t size = static_cast<std::size_t>(n) + 5, last = static_cast<std::size_t>(n);
-  std::vector<double> a(first, first + n + 1), b(size, 0.0);
+  KernelVector<double> a(first, first + n + 1), b(size, 0.0);
   a.resize(size, 0.0);
   double norm1 = 1.0, norm2 = 1.0;
   if (s.normalize) norm1 = norm2 = NormFactor(n, a.data());
@@ -56,8 +56,7 @@ std::vector<double> ConvolveGraphs(int n, const double* first, const double* sec
     for (std::size_t i = 0; i <= last; ++i) a[i] /= s.length;
   if (s.normalize)
     for (std::size_t i = 0; i <= last; ++i) a[i] /= norm1 * norm2;
-  a.resize(last + 1);
-  return a;
+  return std::vector<double>(a.begin(), a.begin() + static_cast<std::ptrdiff_t>(last) + 1);
 }
 
 }  // namespace keldo::fourier

@@ -12,9 +12,27 @@
 //   sine:     X[k] = sum_{j=1}^{N-1} x[j] sin(pi j k / N), k = 0..N
 //   cosine:   X[k] = sum_{j=0}^{N-1} x[j] cos(pi j k / N), k = 0..N-1
 
+#include <cstddef>
+#include <new>
 #include <vector>
 
 namespace keldo::fourier {
+
+// Working arrays for the kernels that start on a 64-byte boundary, so that
+// their vector steps never straddle two cache lines (at some sizes that
+// makes a transform a third faster). Any array works; these work fastest.
+template <typename T>
+struct KernelAllocator {
+  using value_type = T;
+  KernelAllocator() = default;
+  template <typename U>
+  explicit KernelAllocator(const KernelAllocator<U>&) {}
+  T* allocate(std::size_t n) { return static_cast<T*>(::operator new(n * sizeof(T), std::align_val_t(64))); }
+  void deallocate(T* p, std::size_t) { ::operator delete(p, std::align_val_t(64)); }
+  bool operator==(const KernelAllocator&) const { return true; }
+};
+template <typename T>
+using KernelVector = std::vector<T, KernelAllocator<T>>;
 
 // S[k] = sin(2 pi k / N) and T[k] = tan(pi k / N) for k = 0..N/4 (arrays of
 // N/4 + 4), and c = 2 cos(2 pi / N). N at least 8.

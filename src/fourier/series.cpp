@@ -199,7 +199,7 @@ SeriesResult FourierSeriesOf(int n, const double* values, SeriesKind kind, int h
                              const SeriesFilter& filter) {
   const TrigTables t(n);
   const std::size_t size = static_cast<std::size_t>(n) + 5, last = static_cast<std::size_t>(n);
-  std::vector<double> x(values, values + n + 1), y(size, 0.0);
+  KernelVector<double> x(values, values + n + 1), y(size, 0.0);
   x.resize(size, 0.0);
   const double yN = values[n];
   const bool fourier = kind == SeriesKind::Fourier;
@@ -219,7 +219,7 @@ SeriesResult FourierSeriesOf(int n, const double* values, SeriesKind kind, int h
   if (fourier) RealFFT(n, x.data(), y.data(), t.sine.data(), t.tan.data(), t.m - 1);
   else forwardOrBack();
   // The unfiltered spectrum, for the second pass of the diffraction filter.
-  const std::vector<double> storeX = x, storeY = y;
+  const KernelVector<double> storeX = x, storeY = y;
   if (kind == SeriesKind::Cosine) x[0] /= 2;
 
   SeriesResult result;
@@ -271,8 +271,7 @@ SeriesResult FourierSeriesOf(int n, const double* values, SeriesKind kind, int h
     break;
   }
   if (!averaged) x[last] = yN;
-  x.resize(last + 1);
-  result.values = std::move(x);
+  result.values.assign(x.begin(), x.begin() + static_cast<std::ptrdiff_t>(last) + 1);
   return result;
 }
 

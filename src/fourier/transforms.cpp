@@ -65,7 +65,7 @@ TransformResult FourierTransformOf(int n, const double* re, const double* im, do
                                    const TransformSetup& setup) {
   const int m = ExponentOf(n);
   const TrigTables tables(n);
-  std::vector<double> x(static_cast<std::size_t>(n) + 5, 0.0), y(static_cast<std::size_t>(n) + 5, 0.0);
+  KernelVector<double> x(static_cast<std::size_t>(n) + 5, 0.0), y(static_cast<std::size_t>(n) + 5, 0.0);
   std::copy(re, re + n + 1, x.begin());
   const bool complex = setup.dataType == DataType::Complex && im != nullptr;
   if (complex) std::copy(im, im + n + 1, y.begin());
@@ -112,16 +112,15 @@ TransformResult FourierTransformOf(int n, const double* re, const double* im, do
   }
   if (negative)
     for (std::size_t i = 0; i <= last; ++i) y[i] = -y[i];
-  x.resize(last + 1);
-  y.resize(last + 1);
+  const auto end = [&](const KernelVector<double>& v) { return v.cbegin() + static_cast<std::ptrdiff_t>(last) + 1; };
   if (setup.outputClass == 2) {
     for (std::size_t i = 0; i <= last; ++i) x[i] = x[i] * x[i] + y[i] * y[i];
-    result.first = std::move(x);
+    result.first.assign(x.cbegin(), end(x));
     return result;
   }
   if (setup.displayKind == 2) AMPPH(n, x.data(), y.data());
-  result.first = std::move(x);
-  result.second = std::move(y);
+  result.first.assign(x.cbegin(), end(x));
+  result.second.assign(y.cbegin(), end(y));
   return result;
 }
 
@@ -129,7 +128,7 @@ TransformResult FourierTrigTransformOf(int n, const double* values, double a, do
                                        const std::string& window) {
   const int m = ExponentOf(n);
   const TrigTables tables(n);
-  std::vector<double> x(values, values + n + 1), y(static_cast<std::size_t>(n) + 5, 0.0);
+  KernelVector<double> x(values, values + n + 1), y(static_cast<std::size_t>(n) + 5, 0.0);
   x.resize(static_cast<std::size_t>(n) + 5, 0.0);
   const std::size_t last = static_cast<std::size_t>(n);
   const double dx = (b - a) / n;
@@ -148,9 +147,8 @@ TransformResult FourierTrigTransformOf(int n, const double* values, double a, do
     x[last] = e;
   }
   for (std::size_t i = 0; i <= last; ++i) x[i] *= 2 * dx;
-  x.resize(last + 1);
   TransformResult result;
-  result.first = std::move(x);
+  result.first.assign(x.begin(), x.begin() + static_cast<std::ptrdiff_t>(last) + 1);
   result.left = 0.0;
   result.step = 1.0 / (2 * (b - a));
   result.right = n * result.step;
