@@ -1,6 +1,7 @@
 #include "fourier/fft.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -514,7 +515,7 @@ struct StageTwiddles {
 };
 
 template <typename T>
-const StageTwiddles<T>* TwiddlesFor(const T* s, const T* t, int n, int stride) {
+const StageTwiddles<T>* BuildTwiddles(const T* s, const T* t, int n, int stride) {
   static std::mutex lock;
   static std::map<std::pair<int, int>, std::unique_ptr<const StageTwiddles<T>>> kept;
   const std::lock_guard<std::mutex> guard(lock);
@@ -539,7 +540,23 @@ const StageTwiddles<T>* TwiddlesFor(const T* s, const T* t, int n, int stride) {
     }
     entry = std::move(built);
   }
-  const StageTwiddles<T>& w = *entry;
+  return entry.get();
+}
+
+// The layout for a size, built once; the strides the kernels use are found
+// again without a lock, which matters to small transforms.
+template <typename T>
+const StageTwiddles<T>* TwiddlesFor(const T* s, const T* t, int n, int stride) {
+  static std::atomic<const StageTwiddles<T>*> quick[32][3];
+  const int log = Log2Of(n);
+  const bool quickly = stride >= 1 && stride <= 2 && log < 32;
+  const StageTwiddles<T>* found =
+      quickly ? quick[log][stride].load(std::memory_order_acquire) : nullptr;
+  if (found == nullptr) {
+    found = BuildTwiddles(s, t, n, stride);
+    if (quickly) quick[log][stride].store(found, std::memory_order_release);
+  }
+  const StageTwiddles<T>& w = *found;
   // The largest span reads s[k * stride] for k < n / 4.
   for (const int k : {1, n / 8, n / 4 - 1}) {
     if (n < 16 || k < 1) continue;
