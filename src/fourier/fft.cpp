@@ -726,13 +726,15 @@ void BatchTransformNarrow(float* x, float* y, const float* s, const float* t, in
   BatchTransform<Float4, 2>(x, y, s, t, n);
 }
 
-// A vector of the elements p[0], p[-1], ..., and its store back.
+// A vector of the elements p[0], p[-1], ..., and its store back (a vector
+// may be a lone double).
 template <typename V>
 inline __attribute__((always_inline)) void LoadBackwards(V& v, const double* p) {
   constexpr int L = sizeof(V) / sizeof(double);
   V w;
   Load(w, p - (L - 1));
-  if constexpr (L == 2) v = __builtin_shufflevector(w, w, 1, 0);
+  if constexpr (L == 1) v = w;
+  else if constexpr (L == 2) v = __builtin_shufflevector(w, w, 1, 0);
   else v = __builtin_shufflevector(w, w, 3, 2, 1, 0);
 }
 
@@ -740,7 +742,8 @@ template <typename V>
 inline __attribute__((always_inline)) void StoreBackwards(double* p, const V& v) {
   constexpr int L = sizeof(V) / sizeof(double);
   V w;
-  if constexpr (L == 2) w = __builtin_shufflevector(v, v, 1, 0);
+  if constexpr (L == 1) w = v;
+  else if constexpr (L == 2) w = __builtin_shufflevector(v, v, 1, 0);
   else w = __builtin_shufflevector(v, v, 3, 2, 1, 0);
   Store(p - (L - 1), w);
 }
@@ -848,9 +851,151 @@ __attribute__((target("avx"))) void RealTransformWide(int n, double* x, double* 
   RealTransformBody<Quad, 4>(n, x, y, s, t, mHalf);
 }
 
+// The real transform for doubles with 256-bit vectors and N/2 at least 64,
+// in fewer passes over the data. The half-length sequence z[k] = x[2k] +
+// i x[2k+1] is read straight from x by the bit reversal, which writes its
+// real parts to y[0..N/2) and its imaginary parts to y[N/2..N); the
+// butterflies run there; and the post-processing writes each output pair
+// and its mirror at once. Every value is the result of the operations of
+// RealTransformBody, so the output has the same bits.
+//
+// The step of k and the step of q - k read the same four elements, k,
+// h - k, q + k and q - k, of the half-length transform (X, Y), and between
+// them produce the outputs at those four indices and at their mirrors n - j,
+// whose imaginary parts land in exactly the places of y just read.
+template <typename V>
+inline __attribute__((always_inline)) void PostQuad(double* x, double* y, const double* s, const double* t, int n,
+                                                    int k) {
+  const int h = n / 2, q = n / 4;
+  const double* const xs = y;      // X
+  const double* const ys = y + h;  // Y
+  V sk, tk, sm, tm;                // the twiddles of k and of q - k
+  Load(sk, s + k);
+  Load(tk, t + k);
+  LoadBackwards(sm, s + q - k);
+  LoadBackwards(tm, t + q - k);
+  V xk, yk, xh, yh, xp, yp, xm, ym;  // at k, h - k, q + k, q - k
+  Load(xk, xs + k);
+  Load(yk, ys + k);
+  LoadBackwards(xh, xs + h - k);
+  LoadBackwards(yh, ys + h - k);
+  Load(xp, xs + q + k);
+  Load(yp, ys + q + k);
+  LoadBackwards(xm, xs + q - k);
+  LoadBackwards(ym, ys + q - k);
+  // The step of k: outputs at k and at e = q + k.
+  V d = xk - xh, a = yh + yk;
+  V u = d * tk + a, v = d - u * sk;
+  const V ukX = (xh + xk + (v * tk + u)) / 2, ukY = (yh - yk + v) / 2;
+  d = xp - xm;
+  a = ym + yp;
+  u = d - a * tk;
+  v = -a - u * sk;
+  const V upX = (xm + xp + (v * tk + u)) / 2, upY = (ym - yp + v) / 2;
+  // The step of q - k: outputs at q - k and at h - k.
+  d = xm - xp;
+  a = yp + ym;
+  u = d * tm + a;
+  v = d - u * sm;
+  const V umX = (xp + xm + (v * tm + u)) / 2, umY = (yp - ym + v) / 2;
+  d = xh - xk;
+  a = yk + yh;
+  u = d - a * tm;
+  v = -a - u * sm;
+  const V uhX = (xk + xh + (v * tm + u)) / 2, uhY = (yk - yh + v) / 2;
+  // Output j goes to n - j as it is and to j conjugated.
+  StoreBackwards(x + n - k, ukX);
+  StoreBackwards(y + n - k, ukY);
+  Store(x + k, ukX);
+  Store(y + k, -ukY);
+  StoreBackwards(x + n - q - k, upX);
+  StoreBackwards(y + n - q - k, upY);
+  Store(x + q + k, upX);
+  Store(y + q + k, -upY);
+  Store(x + n - q + k, umX);
+  Store(y + n - q + k, umY);
+  StoreBackwards(x + q - k, umX);
+  StoreBackwards(y + q - k, -umY);
+  Store(x + h + k, uhX);
+  Store(y + h + k, uhY);
+  StoreBackwards(x + h - k, uhX);
+  StoreBackwards(y + h - k, -uhY);
+}
+
+__attribute__((target("avx"))) void RealTransformFused(int n, double* x, double* y, const double* s,
+                                                         const double* t, int mHalf) {
+  const int h = n / 2, q = n / 4;
+  // z[k] for the tiles: row (high, middle) of z is x[2 * row .. 2 * row + 16).
+  const int middleCount = 1 << (mHalf - 6);
+  const int rowStep = 1 << (mHalf - 3);
+  const int tstep = 2 * (h / 8);
+  const double s1 = s[tstep], t1 = t[tstep];
+  int reversedMiddle = 0;
+  for (int middle = 0; middle < middleCount; ++middle) {
+    Quad re[8], reHigh[8], im[8], imHigh[8];
+    for (int r = 0; r < 8; ++r) {
+      const double* z = x + 2 * (r * rowStep + (middle << 3));
+      Quad a, b, c, e;
+      Load(a, z);
+      Load(b, z + 4);
+      Load(c, z + 8);
+      Load(e, z + 12);
+      re[r] = __builtin_shufflevector(a, b, 0, 2, 4, 6);
+      im[r] = __builtin_shufflevector(a, b, 1, 3, 5, 7);
+      reHigh[r] = __builtin_shufflevector(c, e, 0, 2, 4, 6);
+      imHigh[r] = __builtin_shufflevector(c, e, 1, 3, 5, 7);
+    }
+    const int to = reversedMiddle << 3;
+    TileOut<true>(re, reHigh, im, imHigh, y + to, y + h + to, rowStep, s1, t1);
+    int bit = middleCount >> 1;
+    while (reversedMiddle & bit) {
+      reversedMiddle ^= bit;
+      bit >>= 1;
+    }
+    reversedMiddle |= bit;
+  }
+  FFTCore(y, y + h, s, t, h, 2, true);
+  // The post-processing, from the transform in y into x and y.
+  const double x0 = y[0], y0 = y[h], xq = y[q], yq = y[h + q];
+  int k = 1;
+  for (; k + 3 < q / 2; k += 4) PostQuad<Quad>(x, y, s, t, n, k);
+  for (; k < q / 2; ++k) PostQuad<double>(x, y, s, t, n, k);
+  {
+    // k = q / 2 is its own partner: outputs at k and h - k.
+    const int e = q + k;
+    const double xk = y[k], yk = y[h + k], xe = y[e], ye = y[h + e];
+    const double sk = s[k], tk = t[k];
+    double d = xk - xe, a = ye + yk;
+    double u = d * tk + a, v = d - u * sk;
+    const double ukX = (xe + xk + (v * tk + u)) / 2, ukY = (ye - yk + v) / 2;
+    d = xe - xk;
+    a = yk + ye;
+    u = d - a * tk;
+    v = -a - u * sk;
+    const double ueX = (xk + xe + (v * tk + u)) / 2, ueY = (yk - ye + v) / 2;
+    x[n - k] = ukX;
+    y[n - k] = ukY;
+    x[k] = ukX;
+    y[k] = -ukY;
+    x[n - e] = ueX;
+    y[n - e] = ueY;
+    x[e] = ueX;
+    y[e] = -ueY;
+  }
+  x[n - q] = xq;
+  y[n - q] = -yq;
+  x[q] = xq;
+  y[q] = yq;
+  x[h] = x0 - y0;
+  x[0] = x0 + y0;
+  y[0] = 0;
+  y[h] = 0;
+}
+
 void RealTransform(int n, double* x, double* y, const double* s, const double* t, int mHalf) {
   static const bool wide = __builtin_cpu_supports("avx");
-  if (wide) RealTransformWide(n, x, y, s, t, mHalf);
+  if (wide && mHalf >= 6) RealTransformFused(n, x, y, s, t, mHalf);
+  else if (wide) RealTransformWide(n, x, y, s, t, mHalf);
   else RealTransformBody<Pair, 2>(n, x, y, s, t, mHalf);
 }
 
