@@ -137,34 +137,38 @@ void Evaluator::LinkTape() {
   const std::vector<double>& pool = formula->pool;
   std::vector<Instruction> tape;
   std::vector<double> regs(kFirstFreeRegister, 0.0);
+  std::vector<bool> constant(kFirstFreeRegister, false);
   const auto fresh = [&](double value) {
     regs.push_back(value);
+    constant.push_back(false);
     return static_cast<std::int32_t>(regs.size() - 1);
   };
-  std::size_t read = 4, constant = 1;
-  const auto next = [&]() -> std::int32_t { return read < p.size() ? p[read++] : -1; };
+  bool readsIndex = false;
+  std::size_t read = 4, next = 1;  // program word, pool entry
+  const auto word = [&]() -> std::int32_t { return read < p.size() ? p[read++] : -1; };
   std::vector<std::int32_t> previous, current, positions, ops;
   bool sums = false;
   const int depth = p[2];
   for (int level = depth; level >= 0; --level) {
-    const int groups = next();
+    const int groups = word();
     if (groups < 0) return;
     current.assign(static_cast<std::size_t>(groups), 0);
     std::size_t below = 0;
     for (int g = 0; g < groups; ++g) {
-      const int nOps = next();
-      const int fn = next();
+      const int nOps = word();
+      const int fn = word();
       if (nOps < 0 || fn < 0 || fn > 33 || fn == 18) return;  // ACS keeps stale results: walk the program
       positions.clear();
       ops.assign(1, 0);
       for (int k = 0; k <= nOps; ++k) {
-        if (k > 0) ops.push_back(next());
-        const int code = next();
+        if (k > 0) ops.push_back(word());
+        const int code = word();
         std::int32_t reg;
         if (code == kOperandNumber) {
-          const double c = constant < pool.size() ? pool[constant] : 0.0;
+          const double c = next < pool.size() ? pool[next] : 0.0;
           reg = fresh(single ? static_cast<float>(c) : c);
-          ++constant;
+          constant[static_cast<std::size_t>(reg)] = true;
+          ++next;
         } else if (code == kOperandX) {
           reg = kRegisterX;
         } else if (single && code == kOperandY) {
@@ -176,6 +180,7 @@ void Evaluator::LinkTape() {
           reg = previous[below++];
         } else if (code >= kOperandIndex && code < kOperandState) {
           reg = kRegisterIndex + (code - kOperandIndex);
+          readsIndex = true;
         } else if (code >= kOperandState && code < kOperandSlot) {
           if (k > 0) return;  // a further operand of this kind keeps a stale entry
           reg = fresh(0.0);
@@ -219,10 +224,31 @@ void Evaluator::LinkTape() {
     previous = current;
   }
   if (previous.empty()) return;
+  ShortenTape(tape, regs, constant);
   resultRegister_ = previous[0];
   tapeHasSums_ = sums;
+  tapeReadsIndex_ = readsIndex;
   tape_ = std::move(tape);
   registers_ = std::move(regs);
+}
+
+void Evaluator::ShortenTape(std::vector<Instruction>& tape, std::vector<double>& regs,
+                            const std::vector<bool>& constant) const {
+  for (Instruction& in : tape) {
+    // x / c with c = +-2^k is x * 2^-k: the same real number, rounded once.
+    if (in.op == kOpDivide && constant[static_cast<std::size_t>(in.b)]) {
+      const double c = regs[static_cast<std::size_t>(in.b)];
+      int exponent = 0;
+      const double fraction = std::frexp(c, &exponent);
+      const double reciprocal = 1.0 / c;
+      if (std::isfinite(c) && std::fabs(fraction) == 0.5 && std::isfinite(reciprocal) && reciprocal != 0.0 &&
+          reciprocal * c == 1.0) {
+        in.op = kTapeScale;
+        regs.push_back(reciprocal);
+        in.b = static_cast<std::int32_t>(regs.size() - 1);
+      }
+    }
+  }
 }
 
 Evaluator::SumStep Evaluator::StepSum(int s, double value, long long& restarts, double& result) {
@@ -256,14 +282,15 @@ template <bool kSingle>
 double Evaluator::RunTape(int index, double x) {
   double* r = registers_.data();
   r[kRegisterX] = x;
-  // The running sums matter only to a tape that sums.
+  // The running sums matter only to a tape that sums, the indices only to
+  // one that reads them.
   if (tapeHasSums_) {
     for (int s = 0; s < 6; ++s) {
       running_[s] = bounds[static_cast<std::size_t>(s)];
       accumulator_[s] = s < 4 ? 0.0 : 1.0;
       r[kRegisterIndex + s] = running_[s];
     }
-  } else {
+  } else if (tapeReadsIndex_) {
     for (int s = 0; s < 6; ++s) r[kRegisterIndex + s] = bounds[static_cast<std::size_t>(s)];
   }
   const Instruction* const begin = tape_.data();
@@ -284,6 +311,7 @@ double Evaluator::RunTape(int index, double x) {
       case kOpAdd: v = r[in->a] + r[in->b]; break;
       case kOpSubtract: v = r[in->a] - r[in->b]; break;
       case kOpMultiply: v = r[in->a] * r[in->b]; break;
+      case kTapeScale: v = r[in->a] * r[in->b]; break;
       case kOpDivide:
         if (r[in->b] == 0.0) {
           fault_ = kDivisionByZero;

@@ -120,14 +120,20 @@ class Evaluator {
   void LinkOrder();
 
   // One instruction of the tape: 1 to 14 the binary opcodes, then the rest.
-  enum TapeOp : std::int32_t { kTapeFunction = 20, kTapeCheck, kTapeState, kTapeSlot, kTapeSum };
+  // kTapeScale multiplies by the exact reciprocal of a power of two that
+  // the program divides by: the same real number, so the same rounding.
+  enum TapeOp : std::int32_t { kTapeFunction = 20, kTapeCheck, kTapeState, kTapeSlot, kTapeSum, kTapeScale };
   struct Instruction {
     std::int32_t op, kind, dst, a, b;
   };
+  // Turns divisions by a power of two into multiplications.
+  void ShortenTape(std::vector<Instruction>& tape, std::vector<double>& regs,
+                   const std::vector<bool>& constant) const;
   std::vector<Instruction> tape_;
   std::vector<double> registers_;
   int resultRegister_ = 0;
   bool tapeHasSums_ = false;
+  bool tapeReadsIndex_ = false;  // I J K N P Q
   std::vector<double> stack_, results_, previous_;
   std::vector<std::int32_t> opcodes_, order_;
   // By program word: at an operator's order word, its place in the

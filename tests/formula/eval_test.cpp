@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <random>
 
 #include "formula_test_host.h"
@@ -210,6 +211,39 @@ TEST(Tape, StateOperandsAndFallback) {
   ASSERT_NE(b.Compile("ACS(X)+1"), formula::kErrorResult);
   ev.Prepare();
   EXPECT_FALSE(ev.HasTape());  // ACS keeps stale results: the program is walked
+}
+
+
+// The tape multiplies by 2^-k where the formula divides by 2^k: the same
+// real number, so the same bits, down to the subnormal numbers, and the
+// same overflow.
+TEST(Tape, DividingByAPowerOfTwoGivesTheBitsOfTheDivision) {
+  const double xs[] = {0.1, 3.0, -7.25, 1e-310, -1e-310, 4.9e-324, 1.7e308, -1.7e308, -0.0, 0.0, 1e300};
+  for (const char* text : {"X/4", "X/0.5", "X/1024", "X/0.125", "X/1", "(X+1)/8-X/2", "X/3", "X/6"}) {
+    FormulaBench b;
+    ASSERT_NE(b.Compile(text), formula::kErrorResult);
+    formula::Evaluator fast, slow;
+    slow.useTape = false;
+    for (formula::Evaluator* ev : {&fast, &slow}) {
+      formula::BindEvaluator(*ev, b.state);
+      ev->Prepare();
+    }
+    ASSERT_TRUE(fast.HasTape());
+    for (const double x : xs) {
+      const double a = fast.Eval(0, x), c = slow.Eval(0, x);
+      EXPECT_EQ(std::memcmp(&a, &c, sizeof a), 0) << text << " at " << x << ": " << a << " against " << c;
+      EXPECT_EQ(fast.fault(), slow.fault()) << text << " at " << x;
+    }
+  }
+  // 1.7e308 / 0.5 overflows on both.
+  FormulaBench b;
+  ASSERT_NE(b.Compile("X/0.5"), formula::kErrorResult);
+  formula::Evaluator ev;
+  formula::BindEvaluator(ev, b.state);
+  ev.Prepare();
+  EXPECT_EQ(ev.Eval(0, 1.7e308), 0.0);
+  EXPECT_EQ(ev.fault(), formula::kOverflow);
+  EXPECT_EQ(ev.Eval(0, 1e-310), 2e-310);
 }
 
 }  // namespace
