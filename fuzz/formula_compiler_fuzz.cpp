@@ -1,6 +1,7 @@
 // Any text through the formula compiler, as a typed formula and as a value:
-// it must end, never crash, and the linked tape must agree with the walk
-// over the program bit for bit, faults included. Built with KELDO_FUZZ_PLANE
+// it must end, never crash, and the linked tape, point by point and in
+// blocks of points, must agree with the walk over the program bit for bit,
+// faults included. Built with KELDO_FUZZ_PLANE
 // (target formula_compiler2) it does the same in the plane's language, where
 // every finite value must be single precision.
 
@@ -137,6 +138,28 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const double x = kPoints[p];
     const double f = fast.Eval(3, x), s = slow.Eval(3, x);
     if (fast.fault() != slow.fault() || std::memcmp(&f, &s, sizeof f) != 0) std::abort();
+  }
+  // A run of points in blocks (two blocks, the second short) gives what the
+  // walk gives point by point, up to and with the first fault.
+  if (fast.RunsInBlocks()) {
+    constexpr int kRun = keldo::formula::Evaluator::kBlock + 6;
+    const int count = PointsFor(state, kRun);
+    double xs[kRun], out[kRun];
+    for (int k = 0; k < count; ++k) xs[k] = -0.5 + k / 64.0;
+    const int fine = fast.EvalRun(0, xs, count, out);
+    int expected = count;
+    for (int k = 0; k < count; ++k) {
+      const double s = slow.Eval(k, xs[k]);
+      if (slow.fault() != keldo::formula::kNoFault) {
+        expected = k;
+        if (fast.fault() != slow.fault() || out[k] != 0.0) std::abort();
+        break;
+      }
+      if (std::memcmp(&out[k], &s, sizeof s) != 0) std::abort();
+    }
+    if (fine != expected) std::abort();
+  } else if (fast.EvalRun(0, kPoints, 1, nullptr) != -1) {
+    std::abort();
   }
   return 0;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "platform/random.h"
 
@@ -228,6 +229,25 @@ void Evaluator::LinkTape() {
   resultRegister_ = previous[0];
   tapeHasSums_ = sums;
   tapeReadsIndex_ = readsIndex;
+  // Points are independent unless the tape draws random numbers or reads
+  // earlier values; each register's lanes start with its value (constants
+  // keep it, the rest are written before they are read).
+  // A sum steps the same way for every point, so a block steps it once;
+  // two sums over one index could leave a result from the point before,
+  // and such a tape goes point by point.
+  tapeBlocks_ = true;
+  int sumsOver[6] = {};
+  for (const Instruction& in : tape) {
+    if (in.op == kTapeState || (in.op == kTapeFunction && (in.kind == 16 || in.kind == 19))) tapeBlocks_ = false;
+    if (in.op == kTapeSum && ++sumsOver[in.kind] > 1) tapeBlocks_ = false;
+  }
+  lanes_.clear();
+  if (tapeBlocks_) {
+    lanes_.resize(regs.size() * kBlock);
+    for (std::size_t r = 0; r < regs.size(); ++r)
+      std::fill(lanes_.begin() + static_cast<std::ptrdiff_t>(r * kBlock),
+                lanes_.begin() + static_cast<std::ptrdiff_t>((r + 1) * kBlock), regs[r]);
+  }
   tape_ = std::move(tape);
   registers_ = std::move(regs);
 }
@@ -487,6 +507,193 @@ double Evaluator::Eval2(int column, int row, double x, double y) {
     v = EvalProgram(column, fx);
   }
   return fault_ != kNoFault ? 0.0 : static_cast<double>(static_cast<float>(v));
+}
+
+namespace {
+
+constexpr double kLargest = std::numeric_limits<double>::max();
+
+// Whether every value is a finite number, in one pass that the compiler can
+// do several lanes at a time.
+bool AllFinite(const double* v, int count) {
+  int bad = 0;
+  for (int l = 0; l < count; ++l) bad |= !(std::fabs(v[l]) <= kLargest);
+  return bad == 0;
+}
+
+// d = f(a, b) lane by lane; whether every result is a finite number.
+template <typename F>
+inline bool EachLane(double* d, const double* a, const double* b, int count, F f) {
+  int bad = 0;
+  for (int l = 0; l < count; ++l) {
+    const double v = f(a[l], b[l]);
+    d[l] = v;
+    bad |= !(std::fabs(v) <= kLargest);
+  }
+  return bad == 0;
+}
+
+}  // namespace
+
+__attribute__((target_clones("avx2", "default"))) int Evaluator::RunBlock(const double* x, int count, double* out) {
+  double* const lanes = lanes_.data();
+  const auto lane = [&](std::int32_t reg) { return lanes + static_cast<std::ptrdiff_t>(reg) * kBlock; };
+  std::copy(x, x + count, lane(kRegisterX));
+  double sums[6][kBlock];
+  const auto setIndex = [&](int s, double value) {
+    std::fill(lane(kRegisterIndex + s), lane(kRegisterIndex + s) + count, value);
+  };
+  if (tapeHasSums_) {
+    for (int s = 0; s < 6; ++s) {
+      running_[s] = bounds[static_cast<std::size_t>(s)];
+      std::fill(sums[s], sums[s] + count, s < 4 ? 0.0 : 1.0);
+      setIndex(s, running_[s]);
+    }
+  } else if (tapeReadsIndex_) {
+    for (int s = 0; s < 6; ++s) setIndex(s, bounds[static_cast<std::size_t>(s)]);
+  }
+  long long restarts = 0;
+  // Each point's first fault, as Eval would stop at it.
+  int faults[kBlock] = {};
+  bool faulted = false;
+  const auto mark = [&](int l, int fault) {
+    if (faults[l] == kNoFault) faults[l] = fault;
+    faulted = true;
+  };
+  const Instruction* const begin = tape_.data();
+  const Instruction* const end = begin + tape_.size();
+  for (const Instruction* at = begin; at != end; ++at) {
+    const Instruction& in = *at;
+    double* const d = lane(in.dst);
+    const double* const a = lane(in.a);
+    const double* const b = lane(in.b);
+    const auto truth = [&](auto test) {
+      for (int l = 0; l < count; ++l) d[l] = test(a[l], b[l]) ? 1.0 : 0.0;
+      return true;
+    };
+    bool finite = true;
+    switch (in.op) {
+      case kOpNot: finite = truth([](double, double q) { return !(q == 1.0); }); break;
+      case kOpOr: finite = truth([](double p, double q) { return p == 1.0 || q == 1.0; }); break;
+      case kOpAnd: finite = truth([](double p, double q) { return p == 1.0 && q == 1.0; }); break;
+      case kOpAtLeast: finite = truth([](double p, double q) { return p >= q; }); break;
+      case kOpAtMost: finite = truth([](double p, double q) { return p <= q; }); break;
+      case kOpNotEqual: finite = truth([](double p, double q) { return p != q; }); break;
+      case kOpEqual: finite = truth([](double p, double q) { return p == q; }); break;
+      case kOpGreater: finite = truth([](double p, double q) { return p > q; }); break;
+      case kOpLess: finite = truth([](double p, double q) { return p < q; }); break;
+      case kOpAdd: finite = EachLane(d, a, b, count, [](double p, double q) { return p + q; }); break;
+      case kOpSubtract: finite = EachLane(d, a, b, count, [](double p, double q) { return p - q; }); break;
+      case kOpMultiply:
+      case kTapeScale: finite = EachLane(d, a, b, count, [](double p, double q) { return p * q; }); break;
+      case kOpDivide:
+        for (int l = 0; l < count; ++l)
+          if (b[l] == 0.0) mark(l, kDivisionByZero);
+        finite = EachLane(d, a, b, count, [](double p, double q) { return p / q; });
+        break;
+      case kOpPower:
+        for (int l = 0; l < count; ++l) {
+          if (a[l] == 0.0 && b[l] < 0.0) {
+            mark(l, kInvalidCall);
+            d[l] = 0.0;
+          } else {
+            d[l] = (a[l] == 0.0 && b[l] == 0.0) ? 1.0 : std::pow(a[l], b[l]);
+          }
+        }
+        finite = AllFinite(d, count);
+        break;
+      case kTapeFunction: {
+        // The common functions straight from the library, checked below as
+        // Function checks them; the rest through Function, point by point.
+        bool direct = true;
+        switch (in.kind) {
+          case 1: for (int l = 0; l < count; ++l) d[l] = std::fabs(a[l]); break;
+          case 2: for (int l = 0; l < count; ++l) d[l] = std::cos(a[l]); break;
+          case 3: for (int l = 0; l < count; ++l) d[l] = std::sin(a[l]); break;
+          case 4: for (int l = 0; l < count; ++l) d[l] = std::exp(a[l]); break;
+          case 5: for (int l = 0; l < count; ++l) d[l] = std::sqrt(a[l]); break;
+          case 6: for (int l = 0; l < count; ++l) d[l] = std::tan(a[l]); break;
+          case 7: for (int l = 0; l < count; ++l) d[l] = std::atan(a[l]); break;
+          case 15: for (int l = 0; l < count; ++l) d[l] = std::floor(a[l]); break;
+          default: direct = false;
+        }
+        if (direct) {
+          finite = AllFinite(d, count);
+          break;
+        }
+        for (int l = 0; l < count; ++l) {
+          d[l] = Function(in.kind, a[l]);
+          if (fault_ != kNoFault) {
+            mark(l, fault_);
+            fault_ = kNoFault;
+          }
+        }
+        continue;
+      }
+      case kTapeCheck:
+        if (!AllFinite(a, count))
+          for (int l = 0; l < count; ++l)
+            if (!std::isfinite(a[l])) mark(l, FaultOf(a[l]));
+        continue;
+      case kTapeSlot:
+        std::fill(d, d + count, fSlots != nullptr ? fSlots[in.a] : 0.0);
+        continue;
+      case kTapeSum: {
+        // StepSum for every point at once: the index steps alike for all.
+        const int s = in.kind;
+        double* const sum = sums[s];
+        for (int l = 0; l < count; ++l) sum[l] = s < 4 ? sum[l] + a[l] : sum[l] * a[l];
+        if (!AllFinite(sum, count))
+          for (int l = 0; l < count; ++l)
+            if (!std::isfinite(sum[l])) mark(l, FaultOf(sum[l]));
+        const int upper = bounds[static_cast<std::size_t>(s) + 6];
+        if (running_[s] < upper) {
+          ++running_[s];
+          if (restartBudget > 0 && ++restarts > restartBudget) {
+            for (int l = 0; l < count; ++l) mark(l, kInvalidCall);
+            at = end - 1;  // every point has its fault
+            continue;
+          }
+          setIndex(s, running_[s]);
+          at = begin - 1;
+          continue;
+        }
+        // The index is at its upper bound (one sum per index never passes it).
+        std::copy(sum, sum + count, d);
+        std::fill(sum, sum + count, s < 4 ? 0.0 : 1.0);
+        running_[s] = bounds[static_cast<std::size_t>(s)];
+        setIndex(s, running_[s]);
+        continue;
+      }
+      default:  // no other instruction is in a tape that runs in blocks
+        continue;
+    }
+    if (!finite)
+      for (int l = 0; l < count; ++l)
+        if (!std::isfinite(d[l])) mark(l, FaultOf(d[l]));
+  }
+  const double* const result = lane(resultRegister_);
+  for (int l = 0; l < count; ++l) {
+    if (faulted && faults[l] != kNoFault) {
+      fault_ = faults[l];
+      out[l] = 0.0;
+      return l;
+    }
+    out[l] = result[l];
+  }
+  return count;
+}
+
+int Evaluator::EvalRun(int first, const double* x, int count, double* out) {
+  (void)first;  // no instruction of a tape that runs in blocks reads the index
+  fault_ = kNoFault;
+  if (!RunsInBlocks()) return -1;
+  for (int done = 0; done < count; done += kBlock) {
+    const int size = std::min(kBlock, count - done);
+    const int fine = RunBlock(x + done, size, out + done);
+    if (fine < size) return done + fine;
+  }
+  return count;
 }
 
 bool Evaluator::TapeRuns() const {

@@ -1,5 +1,6 @@
 #include "formula/user_function.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "common/number_text.h"
@@ -35,10 +36,29 @@ UserFunctionResult RunPlain(const UserFunctionRun& run, Evaluator& ev, std::vect
     }
     sink.Prime(run.a, first);
   }
+  // Where the formula allows, a block of points is computed at once and
+  // then drawn point by point; the points of a block after a stop or a
+  // fault are computed and never used, which changes nothing, as no point
+  // depends on another.
+  bool blocks = ev.RunsInBlocks();
+  double xs[Evaluator::kBlock];
+  int computed = 0;  // points of y computed so far
   for (int i = 0; i <= n; ++i) {
     const double x = run.a + i * run.h;
-    y[static_cast<std::size_t>(i)] = ev.Eval(i, x);
-    if (ev.fault() != kNoFault) {
+    if (blocks && i == computed) {
+      const int size = std::min(Evaluator::kBlock, n + 1 - i);
+      for (int k = 0; k < size; ++k) xs[k] = run.a + (i + k) * run.h;
+      const int fine = ev.EvalRun(i, xs, size, y.data() + i);
+      if (fine < 0) blocks = false;  // not while the bounds stand, but then point by point
+      else computed = i + fine;
+    }
+    if (!blocks) {
+      y[static_cast<std::size_t>(i)] = ev.Eval(i, x);
+      if (ev.fault() != kNoFault) {
+        result.fault = ev.fault();
+        return result;
+      }
+    } else if (i == computed) {  // the point of the block's first fault
       result.fault = ev.fault();
       return result;
     }

@@ -9,6 +9,8 @@
 #include <fstream>
 #include <set>
 #include <sstream>
+#include <string>
+#include <vector>
 
 #include "formula_test_host.h"
 
@@ -138,6 +140,56 @@ TEST(FormulaTable, TapeAndProgramWalkAgreeBitForBit) {
     EXPECT_EQ(std::memcmp(&f, &s, sizeof f), 0) << c.formula << " at " << c.x << ": " << f << " vs " << s;
   }
   EXPECT_GT(linked, 1000);
+}
+
+
+// A block of points gives, point for point, what the walk gives one point at
+// a time, up to and with the first fault; the run stops there.
+TEST(FormulaTable, BlocksOfPointsAgreeWithTheWalkBitForBit) {
+  int blocked = 0;
+  for (const Case& c : ReadTable()) {
+    if (c.mode != "plot") continue;
+    testing::FormulaBench b;
+    ASSERT_NE(b.Compile(c.formula), formula::kErrorResult);
+    formula::Evaluator fast, slow;
+    for (formula::Evaluator* ev : {&fast, &slow}) {
+      formula::BindEvaluator(*ev, b.state);
+      ev->dx = c.dx;
+    }
+    slow.useTape = false;
+    fast.Prepare();
+    slow.Prepare();
+    // 150 points (three blocks, the last one short) around the table's x,
+    // which sits at point 100.
+    constexpr int kCount = 150;
+    std::vector<double> xs(kCount), out(kCount, -1.0);
+    const double step = c.dx != 0.0 ? c.dx : 1.0 / 64;
+    for (int k = 0; k < kCount; ++k) xs[static_cast<std::size_t>(k)] = c.x + (k - 100) * step;
+    const int fine = fast.EvalRun(0, xs.data(), kCount, out.data());
+    if (!fast.RunsInBlocks()) {
+      EXPECT_EQ(fine, -1) << c.formula;
+      continue;
+    }
+    ++blocked;
+    int expected = kCount;
+    for (int k = 0; k < kCount; ++k) {
+      const double s = slow.Eval(k, xs[static_cast<std::size_t>(k)]);
+      if (slow.fault() != formula::kNoFault) {
+        expected = k;
+        EXPECT_EQ(fast.fault(), slow.fault()) << c.formula << " at " << xs[static_cast<std::size_t>(k)];
+        EXPECT_EQ(out[static_cast<std::size_t>(k)], 0.0) << c.formula;
+        break;
+      }
+      const double f = out[static_cast<std::size_t>(k)];
+      EXPECT_EQ(std::memcmp(&f, &s, sizeof f), 0) << c.formula << " at " << xs[static_cast<std::size_t>(k)] << ": "
+                                                  << f << " vs " << s;
+    }
+    EXPECT_EQ(fine, expected) << c.formula;
+    if (expected == kCount) {
+      EXPECT_EQ(fast.fault(), formula::kNoFault) << c.formula;
+    }
+  }
+  EXPECT_GT(blocked, 500);
 }
 
 }  // namespace
