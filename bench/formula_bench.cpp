@@ -30,12 +30,13 @@ constexpr double kStep = 2.0 / kIntervals;
 
 double PointAt(int i) { return kLeft + i * kStep; }
 
-// A form of N points with no graphs; prompts are cancelled and messages
-// dropped, since none of the benchmarked formulas asks for anything.
+// A form of N points with one stored graph, which G1( reads; prompts are
+// cancelled and messages dropped, since none of the benchmarked formulas
+// asks for anything.
 class BenchHost final : public formula::FormulaHost {
  public:
   int FormulaPoints() const override { return kIntervals; }
-  int FormulaGraphCount() const override { return 0; }
+  int FormulaGraphCount() const override { return 1; }
   double FormulaIntervalLength() const override { return 2.0; }
   std::optional<std::string> FormulaPrompt(const std::string&, const std::string&) override { return std::nullopt; }
   void FormulaError(int number) override { lastError = number; }
@@ -43,8 +44,27 @@ class BenchHost final : public formula::FormulaHost {
   const formula::GraphTable* FormulaGraphs() override { return &graphs; }
 
   int lastError = 0;
-  formula::GraphTable graphs;
+  formula::GraphTable graphs = StoredGraph();
+
+  // sin(5x) + x/2 at the N + 1 points of [-1, 1].
+  static formula::GraphTable StoredGraph() {
+    static const std::vector<double> values = [] {
+      std::vector<double> v(kPoints + 10);
+      for (int i = 0; i < kPoints; ++i) v[static_cast<std::size_t>(i)] = std::sin(5 * PointAt(i)) + PointAt(i) / 2;
+      return v;
+    }();
+    formula::GraphTable table;
+    table.points = kIntervals;
+    table.entries[0] = {values.data(), kLeft, kLeft + 2.0, kStep};
+    return table;
+  }
 };
+
+// The same stored graph for muparser: g1(x) reads it as G1( does.
+double YardstickG1(double x) {
+  static const formula::GraphTable table = BenchHost::StoredGraph();
+  return formula::GFUNC1(x, table.entries[0], table.points);
+}
 
 // One compiled formula of ours with an evaluator ready to run it.
 struct OurFormula {
@@ -79,6 +99,7 @@ struct Yardstick {
   bool Set(const std::string& text, std::string& error) {
     try {
       parser.DefineVar("x", &x);
+      parser.DefineFun("g1", YardstickG1);
       parser.SetExpr(text);
       x = 0.0;
       parser.Eval();
@@ -110,13 +131,14 @@ std::string SineSumWrittenOut() {
   return text;
 }
 
-const std::array<Case, 5>& Cases() {
-  static const std::array<Case, 5> cases = {{
+const std::array<Case, 6>& Cases() {
+  static const std::array<Case, 6> cases = {{
       {"Polynomial", "3*X^4-2*X^3+X^2-5*X+7", "3*x^4-2*x^3+x^2-5*x+7"},
       {"Trig", "SIN(X)*COS(2*X)+TAN(X/3)-ATN(X)+EXP(-X^2)", "sin(x)*cos(2*x)+tan(x/3)-atan(x)+exp(-x^2)"},
       {"Nested", "((((((X+1)*2-3)/4+5)*6-7)/8+9)*X)", "((((((x+1)*2-3)/4+5)*6-7)/8+9)*x)"},
       {"ChainedInequality", "-0.5<X<=0.5", "(-0.5<x)&&(x<=0.5)"},
       {"SumI", "SUMI(SIN(I*X)/I)\\I=1,20", SineSumWrittenOut()},
+      {"GraphReference", "EXP(-X^2/2)*G1(X)+SIN(3*X)", "exp(-x^2/2)*g1(x)+sin(3*x)"},
   }};
   return cases;
 }
@@ -213,6 +235,8 @@ void BM_ChainedInequality_ours(benchmark::State& st) { RunOurs(st, Cases()[3]); 
 void BM_ChainedInequality_yardstick(benchmark::State& st) { RunYardstick(st, Cases()[3]); }
 void BM_SumI_ours(benchmark::State& st) { RunOurs(st, Cases()[4]); }
 void BM_SumI_yardstick(benchmark::State& st) { RunYardstick(st, Cases()[4]); }
+void BM_GraphReference_ours(benchmark::State& st) { RunOurs(st, Cases()[5]); }
+void BM_GraphReference_yardstick(benchmark::State& st) { RunYardstick(st, Cases()[5]); }
 
 // Does nothing with the points: only the computation is timed.
 class NullSink final : public formula::PlotSink {};
@@ -291,6 +315,8 @@ BENCHMARK(BM_ChainedInequality_ours)->Name("BM_ChainedInequality/ours");
 BENCHMARK(BM_ChainedInequality_yardstick)->Name("BM_ChainedInequality/yardstick");
 BENCHMARK(BM_SumI_ours)->Name("BM_SumI/ours");
 BENCHMARK(BM_SumI_yardstick)->Name("BM_SumI/yardstick");
+BENCHMARK(BM_GraphReference_ours)->Name("BM_GraphReference/ours");
+BENCHMARK(BM_GraphReference_yardstick)->Name("BM_GraphReference/yardstick");
 BENCHMARK(BM_Diff2_ours)->Name("BM_Diff2/ours");
 
 }  // namespace
