@@ -93,6 +93,26 @@ void PlaneRun(const std::string& text) {
     if (fast.fault() == keldo::formula::kNoFault && std::isfinite(v) && static_cast<double>(static_cast<float>(v)) != v)
       std::abort();
   }
+  // A row of the plane in blocks gives what the walk gives column by column,
+  // up to and with the first fault.
+  if (fast.RunsInBlocks()) {
+    const int count = PointsFor(state, 9);
+    double xs[9], out[9];
+    for (int j = 0; j < count; ++j) xs[j] = -0.5 + j * 0.125;
+    const double y = 0.125;
+    const int fine = fast.EvalRun2(2, 0, xs, y, count, out);
+    int expected = count;
+    for (int j = 0; j < count; ++j) {
+      const double w = slow.Eval2(j, 2, xs[j], y);
+      if (slow.fault() != keldo::formula::kNoFault) {
+        expected = j;
+        if (fast.fault() != slow.fault()) std::abort();
+        break;
+      }
+      if (std::memcmp(&out[j], &w, sizeof w) != 0) std::abort();
+    }
+    if (fine != expected) std::abort();
+  }
 }
 
 }  // namespace

@@ -128,12 +128,19 @@ void Graph2Form::USERFN2(int count, float left, float right, float step, float* 
   const int every = std::max(1, n_ / 32);
   long long percent = 0;
   const std::size_t stride = Stride();
+  // Where the formula allows, a row is computed a block of columns at a
+  // time, with the values Eval2 gives point by point; `fine` columns of it
+  // are ready, and the column after them is the first fault.
+  const bool blocks = ev.RunsInBlocks();
+  std::vector<double> xs(blocks ? static_cast<std::size_t>(count) : 0), rowValues(xs.size());
+  for (std::size_t j = 0; j < xs.size(); ++j) xs[j] = static_cast<float>(j) * step + left;
   for (int i = 0; i < count; ++i) {
     const float y = static_cast<float>(i) * step + left;
+    const int fine = blocks ? ev.EvalRun2(i, 0, xs.data(), y, count, rowValues.data()) : -1;
     for (int j = 0; j < count; ++j) {
       const float x = static_cast<float>(j) * step + left;
-      const double v = ev.Eval2(j, i, x, y);
-      if (ev.fault() != formula::kNoFault) {
+      const double v = fine < 0 ? ev.Eval2(j, i, x, y) : rowValues[static_cast<std::size_t>(j)];
+      if (fine < 0 ? ev.fault() != formula::kNoFault : j == fine) {
         plotting_ = false;
         controls_.SetVisible("PercentDone", false);
         context_.ShowIdle();

@@ -535,10 +535,9 @@ inline bool EachLane(double* d, const double* a, const double* b, int count, F f
 
 }  // namespace
 
-__attribute__((target_clones("avx2", "default"))) int Evaluator::RunBlock(const double* x, int count, double* out) {
+__attribute__((target_clones("avx2", "default"))) int Evaluator::RunBlock(int count, double* out) {
   double* const lanes = lanes_.data();
   const auto lane = [&](std::int32_t reg) { return lanes + static_cast<std::ptrdiff_t>(reg) * kBlock; };
-  std::copy(x, x + count, lane(kRegisterX));
   double sums[6][kBlock];
   const auto setIndex = [&](int s, double value) {
     std::fill(lane(kRegisterIndex + s), lane(kRegisterIndex + s) + count, value);
@@ -618,8 +617,11 @@ __attribute__((target_clones("avx2", "default"))) int Evaluator::RunBlock(const 
           default: direct = false;
         }
         if (direct) {
-          finite = AllFinite(d, count);
-          break;
+          // Function results stay as they are, in the plane too.
+          if (!AllFinite(d, count))
+            for (int l = 0; l < count; ++l)
+              if (!std::isfinite(d[l])) mark(l, FaultOf(d[l]));
+          continue;
         }
         for (int l = 0; l < count; ++l) {
           d[l] = Function(in.kind, a[l]);
@@ -668,6 +670,12 @@ __attribute__((target_clones("avx2", "default"))) int Evaluator::RunBlock(const 
       default:  // no other instruction is in a tape that runs in blocks
         continue;
     }
+    // The plane keeps every result of an operator in single precision,
+    // which may overflow where the double did not.
+    if (single) {
+      for (int l = 0; l < count; ++l) d[l] = static_cast<float>(d[l]);
+      finite = AllFinite(d, count);
+    }
     if (!finite)
       for (int l = 0; l < count; ++l)
         if (!std::isfinite(d[l])) mark(l, FaultOf(d[l]));
@@ -687,10 +695,32 @@ __attribute__((target_clones("avx2", "default"))) int Evaluator::RunBlock(const 
 int Evaluator::EvalRun(int first, const double* x, int count, double* out) {
   (void)first;  // no instruction of a tape that runs in blocks reads the index
   fault_ = kNoFault;
-  if (!RunsInBlocks()) return -1;
+  if (single || !RunsInBlocks()) return -1;
   for (int done = 0; done < count; done += kBlock) {
     const int size = std::min(kBlock, count - done);
-    const int fine = RunBlock(x + done, size, out + done);
+    std::copy(x + done, x + done + size, Lane(kRegisterX));
+    const int fine = RunBlock(size, out + done);
+    if (fine < size) return done + fine;
+  }
+  return count;
+}
+
+int Evaluator::EvalRun2(int row, int firstColumn, const double* x, double y, int count, double* out) {
+  fault_ = kNoFault;
+  if (!single || !RunsInBlocks()) return -1;
+  const double fy = static_cast<float>(y);
+  for (int done = 0; done < count; done += kBlock) {
+    const int size = std::min(kBlock, count - done);
+    double* const lx = Lane(kRegisterX);
+    for (int k = 0; k < size; ++k) lx[k] = static_cast<float>(x[done + k]);
+    std::fill(Lane(kRegisterY), Lane(kRegisterY) + size, fy);
+    const std::size_t at = static_cast<std::size_t>(row) * planeStride + static_cast<std::size_t>(firstColumn + done);
+    for (int g = 0; g < 4; ++g) {
+      double* const lg = Lane(kRegisterGraph + g);
+      for (int k = 0; k < size; ++k) lg[k] = planes[g] != nullptr ? planes[g][at + static_cast<std::size_t>(k)] : 0.0;
+    }
+    const int fine = RunBlock(size, out + done);
+    for (int k = 0; k < fine; ++k) out[done + k] = static_cast<float>(out[done + k]);
     if (fine < size) return done + fine;
   }
   return count;

@@ -102,14 +102,17 @@ class Evaluator {
   // Runs `count` points at once, point k at index first + k and abscissa
   // x[k], with what Eval would give point by point: each instruction of the
   // tape over a block of points, every point through the same operations.
-  // Only for a formula whose points do not depend on one another: no sums,
-  // no random draws, no earlier values, not the plane. Returns how many
+  // Only for a formula whose points do not depend on one another: no random
+  // draws, no earlier values, no two sums over one index. Returns how many
   // points came before the first fault (fault() then says which, and that
   // point's value is 0), count when there was none, or -1 when the formula
   // must go point by point. Each block's lanes are sized by Prepare.
   static constexpr int kBlock = 64;
   int EvalRun(int first, const double* x, int count, double* out);
-  bool RunsInBlocks() const { return tapeBlocks_ && !single && TapeRuns(); }
+  // The same in the plane, for Eval2 at (firstColumn + k, row) with
+  // abscissas x[k] and ordinate y.
+  int EvalRun2(int row, int firstColumn, const double* x, double y, int count, double* out);
+  bool RunsInBlocks() const { return tapeBlocks_ && TapeRuns(); }
 
  private:
   // The one-argument functions other than the sums, products and ACS.
@@ -149,8 +152,11 @@ class Evaluator {
   bool tapeBlocks_ = false;      // the tape may run a block of points at once
   // kBlock lanes for every register of the tape, register by register.
   std::vector<double> lanes_;
-  // One block of at most kBlock points; the number before the first fault.
-  int RunBlock(const double* x, int count, double* out);
+  // One block of at most kBlock points whose abscissas (and in the plane
+  // ordinates and samples) are in their lanes; the number before the first
+  // fault.
+  int RunBlock(int count, double* out);
+  double* Lane(int reg) { return lanes_.data() + static_cast<std::ptrdiff_t>(reg) * kBlock; }
   std::vector<double> stack_, results_, previous_;
   std::vector<std::int32_t> opcodes_, order_;
   // By program word: at an operator's order word, its place in the

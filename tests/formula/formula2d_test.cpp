@@ -115,6 +115,58 @@ TEST(PlaneFormulas, TheLinkedTapeAgreesWithTheWalkBitForBit) {
   EXPECT_GT(taped, 60);  // the tape serves nearly every formula
 }
 
+// A row of the plane in blocks gives, column for column, what Eval2 gives
+// by the walk, up to and with the first fault.
+TEST(PlaneFormulas, RowsInBlocksAgreeWithTheWalkBitForBit) {
+  const auto table = ReadTable();
+  constexpr int kSide = 81;  // a row longer than a block, the last block short
+  std::vector<float> g1(kSide * 3), g2(kSide * 3);
+  for (std::size_t k = 0; k < g1.size(); ++k) {
+    g1[k] = static_cast<float>(k % 7) - 2.5f;
+    g2[k] = static_cast<float>(k % 5) * 1e30f;
+  }
+  int blocked = 0;
+  for (const auto& [text, points] : table) {
+    (void)points;
+    PlaneBench b;
+    ASSERT_NE(b.Compile(text), formula::kErrorResult) << text;
+    formula::Evaluator fast = b.Evaluator(1.0 / 80), slow;
+    formula::BindEvaluator(slow, b.state);
+    slow.dx = 1.0 / 80;
+    slow.useTape = false;
+    slow.Prepare();
+    for (formula::Evaluator* ev : {&fast, &slow}) {
+      ev->planes[0] = g1.data();
+      ev->planes[1] = g2.data();
+      ev->planeStride = kSide;
+    }
+    std::vector<double> xs(kSide), out(kSide, -1.0);
+    for (int j = 0; j < kSide; ++j) xs[static_cast<std::size_t>(j)] = -0.5 + j / 80.0;
+    for (const int row : {0, 2}) {
+      const double y = -0.5 + row / 80.0;
+      const int fine = fast.EvalRun2(row, 0, xs.data(), y, kSide, out.data());
+      if (!fast.RunsInBlocks()) {
+        EXPECT_EQ(fine, -1) << text;
+        break;
+      }
+      ++blocked;
+      int expected = kSide;
+      for (int j = 0; j < kSide; ++j) {
+        const double w = slow.Eval2(j, row, xs[static_cast<std::size_t>(j)], y);
+        if (slow.fault() != formula::kNoFault) {
+          expected = j;
+          EXPECT_EQ(fast.fault(), slow.fault()) << text;
+          break;
+        }
+        const double v = out[static_cast<std::size_t>(j)];
+        ASSERT_EQ(std::memcmp(&v, &w, sizeof v), 0) << text << " at column " << j << ": " << v << " vs " << w;
+      }
+      EXPECT_EQ(fine, expected) << text;
+    }
+  }
+  EXPECT_GT(blocked, 100);
+}
+
 TEST(PlaneFormulas, GraphWordsAreSamplesOfTheStoredGraphsWhateverTheirCount) {
   PlaneBench b;
   b.host.graphCount = 1;  // G3 compiles all the same and reads its slot
