@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <new>
 #include <vector>
 
 #include "fourier/fft.h"
@@ -20,17 +19,8 @@ namespace {
 
 using namespace keldo::fourier;
 
-template <typename T>
-struct Aligned {
-  using value_type = T;
-  Aligned() = default;
-  template <typename U>
-  explicit Aligned(const Aligned<U>&) {}
-  T* allocate(std::size_t n) { return static_cast<T*>(::operator new(n * sizeof(T), std::align_val_t(64))); }
-  void deallocate(T* p, std::size_t) { ::operator delete(p, std::align_val_t(64)); }
-  bool operator==(const Aligned&) const { return true; }
-};
-using Array = std::vector<double, Aligned<double>>;
+// The working arrays the commands use.
+using Array = KernelVector<double>;
 
 std::vector<double> Input(int n, int seed) {
   std::vector<double> v(static_cast<std::size_t>(n) + 5);

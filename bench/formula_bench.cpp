@@ -176,28 +176,9 @@ std::string CheckCase(const Case& c, OurFormula& ours, Yardstick& yard) {
 }
 
 // Times one side of a pair: both sides are checked to agree first, then
-// `side` fills the grid on every iteration.
-template <class Side>
-void RunSide(benchmark::State& st, const Case& c, Side side) {
-  OurFormula ours;
-  Yardstick yard;
-  const std::string problem = CheckCase(c, ours, yard);
-  if (!problem.empty()) {
-    st.SkipWithError(problem.c_str());
-    return;
-  }
-  std::vector<double> y(kPoints);
-  for (auto _ : st) {
-    for (int i = 0; i < kPoints; ++i) y[static_cast<std::size_t>(i)] = side(ours, yard, i);
-    benchmark::DoNotOptimize(y.data());
-    benchmark::ClobberMemory();
-  }
-  st.SetItemsProcessed(st.iterations() * kPoints);
-}
-
-// Ours as the plot command runs it: a block of points at a time where the
-// formula allows, else point by point.
-void RunOurs(benchmark::State& st, const Case& c) {
+// `fill` computes the whole grid, x into y, on every iteration.
+template <class Fill>
+void RunSide(benchmark::State& st, const Case& c, Fill fill) {
   OurFormula ours;
   Yardstick yard;
   const std::string problem = CheckCase(c, ours, yard);
@@ -207,22 +188,33 @@ void RunOurs(benchmark::State& st, const Case& c) {
   }
   std::vector<double> x(kPoints), y(kPoints);
   for (int i = 0; i < kPoints; ++i) x[static_cast<std::size_t>(i)] = PointAt(i);
-  const bool blocks = ours.ev.RunsInBlocks();
   for (auto _ : st) {
-    if (blocks) {
-      ours.ev.EvalRun(0, x.data(), kPoints, y.data());
-    } else {
-      for (int i = 0; i < kPoints; ++i) y[static_cast<std::size_t>(i)] = ours.ev.Eval(i, x[static_cast<std::size_t>(i)]);
-    }
+    fill(ours, yard, x, y);
     benchmark::DoNotOptimize(y.data());
     benchmark::ClobberMemory();
   }
   st.SetItemsProcessed(st.iterations() * kPoints);
+}
+
+// Ours as the plot command runs it: a block of points at a time where the
+// formula allows, else point by point.
+void RunOurs(benchmark::State& st, const Case& c) {
+  bool blocks = false;
+  RunSide(st, c, [&](OurFormula& ours, Yardstick&, const std::vector<double>& x, std::vector<double>& y) {
+    blocks = ours.ev.RunsInBlocks();
+    if (blocks) {
+      ours.ev.EvalRun(0, x.data(), kPoints, y.data());
+      return;
+    }
+    for (int i = 0; i < kPoints; ++i) y[static_cast<std::size_t>(i)] = ours.ev.Eval(i, x[static_cast<std::size_t>(i)]);
+  });
   st.SetLabel(blocks ? "in blocks" : "point by point");
 }
 
 void RunYardstick(benchmark::State& st, const Case& c) {
-  RunSide(st, c, [](OurFormula&, Yardstick& yard, int i) { return yard.At(PointAt(i)); });
+  RunSide(st, c, [](OurFormula&, Yardstick& yard, const std::vector<double>& x, std::vector<double>& y) {
+    for (int i = 0; i < kPoints; ++i) y[static_cast<std::size_t>(i)] = yard.At(x[static_cast<std::size_t>(i)]);
+  });
 }
 
 void BM_Polynomial_ours(benchmark::State& st) { RunOurs(st, Cases()[0]); }

@@ -748,6 +748,62 @@ inline __attribute__((always_inline)) void StoreBackwards(double* p, const V& v)
   Store(p - (L - 1), w);
 }
 
+// The two forms of one output of the real transform's post-processing,
+// with twiddle (sk, tk): from the transform of the even and odd samples at
+// j (xa, ya) and at h - j (xb, yb), the output at n - j. The first serves
+// j = k, the second j = q + k, the twiddle's mirror. V may be a vector of
+// several j, W its twiddles.
+template <typename V, typename W>
+inline __attribute__((always_inline)) void PostOutput(const V& xa, const V& ya, const V& xb, const V& yb,
+                                                      const W& sk, const W& tk, V& outX, V& outY) {
+  const V d = xa - xb, a = yb + ya;
+  const V u = d * tk + a, v = d - u * sk;
+  outX = (xb + xa + (v * tk + u)) / 2;
+  outY = (yb - ya + v) / 2;
+}
+
+template <typename V, typename W>
+inline __attribute__((always_inline)) void PostOutputMirrored(const V& xa, const V& ya, const V& xb, const V& yb,
+                                                              const W& sk, const W& tk, V& outX, V& outY) {
+  const V d = xa - xb, a = yb + ya;
+  const V u = d - a * tk, v = -a - u * sk;
+  outX = (xb + xa + (v * tk + u)) / 2;
+  outY = (yb - ya + v) / 2;
+}
+
+// The post-processing for one k: the outputs at n - k and n - (q + k). It
+// reads the lower half and writes the upper half.
+template <typename T>
+inline void PostStep(T* x, T* y, const T* s, const T* t, int n, int k) {
+  const int h = n / 2, q = n / 4, e = q + k;
+  PostOutput(x[k], y[k], x[h - k], y[h - k], s[k], t[k], x[n - k], y[n - k]);
+  PostOutputMirrored(x[e], y[e], x[h - e], y[h - e], s[k], t[k], x[n - e], y[n - e]);
+}
+
+// After the post-processing: the output at n - q, the lower half as the
+// mirror of the upper, and the two real outputs at 0 and h.
+template <typename T>
+inline void FinishReal(T* x, T* y, int n) {
+  const int h = n / 2, q = n / 4;
+  x[n - q] = x[q];
+  y[n - q] = -y[q];
+  {
+    // The upper half, read backwards, into the lower half: no index is both.
+    T* __restrict xLow = x;
+    T* __restrict yLow = y;
+    const T* __restrict xHigh = x + n;
+    const T* __restrict yHigh = y + n;
+    for (int j = 1; j < h; ++j) {
+      xLow[j] = xHigh[-j];
+      yLow[j] = -yHigh[-j];
+    }
+  }
+  x[h] = x[0] - y[0];
+  x[0] = x[0] + y[0];
+  y[0] = 0;
+  y[h] = 0;
+}
+
 // The real transform for doubles, L values of k at a time in the lanes of a
 // vector V where the passes allow, each lane doing the operations of the
 // scalar steps.
@@ -778,28 +834,12 @@ inline __attribute__((always_inline)) void RealTransformBody(int n, double* x, d
     x[k] = x[2 * k];
   }
   ReverseAndTransform(x, y, s, t, h, mHalf, 2);
-  // The step of k for one k: the halves of the spectrum from the transform
-  // of the even and odd samples.
-  const auto post = [&](int k) {
-    const double sk = s[k], tk = t[k];
-    double d = x[k] - x[h - k], a = y[h - k] + y[k];
-    double u = d * tk + a, v = d - u * sk;
-    x[n - k] = (x[h - k] + x[k] + (v * tk + u)) / 2;
-    y[n - k] = (y[h - k] - y[k] + v) / 2;
-    const int e = q + k;
-    d = x[e] - x[h - e];
-    a = y[h - e] + y[e];
-    u = d - a * tk;
-    v = -a - u * sk;
-    x[n - e] = (x[h - e] + x[e] + (v * tk + u)) / 2;
-    y[n - e] = (y[h - e] - y[e] + v) / 2;
-  };
   // L values of k at a time; the elements read and written backwards are
   // moved with their lanes reversed. Reads stay in the lower half and
   // writes in the upper half, so no step sees another's result.
   k = 1;
   if (q >= 4) {
-    for (; k < L; ++k) post(k);
+    for (; k < L; ++k) PostStep(x, y, s, t, n, k);
     for (; k + L - 1 < q; k += L) {
       V sk, tk, xk, yk, xe, ye;
       Load(sk, s + k);
@@ -826,24 +866,8 @@ inline __attribute__((always_inline)) void RealTransformBody(int n, double* x, d
       StoreBackwards(y + n - e, (yf - ye + v) / 2);
     }
   }
-  for (; k < q; ++k) post(k);
-  x[n - q] = x[q];
-  y[n - q] = -y[q];
-  {
-    // The upper half, read backwards, into the lower half: no index is both.
-    double* __restrict xLow = x;
-    double* __restrict yLow = y;
-    const double* __restrict xHigh = x + n;
-    const double* __restrict yHigh = y + n;
-    for (int j = 1; j < h; ++j) {
-      xLow[j] = xHigh[-j];
-      yLow[j] = -yHigh[-j];
-    }
-  }
-  x[h] = x[0] - y[0];
-  x[0] = x[0] + y[0];
-  y[0] = 0;
-  y[h] = 0;
+  for (; k < q; ++k) PostStep(x, y, s, t, n, k);
+  FinishReal(x, y, n);
 }
 
 __attribute__((target("avx"))) void RealTransformWide(int n, double* x, double* y, const double* s,
@@ -883,26 +907,13 @@ inline __attribute__((always_inline)) void PostQuad(double* x, double* y, const 
   Load(yp, ys + q + k);
   LoadBackwards(xm, xs + q - k);
   LoadBackwards(ym, ys + q - k);
-  // The step of k: outputs at k and at e = q + k.
-  V d = xk - xh, a = yh + yk;
-  V u = d * tk + a, v = d - u * sk;
-  const V ukX = (xh + xk + (v * tk + u)) / 2, ukY = (yh - yk + v) / 2;
-  d = xp - xm;
-  a = ym + yp;
-  u = d - a * tk;
-  v = -a - u * sk;
-  const V upX = (xm + xp + (v * tk + u)) / 2, upY = (ym - yp + v) / 2;
-  // The step of q - k: outputs at q - k and at h - k.
-  d = xm - xp;
-  a = yp + ym;
-  u = d * tm + a;
-  v = d - u * sm;
-  const V umX = (xp + xm + (v * tm + u)) / 2, umY = (yp - ym + v) / 2;
-  d = xh - xk;
-  a = yk + yh;
-  u = d - a * tm;
-  v = -a - u * sm;
-  const V uhX = (xk + xh + (v * tm + u)) / 2, uhY = (yk - yh + v) / 2;
+  // The step of k: outputs at k and at q + k; the step of q - k: outputs at
+  // q - k and at h - k.
+  V ukX, ukY, upX, upY, umX, umY, uhX, uhY;
+  PostOutput(xk, yk, xh, yh, sk, tk, ukX, ukY);
+  PostOutputMirrored(xp, yp, xm, ym, sk, tk, upX, upY);
+  PostOutput(xm, ym, xp, yp, sm, tm, umX, umY);
+  PostOutputMirrored(xh, yh, xk, yk, sm, tm, uhX, uhY);
   // Output j goes to n - j as it is and to j conjugated.
   StoreBackwards(x + n - k, ukX);
   StoreBackwards(y + n - k, ukY);
@@ -959,29 +970,8 @@ __attribute__((target("avx"))) void RealTransformFused(int n, double* x, double*
   const double x0 = y[0], y0 = y[h], xq = y[q], yq = y[h + q];
   int k = 1;
   for (; k + 3 < q / 2; k += 4) PostQuad<Quad>(x, y, s, t, n, k);
-  for (; k < q / 2; ++k) PostQuad<double>(x, y, s, t, n, k);
-  {
-    // k = q / 2 is its own partner: outputs at k and h - k.
-    const int e = q + k;
-    const double xk = y[k], yk = y[h + k], xe = y[e], ye = y[h + e];
-    const double sk = s[k], tk = t[k];
-    double d = xk - xe, a = ye + yk;
-    double u = d * tk + a, v = d - u * sk;
-    const double ukX = (xe + xk + (v * tk + u)) / 2, ukY = (ye - yk + v) / 2;
-    d = xe - xk;
-    a = yk + ye;
-    u = d - a * tk;
-    v = -a - u * sk;
-    const double ueX = (xk + xe + (v * tk + u)) / 2, ueY = (yk - ye + v) / 2;
-    x[n - k] = ukX;
-    y[n - k] = ukY;
-    x[k] = ukX;
-    y[k] = -ukY;
-    x[n - e] = ueX;
-    y[n - e] = ueY;
-    x[e] = ueX;
-    y[e] = -ueY;
-  }
+  // k = q / 2 is its own partner: both steps give the same outputs.
+  for (; k <= q / 2; ++k) PostQuad<double>(x, y, s, t, n, k);
   x[n - q] = xq;
   y[n - q] = -yq;
   x[q] = xq;
@@ -1007,30 +997,8 @@ void RealTransform(int n, float* x, float* y, const float* s, const float* t, in
     x[k] = x[2 * k];
   }
   ReverseAndTransform(x, y, s, t, h, mHalf, 2);
-  for (int k = 1; k < q; ++k) {
-    const float sk = s[k], tk = t[k];
-    float d = x[k] - x[h - k], a = y[h - k] + y[k];
-    float u = d * tk + a, v = d - u * sk;
-    x[n - k] = (x[h - k] + x[k] + (v * tk + u)) / 2;
-    y[n - k] = (y[h - k] - y[k] + v) / 2;
-    const int e = q + k;
-    d = x[e] - x[h - e];
-    a = y[h - e] + y[e];
-    u = d - a * tk;
-    v = -a - u * sk;
-    x[n - e] = (x[h - e] + x[e] + (v * tk + u)) / 2;
-    y[n - e] = (y[h - e] - y[e] + v) / 2;
-  }
-  x[n - q] = x[q];
-  y[n - q] = -y[q];
-  for (int k = 1; k < h; ++k) {
-    x[k] = x[n - k];
-    y[k] = -y[n - k];
-  }
-  x[h] = x[0] - y[0];
-  x[0] = x[0] + y[0];
-  y[0] = 0;
-  y[h] = 0;
+  for (int k = 1; k < q; ++k) PostStep(x, y, s, t, n, k);
+  FinishReal(x, y, n);
 }
 
 }  // namespace

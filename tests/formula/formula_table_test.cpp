@@ -117,6 +117,18 @@ TEST(FormulaTable, ValuesThroughVALU) {
 namespace keldo {
 namespace {
 
+// One evaluator on the tape (and in blocks) and one that walks the program.
+void PrepareTapeAndWalk(formula::Evaluator& fast, formula::Evaluator& slow, const formula::FormulaState& state,
+                        double dx) {
+  for (formula::Evaluator* ev : {&fast, &slow}) {
+    formula::BindEvaluator(*ev, state);
+    ev->dx = dx;
+  }
+  slow.useTape = false;
+  fast.Prepare();
+  slow.Prepare();
+}
+
 // The linked tape and the walk over the program give the same bits and the
 // same faults for every formula of the table.
 TEST(FormulaTable, TapeAndProgramWalkAgreeBitForBit) {
@@ -126,13 +138,7 @@ TEST(FormulaTable, TapeAndProgramWalkAgreeBitForBit) {
     testing::FormulaBench b;
     ASSERT_NE(b.Compile(c.formula), formula::kErrorResult);
     formula::Evaluator fast, slow;
-    for (formula::Evaluator* ev : {&fast, &slow}) {
-      formula::BindEvaluator(*ev, b.state);
-      ev->dx = c.dx;
-    }
-    slow.useTape = false;
-    fast.Prepare();
-    slow.Prepare();
+    PrepareTapeAndWalk(fast, slow, b.state, c.dx);
     EXPECT_FALSE(slow.HasTape());
     if (fast.HasTape()) ++linked;
     const double f = fast.Eval(0, c.x), s = slow.Eval(0, c.x);
@@ -141,7 +147,6 @@ TEST(FormulaTable, TapeAndProgramWalkAgreeBitForBit) {
   }
   EXPECT_GT(linked, 1000);
 }
-
 
 // A block of points gives, point for point, what the walk gives one point at
 // a time, up to and with the first fault; the run stops there.
@@ -152,13 +157,7 @@ TEST(FormulaTable, BlocksOfPointsAgreeWithTheWalkBitForBit) {
     testing::FormulaBench b;
     ASSERT_NE(b.Compile(c.formula), formula::kErrorResult);
     formula::Evaluator fast, slow;
-    for (formula::Evaluator* ev : {&fast, &slow}) {
-      formula::BindEvaluator(*ev, b.state);
-      ev->dx = c.dx;
-    }
-    slow.useTape = false;
-    fast.Prepare();
-    slow.Prepare();
+    PrepareTapeAndWalk(fast, slow, b.state, c.dx);
     // 150 points (three blocks, the last one short) around the table's x,
     // which sits at point 100.
     constexpr int kCount = 150;
