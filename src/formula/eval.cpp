@@ -70,7 +70,7 @@ const std::array<double, 71>& FactorialTable() {
 double GFUNC1(double x, const GraphSlot& slot, int points) {
   const double a = slot.a, b = slot.b, h = slot.h;
   if (slot.values == nullptr || !(h > 0.0)) return 0.0;
-  if (x < a - h || x > b + h) return 0.0;
+  if (!(x >= a - h && x <= b + h)) return 0.0;  // outside, or not a number
   const double steps = std::floor((x - a) / h);
   if (steps >= points) return slot.values[points];
   const int k = steps < 1 ? 0 : static_cast<int>(steps);
@@ -624,6 +624,12 @@ __attribute__((target_clones("avx2", "default"))) int Evaluator::RunBlock(int co
           continue;
         }
         for (int l = 0; l < count; ++l) {
+          // A point that has met its fault carries values no point by point
+          // run would pass on; it is left out.
+          if (faults[l] != kNoFault) {
+            d[l] = 0.0;
+            continue;
+          }
           d[l] = Function(in.kind, a[l]);
           if (fault_ != kNoFault) {
             mark(l, fault_);

@@ -313,6 +313,55 @@ void ExpectTapeAndWalkAgree(const std::string& seed, std::size_t words) {
   }
 }
 
+// A point of a block that has met its fault is not passed on to a function:
+// here its value, not a number, would have gone to the graph lookup of
+// G1(, which the walk never gives such a value.
+TEST(Formulas, AFaultedPointOfABlockGoesNoFurther) {
+  std::ifstream in(KELDO_SOURCE_DIR "/fuzz/seeds/formula_compiler/a_faulted_point_of_a_block_reading_a_graph",
+                   std::ios::binary);
+  const std::string text((std::istreambuf_iterator<char>(in)), {});
+  ASSERT_FALSE(text.empty());
+  static const double kGraph[65] = {1.0, 2.0, 3.0};
+  FormulaBench line;
+  line.host.points = 64;
+  line.host.graphCount = 2;
+  line.host.graphs.points = 64;
+  line.host.graphs.entries[0] = {kGraph, -0.5, 0.5, 1.0 / 64};
+  line.host.graphs.entries[1] = {kGraph, 0.0, 1.0, 1.0 / 64};
+  for (int k = 0; k < 3; ++k) line.host.answers.push_back("2");
+  std::string value = text;
+  line.compiler.VALU(value);
+  ASSERT_NE(line.Compile(text), formula::kErrorResult);
+  formula::Evaluator fast, slow;
+  for (formula::Evaluator* ev : {&fast, &slow}) {
+    formula::BindEvaluator(*ev, line.state);
+    ev->dx = 1.0 / 64;
+    ev->graphs = &line.host.graphs;
+  }
+  slow.useTape = false;
+  fast.Prepare();
+  slow.Prepare();
+  ASSERT_TRUE(fast.RunsInBlocks());
+  constexpr int kCount = 70;
+  double xs[kCount], out[kCount];
+  for (int k = 0; k < kCount; ++k) xs[k] = -0.5 + k / 64.0;
+  const int fine = fast.EvalRun(0, xs, kCount, out);
+  int expected = kCount;
+  for (int k = 0; k < kCount; ++k) {
+    const double w = slow.Eval(k, xs[k]);
+    if (slow.fault() != formula::kNoFault) {
+      expected = k;
+      EXPECT_EQ(fast.fault(), slow.fault());
+      break;
+    }
+    EXPECT_EQ(std::memcmp(&out[k], &w, sizeof w), 0) << k;
+  }
+  EXPECT_EQ(fine, expected);
+  EXPECT_LT(fine, kCount);  // the formula does meet a fault
+  // The graph lookup itself gives 0 for a value that is not a number.
+  EXPECT_EQ(formula::GFUNC1(std::nan(""), line.host.graphs.entries[0], 64), 0.0);
+}
+
 TEST(Formulas, AProgramGrownToTensOfThousandsOfWordsRunsTheSameOnTapeAndWalk) {
   ExpectTapeAndWalkAgree("a_program_of_45000_words.txt", 40000);
   // A second one, whose compile is the slow part under the sanitizers.
