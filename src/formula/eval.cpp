@@ -536,11 +536,9 @@ inline bool EachLane(double* d, const double* a, const double* b, int count, F f
 }  // namespace
 
 __attribute__((target_clones("avx2", "default"))) int Evaluator::RunBlock(int count, double* out) {
-  double* const lanes = lanes_.data();
-  const auto lane = [&](std::int32_t reg) { return lanes + static_cast<std::ptrdiff_t>(reg) * kBlock; };
   double sums[6][kBlock];
   const auto setIndex = [&](int s, double value) {
-    std::fill(lane(kRegisterIndex + s), lane(kRegisterIndex + s) + count, value);
+    std::fill(Lane(kRegisterIndex + s), Lane(kRegisterIndex + s) + count, value);
   };
   if (tapeHasSums_) {
     for (int s = 0; s < 6; ++s) {
@@ -563,9 +561,9 @@ __attribute__((target_clones("avx2", "default"))) int Evaluator::RunBlock(int co
   const Instruction* const end = begin + tape_.size();
   for (const Instruction* at = begin; at != end; ++at) {
     const Instruction& in = *at;
-    double* const d = lane(in.dst);
-    const double* const a = lane(in.a);
-    const double* const b = lane(in.b);
+    double* const d = Lane(in.dst);
+    const double* const a = Lane(in.a);
+    const double* const b = Lane(in.b);
     const auto truth = [&](auto test) {
       for (int l = 0; l < count; ++l) d[l] = test(a[l], b[l]) ? 1.0 : 0.0;
       return true;
@@ -686,7 +684,7 @@ __attribute__((target_clones("avx2", "default"))) int Evaluator::RunBlock(int co
       for (int l = 0; l < count; ++l)
         if (!std::isfinite(d[l])) mark(l, FaultOf(d[l]));
   }
-  const double* const result = lane(resultRegister_);
+  const double* const result = Lane(resultRegister_);
   for (int l = 0; l < count; ++l) {
     if (faulted && faults[l] != kNoFault) {
       fault_ = faults[l];
