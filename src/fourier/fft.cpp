@@ -311,7 +311,7 @@ inline __attribute__((always_inline)) void TileOut(const Quad* xlo, const Quad* 
 
 // BitReverseTiles for doubles, m at least 6.
 template <bool kStages>
-__attribute__((target("avx"))) void BitReverseTilesWide(double* x, double* y, int m, double s1, double t1) {
+inline __attribute__((always_inline)) void BitReverseTilesBody(double* x, double* y, int m, double s1, double t1) {
   const int middleCount = 1 << (m - 6);
   const int rowStep = 1 << (m - 3);
   int reversedMiddle = 0;
@@ -341,6 +341,25 @@ __attribute__((target("avx"))) void BitReverseTilesWide(double* x, double* y, in
   }
 }
 
+// The same with the 32 vector registers of AVX-512 processors: a tile's
+// rows and the three stages' values then stay in registers.
+template <bool kStages>
+__attribute__((target("avx"))) void BitReverseTilesWide(double* x, double* y, int m, double s1, double t1) {
+  BitReverseTilesBody<kStages>(x, y, m, s1, t1);
+}
+
+template <bool kStages>
+__attribute__((target("avx512f,avx512vl"))) void BitReverseTilesMany(double* x, double* y, int m, double s1,
+                                                                     double t1) {
+  BitReverseTilesBody<kStages>(x, y, m, s1, t1);
+}
+
+// Whether the processor has the 32 vector registers of AVX-512.
+bool ManyRegisters() {
+  static const bool many = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512vl");
+  return many;
+}
+
 // The permutation, with the first three stages when kStages, by the vector
 // tiles where they apply.
 template <bool kStages, typename T>
@@ -348,7 +367,8 @@ void BitReverse(T* x, T* y, int n, int m, T s1, T t1) {
   if constexpr (std::is_same_v<T, double>) {
     static const bool wide = __builtin_cpu_supports("avx");
     if (wide && m >= 6) {
-      BitReverseTilesWide<kStages>(x, y, m, s1, t1);
+      if (ManyRegisters()) BitReverseTilesMany<kStages>(x, y, m, s1, t1);
+      else BitReverseTilesWide<kStages>(x, y, m, s1, t1);
       return;
     }
   }
@@ -500,7 +520,6 @@ void ButterflyStage(T* x, T* y, const T* s, const T* t, int d, int tstep, int be
   if (wide) ButterflyStageWide(x, y, s, t, d, tstep, begin, end);
   else ButterflyStageNarrow(x, y, s, t, d, tstep, begin, end);
 }
-
 
 // The twiddles of every stage laid out one after another, so that each stage
 // reads its own contiguously instead of every (n / 2d)-th entry of the
@@ -933,8 +952,8 @@ inline __attribute__((always_inline)) void PostQuad(double* x, double* y, const 
   StoreBackwards(y + h - k, -uhY);
 }
 
-__attribute__((target("avx"))) void RealTransformFused(int n, double* x, double* y, const double* s,
-                                                         const double* t, int mHalf) {
+inline __attribute__((always_inline)) void RealTransformFusedBody(int n, double* x, double* y, const double* s,
+                                                                  const double* t, int mHalf) {
   const int h = n / 2, q = n / 4;
   // z[k] for the tiles: row (high, middle) of z is x[2 * row .. 2 * row + 16).
   const int middleCount = 1 << (mHalf - 6);
@@ -982,9 +1001,21 @@ __attribute__((target("avx"))) void RealTransformFused(int n, double* x, double*
   y[h] = 0;
 }
 
+__attribute__((target("avx"))) void RealTransformFused(int n, double* x, double* y, const double* s,
+                                                         const double* t, int mHalf) {
+  RealTransformFusedBody(n, x, y, s, t, mHalf);
+}
+
+__attribute__((target("avx512f,avx512vl"))) void RealTransformFusedMany(int n, double* x, double* y,
+                                                                         const double* s, const double* t,
+                                                                         int mHalf) {
+  RealTransformFusedBody(n, x, y, s, t, mHalf);
+}
+
 void RealTransform(int n, double* x, double* y, const double* s, const double* t, int mHalf) {
   static const bool wide = __builtin_cpu_supports("avx");
-  if (wide && mHalf >= 6) RealTransformFused(n, x, y, s, t, mHalf);
+  if (wide && mHalf >= 6 && ManyRegisters()) RealTransformFusedMany(n, x, y, s, t, mHalf);
+  else if (wide && mHalf >= 6) RealTransformFused(n, x, y, s, t, mHalf);
   else if (wide) RealTransformWide(n, x, y, s, t, mHalf);
   else RealTransformBody<Pair, 2>(n, x, y, s, t, mHalf);
 }
