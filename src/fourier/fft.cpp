@@ -381,7 +381,7 @@ void BitReverseBoth(T* x, T* y, int n, int m) {
 }
 
 // Elements that one pass of the early stages keeps in the first-level cache.
-constexpr int kChunk = 2048;
+constexpr int kChunk = 1024;
 
 // The outputs of one vector of butterflies: the left elements at lo become
 // left + (v, w), the right elements at r become left - (v, w).
