@@ -402,7 +402,10 @@ inline __attribute__((always_inline)) void ButterflyOut(T* x, T* y, int lo, int 
 
 // L twiddle indices k .. k+L-1 of one block in the lanes of a vector V,
 // each lane doing the operations of the scalar step in StageBody.
-template <typename V, int L, typename T>
+// With kTrivialLane, lane 0 is k = 0, whose twiddles are 1 and +i: it takes
+// the rotated values as they are, (x, y) and (-y, x), without the shears,
+// exactly as the trivial butterflies compute them.
+template <typename V, int L, bool kTrivialLane, typename T>
 inline __attribute__((always_inline)) void VectorStep(T* x, T* y, const T* s, const T* t, int j, int k, int d, int q,
                                                       int tstep) {
   V sk, tk;
@@ -422,6 +425,10 @@ inline __attribute__((always_inline)) void VectorStep(T* x, T* y, const T* s, co
   V u = yr + tk * xr;
   V v = xr - sk * u;
   V w = u + tk * v;
+  if (kTrivialLane) {
+    v[0] = xr[0];
+    w[0] = yr[0];
+  }
   ButterflyOut(x, y, lo, r, v, w);
   const int p = lo + q, r2 = p + d;
   Load(xr, x + r2);
@@ -429,6 +436,10 @@ inline __attribute__((always_inline)) void VectorStep(T* x, T* y, const T* s, co
   u = xr - tk * yr;
   v = -yr - sk * u;
   w = u + tk * v;
+  if (kTrivialLane) {
+    v[0] = -yr[0];
+    w[0] = xr[0];
+  }
   ButterflyOut(x, y, p, r2, v, w);
 }
 
@@ -448,8 +459,8 @@ inline __attribute__((always_inline)) void StageBody(T* x, T* y, const T* s, con
   // vector steps start where x + j + k is a multiple of the vector's width
   // (blocks start at multiples of 16 elements, so this is the same k in
   // every block). When a vector can start at k = 0, the trivial twiddles
-  // ride in its lane 0 and are then done again exactly, from saved values;
-  // otherwise the twiddles before it go one at a time.
+  // ride in its lane 0, where they are done without the shears; otherwise
+  // the twiddles before it go one at a time.
   // A narrower vector may lead the way to that k from k = 0.
   constexpr int kNarrow = Lanes<T>::kNarrow;
   const int misalign = static_cast<int>((reinterpret_cast<std::uintptr_t>(x) / sizeof(T)) % L);
@@ -472,31 +483,34 @@ inline __attribute__((always_inline)) void StageBody(T* x, T* y, const T* s, con
     w = u + tk * v;
     Butterfly(x, y, p, r, v, w);
   };
+  using Narrow = typename Lanes<T>::Narrow;
   for (int j = begin; j < end; j += blockStep) {
-    // The trivial twiddles, 1 and +i, from the values before the step.
-    const T x0 = x[j], y0 = y[j], a0 = x[j + d], b0 = y[j + d];
-    const int p0 = j + q, r0 = j + d + q;
-    const T xp = x[p0], yp = y[p0], a = x[r0], b = y[r0];
-    const auto trivial = [&] {
-      x[j + d] = x0 - a0;
-      y[j + d] = y0 - b0;
-      x[j] = x0 + a0;
-      y[j] = y0 + b0;
-      x[r0] = xp + b;
-      y[r0] = yp - a;
-      x[p0] = xp - b;
-      y[p0] = yp + a;
-    };
-    if (!laneZero) trivial();
-    int k = laneZero ? 0 : 1;
-    if (laneZero)
-      for (; k < aligned; k += kNarrow) VectorStep<typename Lanes<T>::Narrow, kNarrow>(x, y, s, t, j, k, d, q, tstep);
-    for (; k < first; ++k) scalarStep(j, k);
-    for (; k + L - 1 < q; k += L) VectorStep<V, L>(x, y, s, t, j, k, d, q, tstep);
-    if (laneZero) trivial();
+    int k = 1;
+    if (laneZero) {
+      // The first vector carries the trivial twiddles in its lane 0.
+      if (aligned == 0) {
+        VectorStep<V, L, true>(x, y, s, t, j, 0, d, q, tstep);
+        k = L;
+      } else {
+        VectorStep<Narrow, kNarrow, true>(x, y, s, t, j, 0, d, q, tstep);
+        for (k = kNarrow; k < aligned; k += kNarrow) VectorStep<Narrow, kNarrow, false>(x, y, s, t, j, k, d, q, tstep);
+      }
+    } else {
+      // The trivial twiddles, 1 and +i, then the twiddles before the first
+      // aligned vector one at a time.
+      const T a0 = x[j + d], b0 = y[j + d];
+      Butterfly(x, y, j, j + d, a0, b0);
+      const int p0 = j + q, r0 = j + d + q;
+      const T a = x[r0], b = y[r0];
+      x[r0] = x[p0] + b;
+      y[r0] = y[p0] - a;
+      x[p0] -= b;
+      y[p0] += a;
+      for (; k < first; ++k) scalarStep(j, k);
+    }
+    for (; k + L - 1 < q; k += L) VectorStep<V, L, false>(x, y, s, t, j, k, d, q, tstep);
     if constexpr (L > kNarrow)
-      for (; k + kNarrow - 1 < q; k += kNarrow)
-        VectorStep<typename Lanes<T>::Narrow, kNarrow>(x, y, s, t, j, k, d, q, tstep);
+      for (; k + kNarrow - 1 < q; k += kNarrow) VectorStep<Narrow, kNarrow, false>(x, y, s, t, j, k, d, q, tstep);
     for (; k < q; ++k) scalarStep(j, k);
   }
 }
