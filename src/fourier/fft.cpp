@@ -14,11 +14,8 @@
 namespace keldo::fourier {
 namespace {
 
-int Log2Of(int n) {
-  int k = 0;
-  while ((1 << k) < n) ++k;
-  return k;
-}
+// The exponent of the smallest power of two not below n (n >= 1).
+int Log2Of(int n) { return n <= 1 ? 0 : 32 - __builtin_clz(static_cast<unsigned>(n - 1)); }
 
 // One butterfly: the rotated value (v, w) against element j.
 template <typename T>
@@ -593,7 +590,7 @@ const StageTwiddles<T>* TwiddlesFor(const T* s, const T* t, int n, int stride) {
   // The largest span reads s[k * stride] for k < n / 4.
   for (const int k : {1, n / 8, n / 4 - 1}) {
     if (n < 16 || k < 1) continue;
-    const std::size_t at = static_cast<std::size_t>(w.offset[static_cast<std::size_t>(Log2Of(n) - 1)] + k);
+    const std::size_t at = static_cast<std::size_t>(w.offset[static_cast<std::size_t>(log - 1)] + k);
     if (w.s[at] != s[k * stride] || w.t[at] != t[k * stride]) return nullptr;
   }
   return &w;
