@@ -596,12 +596,15 @@ const StageTwiddles<T>* TwiddlesFor(const T* s, const T* t, int n, int stride) {
   return &w;
 }
 
-template <typename T>
-void FFTCore(T* x, T* y, const T* s, const T* t, int n, int stride, bool firstThreeDone = false) {
-  const auto tstepOf = [&](int d) { return stride * (n / (2 * d)); };
+// The stages of the transform; stageOf(x, y, s, t, d, tstep, begin, end)
+// runs one.
+template <typename T, typename Stage>
+inline __attribute__((always_inline)) void FFTCoreWith(T* x, T* y, const T* s, const T* t, int n, int stride,
+                                                       bool firstThreeDone, const Stage& stageOf) {
   int first = 2;
   if (n >= 8) {
-    if (!firstThreeDone) FirstThreeStages(x, y, s[tstepOf(4)], t[tstepOf(4)], n);
+    const int tstep = stride * (n / 8);
+    if (!firstThreeDone) FirstThreeStages(x, y, s[tstep], t[tstep], n);
     first = 8;
   } else {
     for (int j = 0; j < n; j += 2) {
@@ -616,17 +619,65 @@ void FFTCore(T* x, T* y, const T* s, const T* t, int n, int stride, bool firstTh
   // over the whole array; the span d runs up to n/2 either way.
   const int chunk = std::min(n, kChunk);
   const StageTwiddles<T>* w = n >= 16 ? TwiddlesFor(s, t, n, stride) : nullptr;
-  const auto stage = [&](int d, int begin, int end) {
+  for (int c = 0; c < n; c += chunk)
+    for (int d = first; 2 * d <= chunk; d *= 2) {
+      if (w) {
+        const auto at = static_cast<std::size_t>(w->offset[static_cast<std::size_t>(Log2Of(d))]);
+        stageOf(x, y, w->s.data() + at, w->t.data() + at, d, 1, c, c + chunk);
+      } else {
+        stageOf(x, y, s, t, d, stride * (n / (2 * d)), c, c + chunk);
+      }
+    }
+  for (int d = std::max(chunk, first); d < n; d *= 2) {
     if (w) {
       const auto at = static_cast<std::size_t>(w->offset[static_cast<std::size_t>(Log2Of(d))]);
-      ButterflyStage(x, y, w->s.data() + at, w->t.data() + at, d, 1, begin, end);
+      stageOf(x, y, w->s.data() + at, w->t.data() + at, d, 1, 0, n);
     } else {
-      ButterflyStage(x, y, s, t, d, tstepOf(d), begin, end);
+      stageOf(x, y, s, t, d, stride * (n / (2 * d)), 0, n);
     }
-  };
-  for (int c = 0; c < n; c += chunk)
-    for (int d = first; 2 * d <= chunk; d *= 2) stage(d, c, c + chunk);
-  for (int d = std::max(chunk, first); d < n; d *= 2) stage(d, 0, n);
+  }
+}
+
+// Each stage through the processor's widest vectors, chosen per stage.
+struct AnyStages {
+  template <typename T>
+  void operator()(T* x, T* y, const T* s, const T* t, int d, int tstep, int begin, int end) const {
+    ButterflyStage(x, y, s, t, d, tstep, begin, end);
+  }
+};
+
+// Each stage with 256-bit vectors, inlined into a caller built for them.
+struct WideStages {
+  template <typename T>
+  inline __attribute__((always_inline)) void operator()(T* x, T* y, const T* s, const T* t, int d, int tstep,
+                                                        int begin, int end) const {
+    StageBody<typename Lanes<T>::Wide, Lanes<T>::kWide>(x, y, s, t, d, tstep, begin, end);
+  }
+};
+
+template <typename T>
+void FFTCore(T* x, T* y, const T* s, const T* t, int n, int stride, bool firstThreeDone = false) {
+  FFTCoreWith(x, y, s, t, n, stride, firstThreeDone, AnyStages{});
+}
+
+// The whole complex transform of doubles, bit reversal and stages, in one
+// function built for 256-bit vectors (m at least 6), and the same for the
+// 32 registers of AVX-512.
+inline __attribute__((always_inline)) void TransformWideBody(double* x, double* y, const double* s, const double* t,
+                                                             int n, int m, int stride) {
+  const int tstep = stride * (n / 8);
+  BitReverseTilesBody<true>(x, y, m, s[tstep], t[tstep]);
+  FFTCoreWith(x, y, s, t, n, stride, true, WideStages{});
+}
+
+__attribute__((target("avx"))) void TransformWide(double* x, double* y, const double* s, const double* t, int n,
+                                                    int m, int stride) {
+  TransformWideBody(x, y, s, t, n, m, stride);
+}
+
+__attribute__((target("avx512f,avx512vl"))) void TransformMany(double* x, double* y, const double* s,
+                                                                 const double* t, int n, int m, int stride) {
+  TransformWideBody(x, y, s, t, n, m, stride);
 }
 
 // The bit reversal and the whole transform, the first three stages done as
@@ -638,6 +689,14 @@ void ReverseAndTransform(T* x, T* y, const T* s, const T* t, int n, int m, int s
     BitReverseBoth(x, y, n, m);
     FFTCore(x, y, s, t, n, stride);
     return;
+  }
+  if constexpr (std::is_same_v<T, double>) {
+    static const bool wide = __builtin_cpu_supports("avx");
+    if (wide && m >= 6) {
+      if (ManyRegisters()) TransformMany(x, y, s, t, n, m, stride);
+      else TransformWide(x, y, s, t, n, m, stride);
+      return;
+    }
   }
   const int tstep = stride * (n / 8);
   BitReverse<true>(x, y, n, m, s[tstep], t[tstep]);
@@ -995,7 +1054,7 @@ inline __attribute__((always_inline)) void RealTransformFusedBody(int n, double*
     }
     reversedMiddle |= bit;
   }
-  FFTCore(y, y + h, s, t, h, 2, true);
+  FFTCoreWith(y, y + h, s, t, h, 2, true, WideStages{});
   // The post-processing, from the transform in y into x and y.
   const double x0 = y[0], y0 = y[h], xq = y[q], yq = y[h + q];
   int k = 1;
