@@ -203,7 +203,7 @@ void RunOurs(benchmark::State& st, const Case& c) {
   RunSide(st, c, [&](OurFormula& ours, Yardstick&, const std::vector<double>& x, std::vector<double>& y) {
     blocks = ours.ev.RunsInBlocks();
     if (blocks) {
-      ours.ev.EvalRun(0, x.data(), kPoints, y.data());
+      ours.ev.EvalRun(x.data(), kPoints, y.data());
       return;
     }
     for (int i = 0; i < kPoints; ++i) y[static_cast<std::size_t>(i)] = ours.ev.Eval(i, x[static_cast<std::size_t>(i)]);

@@ -166,7 +166,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const int count = PointsFor(state, kRun);
     double xs[kRun], out[kRun];
     for (int k = 0; k < count; ++k) xs[k] = -0.5 + k / 64.0;
-    const int fine = fast.EvalRun(0, xs, count, out);
+    const int fine = fast.EvalRun(xs, count, out);
     int expected = count;
     for (int k = 0; k < count; ++k) {
       const double s = slow.Eval(k, xs[k]);
@@ -178,7 +178,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       if (std::memcmp(&out[k], &s, sizeof s) != 0) std::abort();
     }
     if (fine != expected) std::abort();
-  } else if (fast.EvalRun(0, kPoints, 1, nullptr) != -1) {
+  } else if (fast.EvalRun(kPoints, 1, nullptr) != -1) {
     std::abort();
   }
   return 0;

@@ -564,21 +564,21 @@ __attribute__((target_clones("avx2", "default"))) int Evaluator::RunBlock(int co
     double* const d = Lane(in.dst);
     const double* const a = Lane(in.a);
     const double* const b = Lane(in.b);
+    // A truth value, 0 or 1, is always finite.
     const auto truth = [&](auto test) {
       for (int l = 0; l < count; ++l) d[l] = test(a[l], b[l]) ? 1.0 : 0.0;
-      return true;
     };
     bool finite = true;
     switch (in.op) {
-      case kOpNot: finite = truth([](double, double q) { return !(q == 1.0); }); break;
-      case kOpOr: finite = truth([](double p, double q) { return p == 1.0 || q == 1.0; }); break;
-      case kOpAnd: finite = truth([](double p, double q) { return p == 1.0 && q == 1.0; }); break;
-      case kOpAtLeast: finite = truth([](double p, double q) { return p >= q; }); break;
-      case kOpAtMost: finite = truth([](double p, double q) { return p <= q; }); break;
-      case kOpNotEqual: finite = truth([](double p, double q) { return p != q; }); break;
-      case kOpEqual: finite = truth([](double p, double q) { return p == q; }); break;
-      case kOpGreater: finite = truth([](double p, double q) { return p > q; }); break;
-      case kOpLess: finite = truth([](double p, double q) { return p < q; }); break;
+      case kOpNot: truth([](double, double q) { return !(q == 1.0); }); break;
+      case kOpOr: truth([](double p, double q) { return p == 1.0 || q == 1.0; }); break;
+      case kOpAnd: truth([](double p, double q) { return p == 1.0 && q == 1.0; }); break;
+      case kOpAtLeast: truth([](double p, double q) { return p >= q; }); break;
+      case kOpAtMost: truth([](double p, double q) { return p <= q; }); break;
+      case kOpNotEqual: truth([](double p, double q) { return p != q; }); break;
+      case kOpEqual: truth([](double p, double q) { return p == q; }); break;
+      case kOpGreater: truth([](double p, double q) { return p > q; }); break;
+      case kOpLess: truth([](double p, double q) { return p < q; }); break;
       case kOpAdd: finite = EachLane(d, a, b, count, [](double p, double q) { return p + q; }); break;
       case kOpSubtract: finite = EachLane(d, a, b, count, [](double p, double q) { return p - q; }); break;
       case kOpMultiply:
@@ -696,8 +696,7 @@ __attribute__((target_clones("avx2", "default"))) int Evaluator::RunBlock(int co
   return count;
 }
 
-int Evaluator::EvalRun(int first, const double* x, int count, double* out) {
-  (void)first;  // no instruction of a tape that runs in blocks reads the index
+int Evaluator::EvalRun(const double* x, int count, double* out) {
   fault_ = kNoFault;
   if (single || !RunsInBlocks()) return -1;
   for (int done = 0; done < count; done += kBlock) {

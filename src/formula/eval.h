@@ -99,8 +99,9 @@ class Evaluator {
   double Eval2(int column, int row, double x, double y);
   int fault() const { return fault_; }
 
-  // Runs `count` points at once, point k at index first + k and abscissa
-  // x[k], with what Eval would give point by point: each instruction of the
+  // Runs `count` points at once, point k at abscissa x[k], with what Eval
+  // would give point by point (the index of a point matters only to earlier
+  // values, which such a formula does not read): each instruction of the
   // tape over a block of points, every point through the same operations.
   // Only for a formula whose points do not depend on one another: no random
   // draws, no earlier values, no two sums over one index. Returns how many
@@ -108,7 +109,7 @@ class Evaluator {
   // point's value is 0), count when there was none, or -1 when the formula
   // must go point by point. Each block's lanes are sized by Prepare.
   static constexpr int kBlock = 64;
-  int EvalRun(int first, const double* x, int count, double* out);
+  int EvalRun(const double* x, int count, double* out);
   // The same in the plane, for Eval2 at (firstColumn + k, row) with
   // abscissas x[k] and ordinate y.
   int EvalRun2(int row, int firstColumn, const double* x, double y, int count, double* out);

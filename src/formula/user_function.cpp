@@ -48,7 +48,7 @@ UserFunctionResult RunPlain(const UserFunctionRun& run, Evaluator& ev, std::vect
     if (blocks && i == computed) {
       const int size = std::min(Evaluator::kBlock, n + 1 - i);
       for (int k = 0; k < size; ++k) xs[k] = run.a + (i + k) * run.h;
-      const int fine = ev.EvalRun(i, xs, size, y.data() + i);
+      const int fine = ev.EvalRun(xs, size, y.data() + i);
       if (fine < 0) blocks = false;  // not while the bounds stand, but then point by point
       else computed = i + fine;
     }

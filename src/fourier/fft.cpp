@@ -361,7 +361,8 @@ bool ManyRegisters() {
 // tiles where they apply.
 template <bool kStages, typename T>
 void BitReverse(T* x, T* y, int n, int m, T s1, T t1) {
-  if constexpr (std::is_same_v<T, double>) {
+  // (With the stages, ReverseAndTransform takes the vector path itself.)
+  if constexpr (std::is_same_v<T, double> && !kStages) {
     static const bool wide = __builtin_cpu_supports("avx");
     if (wide && m >= 6) {
       if (ManyRegisters()) BitReverseTilesMany<kStages>(x, y, m, s1, t1);

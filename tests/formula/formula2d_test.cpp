@@ -287,28 +287,49 @@ namespace {
 // A text of some 400 bytes whose parameters grow it into a program of tens
 // of thousands of words, found slow by the fuzzer under the sanitizers: it
 // compiles, and the linked tape agrees with the walk over it bit for bit.
-void ExpectTapeAndWalkAgree(const std::string& seed, std::size_t words) {
+// A seed of the formula fuzzer compiled as the fuzzer compiles it, on a form
+// of 64 points with two graphs and its prompts answered 2 (the text taken as
+// a value first when valueFirst), with an evaluator on the tape and one that
+// walks the program.
+struct SeedRun {
+  FormulaBench line;
+  formula::Evaluator fast, slow;
+};
+
+void PrepareSeed(SeedRun& run, const std::string& seed, bool valueFirst) {
   std::ifstream in(KELDO_SOURCE_DIR "/fuzz/seeds/formula_compiler/" + seed, std::ios::binary);
   const std::string text((std::istreambuf_iterator<char>(in)), {});
   ASSERT_FALSE(text.empty());
-  FormulaBench line;
+  static const double kGraph[65] = {1.0, 2.0, 3.0};
+  FormulaBench& line = run.line;
   line.host.points = 64;
   line.host.graphCount = 2;
+  line.host.graphs.points = 64;
+  line.host.graphs.entries[0] = {kGraph, -0.5, 0.5, 1.0 / 64};
+  line.host.graphs.entries[1] = {kGraph, 0.0, 1.0, 1.0 / 64};
   for (int k = 0; k < 3; ++k) line.host.answers.push_back("2");
+  if (valueFirst) {
+    std::string value = text;
+    line.compiler.VALU(value);
+  }
   ASSERT_NE(line.Compile(text), formula::kErrorResult);
-  EXPECT_GT(line.state.compiled.program.size(), words);
-  formula::Evaluator fast, slow;
-  for (formula::Evaluator* ev : {&fast, &slow}) {
+  for (formula::Evaluator* ev : {&run.fast, &run.slow}) {
     formula::BindEvaluator(*ev, line.state);
     ev->dx = 1.0 / 64;
     ev->graphs = &line.host.graphs;
   }
-  slow.useTape = false;
-  fast.Prepare();
-  slow.Prepare();
+  run.slow.useTape = false;
+  run.fast.Prepare();
+  run.slow.Prepare();
+}
+
+void ExpectTapeAndWalkAgree(const std::string& seed, std::size_t words) {
+  SeedRun run;
+  ASSERT_NO_FATAL_FAILURE(PrepareSeed(run, seed, false));
+  EXPECT_GT(run.line.state.compiled.program.size(), words);
   for (double x : {-0.5, 0.25}) {
-    const double f = fast.Eval(3, x), w = slow.Eval(3, x);
-    EXPECT_EQ(fast.fault(), slow.fault());
+    const double f = run.fast.Eval(3, x), w = run.slow.Eval(3, x);
+    EXPECT_EQ(run.fast.fault(), run.slow.fault());
     EXPECT_EQ(std::memcmp(&f, &w, sizeof f), 0) << f << " " << w;
   }
 }
@@ -317,49 +338,15 @@ void ExpectTapeAndWalkAgree(const std::string& seed, std::size_t words) {
 // here its value, not a number, would have gone to the graph lookup of
 // G1(, which the walk never gives such a value.
 TEST(Formulas, AFaultedPointOfABlockGoesNoFurther) {
-  std::ifstream in(KELDO_SOURCE_DIR "/fuzz/seeds/formula_compiler/a_faulted_point_of_a_block_reading_a_graph",
-                   std::ios::binary);
-  const std::string text((std::istreambuf_iterator<char>(in)), {});
-  ASSERT_FALSE(text.empty());
-  static const double kGraph[65] = {1.0, 2.0, 3.0};
-  FormulaBench line;
-  line.host.points = 64;
-  line.host.graphCount = 2;
-  line.host.graphs.points = 64;
-  line.host.graphs.entries[0] = {kGraph, -0.5, 0.5, 1.0 / 64};
-  line.host.graphs.entries[1] = {kGraph, 0.0, 1.0, 1.0 / 64};
-  for (int k = 0; k < 3; ++k) line.host.answers.push_back("2");
-  std::string value = text;
-  line.compiler.VALU(value);
-  ASSERT_NE(line.Compile(text), formula::kErrorResult);
-  formula::Evaluator fast, slow;
-  for (formula::Evaluator* ev : {&fast, &slow}) {
-    formula::BindEvaluator(*ev, line.state);
-    ev->dx = 1.0 / 64;
-    ev->graphs = &line.host.graphs;
-  }
-  slow.useTape = false;
-  fast.Prepare();
-  slow.Prepare();
-  ASSERT_TRUE(fast.RunsInBlocks());
-  constexpr int kCount = 70;
-  double xs[kCount], out[kCount];
-  for (int k = 0; k < kCount; ++k) xs[k] = -0.5 + k / 64.0;
-  const int fine = fast.EvalRun(0, xs, kCount, out);
-  int expected = kCount;
-  for (int k = 0; k < kCount; ++k) {
-    const double w = slow.Eval(k, xs[k]);
-    if (slow.fault() != formula::kNoFault) {
-      expected = k;
-      EXPECT_EQ(fast.fault(), slow.fault());
-      break;
-    }
-    EXPECT_EQ(std::memcmp(&out[k], &w, sizeof w), 0) << k;
-  }
-  EXPECT_EQ(fine, expected);
-  EXPECT_LT(fine, kCount);  // the formula does meet a fault
+  SeedRun run;
+  ASSERT_NO_FATAL_FAILURE(PrepareSeed(run, "a_faulted_point_of_a_block_reading_a_graph", true));
+  ASSERT_TRUE(run.fast.RunsInBlocks());
+  std::vector<double> xs(70);
+  for (std::size_t k = 0; k < xs.size(); ++k) xs[k] = -0.5 + static_cast<double>(k) / 64.0;
+  const int fine = testing::ExpectRunAgreesWithWalk(run.fast, run.slow, xs, "the seed");
+  EXPECT_LT(fine, 70);  // the formula does meet a fault
   // The graph lookup itself gives 0 for a value that is not a number.
-  EXPECT_EQ(formula::GFUNC1(std::nan(""), line.host.graphs.entries[0], 64), 0.0);
+  EXPECT_EQ(formula::GFUNC1(std::nan(""), run.line.host.graphs.entries[0], 64), 0.0);
 }
 
 TEST(Formulas, AProgramGrownToTensOfThousandsOfWordsRunsTheSameOnTapeAndWalk) {

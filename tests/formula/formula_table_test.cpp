@@ -117,34 +117,37 @@ TEST(FormulaTable, ValuesThroughVALU) {
 namespace keldo {
 namespace {
 
-// One evaluator on the tape (and in blocks) and one that walks the program.
-void PrepareTapeAndWalk(formula::Evaluator& fast, formula::Evaluator& slow, const formula::FormulaState& state,
-                        double dx) {
-  for (formula::Evaluator* ev : {&fast, &slow}) {
-    formula::BindEvaluator(*ev, state);
-    ev->dx = dx;
+// Every plot formula of the table, compiled, with one evaluator on the tape
+// (and in blocks) and one that walks the program: check(c, fast, slow).
+template <typename Check>
+void ForEachPlotFormula(Check check) {
+  for (const Case& c : ReadTable()) {
+    if (c.mode != "plot") continue;
+    testing::FormulaBench b;
+    ASSERT_NE(b.Compile(c.formula), formula::kErrorResult);
+    formula::Evaluator fast, slow;
+    for (formula::Evaluator* ev : {&fast, &slow}) {
+      formula::BindEvaluator(*ev, b.state);
+      ev->dx = c.dx;
+    }
+    slow.useTape = false;
+    fast.Prepare();
+    slow.Prepare();
+    check(c, fast, slow);
   }
-  slow.useTape = false;
-  fast.Prepare();
-  slow.Prepare();
 }
 
 // The linked tape and the walk over the program give the same bits and the
 // same faults for every formula of the table.
 TEST(FormulaTable, TapeAndProgramWalkAgreeBitForBit) {
   int linked = 0;
-  for (const Case& c : ReadTable()) {
-    if (c.mode != "plot") continue;
-    testing::FormulaBench b;
-    ASSERT_NE(b.Compile(c.formula), formula::kErrorResult);
-    formula::Evaluator fast, slow;
-    PrepareTapeAndWalk(fast, slow, b.state, c.dx);
+  ForEachPlotFormula([&](const Case& c, formula::Evaluator& fast, formula::Evaluator& slow) {
     EXPECT_FALSE(slow.HasTape());
     if (fast.HasTape()) ++linked;
     const double f = fast.Eval(0, c.x), s = slow.Eval(0, c.x);
     EXPECT_EQ(fast.fault(), slow.fault()) << c.formula << " at " << c.x;
     EXPECT_EQ(std::memcmp(&f, &s, sizeof f), 0) << c.formula << " at " << c.x << ": " << f << " vs " << s;
-  }
+  });
   EXPECT_GT(linked, 1000);
 }
 
@@ -152,42 +155,19 @@ TEST(FormulaTable, TapeAndProgramWalkAgreeBitForBit) {
 // a time, up to and with the first fault; the run stops there.
 TEST(FormulaTable, BlocksOfPointsAgreeWithTheWalkBitForBit) {
   int blocked = 0;
-  for (const Case& c : ReadTable()) {
-    if (c.mode != "plot") continue;
-    testing::FormulaBench b;
-    ASSERT_NE(b.Compile(c.formula), formula::kErrorResult);
-    formula::Evaluator fast, slow;
-    PrepareTapeAndWalk(fast, slow, b.state, c.dx);
+  ForEachPlotFormula([&](const Case& c, formula::Evaluator& fast, formula::Evaluator& slow) {
     // 150 points (three blocks, the last one short) around the table's x,
     // which sits at point 100.
-    constexpr int kCount = 150;
-    std::vector<double> xs(kCount), out(kCount, -1.0);
+    std::vector<double> xs(150);
     const double step = c.dx != 0.0 ? c.dx : 1.0 / 64;
-    for (int k = 0; k < kCount; ++k) xs[static_cast<std::size_t>(k)] = c.x + (k - 100) * step;
-    const int fine = fast.EvalRun(0, xs.data(), kCount, out.data());
+    for (std::size_t k = 0; k < xs.size(); ++k) xs[k] = c.x + (static_cast<double>(k) - 100) * step;
     if (!fast.RunsInBlocks()) {
-      EXPECT_EQ(fine, -1) << c.formula;
-      continue;
+      EXPECT_EQ(fast.EvalRun(xs.data(), static_cast<int>(xs.size()), nullptr), -1) << c.formula;
+      return;
     }
     ++blocked;
-    int expected = kCount;
-    for (int k = 0; k < kCount; ++k) {
-      const double s = slow.Eval(k, xs[static_cast<std::size_t>(k)]);
-      if (slow.fault() != formula::kNoFault) {
-        expected = k;
-        EXPECT_EQ(fast.fault(), slow.fault()) << c.formula << " at " << xs[static_cast<std::size_t>(k)];
-        EXPECT_EQ(out[static_cast<std::size_t>(k)], 0.0) << c.formula;
-        break;
-      }
-      const double f = out[static_cast<std::size_t>(k)];
-      EXPECT_EQ(std::memcmp(&f, &s, sizeof f), 0) << c.formula << " at " << xs[static_cast<std::size_t>(k)] << ": "
-                                                  << f << " vs " << s;
-    }
-    EXPECT_EQ(fine, expected) << c.formula;
-    if (expected == kCount) {
-      EXPECT_EQ(fast.fault(), formula::kNoFault) << c.formula;
-    }
-  }
+    testing::ExpectRunAgreesWithWalk(fast, slow, xs, c.formula);
+  });
   EXPECT_GT(blocked, 500);
 }
 

@@ -2,6 +2,9 @@
 // A formula host for tests: a form of N points with no graphs, whose prompts
 // take queued answers and whose messages are recorded.
 
+#include <gtest/gtest.h>
+
+#include <cstring>
 #include <deque>
 #include <optional>
 #include <string>
@@ -65,5 +68,32 @@ struct FormulaBench {
     return v;
   }
 };
+
+// Runs xs in blocks on `fast` and point by point on `slow`, which walks the
+// program: the run must give each point's bits up to its first fault, that
+// fault with the value 0 there, and stop at it. Returns the run's count.
+inline int ExpectRunAgreesWithWalk(formula::Evaluator& fast, formula::Evaluator& slow, const std::vector<double>& xs,
+                                   const std::string& what) {
+  const int count = static_cast<int>(xs.size());
+  std::vector<double> out(xs.size(), -1.0);
+  const int fine = fast.EvalRun(xs.data(), count, out.data());
+  int expected = count;
+  for (int k = 0; k < count; ++k) {
+    const std::size_t at = static_cast<std::size_t>(k);
+    const double s = slow.Eval(k, xs[at]);
+    if (slow.fault() != formula::kNoFault) {
+      expected = k;
+      EXPECT_EQ(fast.fault(), slow.fault()) << what << " at " << xs[at];
+      EXPECT_EQ(out[at], 0.0) << what;
+      break;
+    }
+    EXPECT_EQ(std::memcmp(&out[at], &s, sizeof s), 0) << what << " at " << xs[at] << ": " << out[at] << " vs " << s;
+  }
+  EXPECT_EQ(fine, expected) << what;
+  if (expected == count) {
+    EXPECT_EQ(fast.fault(), formula::kNoFault) << what;
+  }
+  return fine;
+}
 
 }  // namespace keldo::testing
