@@ -138,11 +138,14 @@ class Evaluator {
   // One instruction of the tape: 1 to 14 the binary opcodes, then the rest.
   // kTapeScale multiplies by the exact reciprocal of a power of two that
   // the program divides by: the same real number, so the same rounding.
-  enum TapeOp : std::int32_t { kTapeFunction = 20, kTapeCheck, kTapeState, kTapeSlot, kTapeSum, kTapeScale };
+  // kTapePower raises to the constant power 2, 3 or 4 (in `kind`): pow point
+  // by point, products where they are sure to round as pow does in blocks.
+  enum TapeOp : std::int32_t { kTapeFunction = 20, kTapeCheck, kTapeState, kTapeSlot, kTapeSum, kTapeScale, kTapePower };
   struct Instruction {
     std::int32_t op, kind, dst, a, b;
   };
-  // Turns divisions by a power of two into multiplications.
+  // Turns divisions by a power of two into multiplications and marks the
+  // small constant powers.
   void ShortenTape(std::vector<Instruction>& tape, std::vector<double>& regs,
                    const std::vector<bool>& constant) const;
   std::vector<Instruction> tape_;

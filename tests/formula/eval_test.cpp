@@ -3,8 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <random>
+#include <string>
+#include <vector>
 
 #include "formula_test_host.h"
 #include "platform/random.h"
@@ -244,6 +247,97 @@ TEST(Tape, DividingByAPowerOfTwoGivesTheBitsOfTheDivision) {
   EXPECT_EQ(ev.Eval(0, 1.7e308), 0.0);
   EXPECT_EQ(ev.fault(), formula::kOverflow);
   EXPECT_EQ(ev.Eval(0, 1e-310), 2e-310);
+}
+
+// Odd 53-bit integers m whose squares lie within a hair of a midpoint
+// between two doubles: m^2 = 2^(k-1) + c (mod 2^k), k the number of bits
+// the product loses, found bit by bit (Hensel), scaled to [1, 2).
+std::vector<double> NearMidpointSquareRoots(int count) {
+  std::vector<double> roots;
+  std::mt19937_64 draw(11);
+  while (static_cast<int>(roots.size()) < count) {
+    const int k = (roots.size() % 2 == 0) ? 52 : 53;
+    const std::uint64_t mask = (std::uint64_t{1} << k) - 1;
+    const std::uint64_t target = ((std::uint64_t{1} << (k - 1)) + (draw() % 256) * 8 + 1) & mask;
+    std::uint64_t r = 1;
+    for (int bit = 3; bit < k; ++bit) {
+      // The low 64 bits of r^2 - target, which is all the step reads.
+      if (((r * r - target) >> bit) & 1) r += std::uint64_t{1} << (bit - 1);
+    }
+    for (const std::uint64_t m : {r & mask, (0 - r) & mask}) {
+      const std::uint64_t top = (m | (std::uint64_t{1} << 52)) & ((std::uint64_t{1} << 53) - 1);
+      roots.push_back(std::ldexp(static_cast<double>(top), -52));
+    }
+  }
+  return roots;
+}
+
+// X^2, X^3 and X^4 in blocks are products where they must round as pow
+// does and pow elsewhere: the bits of pow for every point, at the hardest
+// squares, at random points (of which some round away from the product),
+// at powers of two, at the ends of the range and where the power overflows.
+TEST(Tape, SmallPowersInBlocksGiveTheBitsOfPow) {
+  std::vector<double> xs = NearMidpointSquareRoots(4000);
+  std::mt19937_64 draw(5);
+  std::uniform_real_distribution<double> unit(-4.0, 4.0);
+  for (int k = 0; k < 60000; ++k) xs.push_back(std::ldexp(unit(draw), static_cast<int>(draw() % 400) - 200));
+  for (const double x : {0.0, -0.0, 1.0, -2.0, 0.5, 0x1p-200, -0x1p-200, 0x1.0000000000001p-201, 0x1p200, 0x1.fffffp200,
+                         1e-310, 4.9e-324, 1e-80, 1e70, -3e65})
+    xs.push_back(x);
+  // Around the roots of powers of two, where the power lands at a binade's
+  // edge and the doubles below it are twice as dense.
+  for (const double root : {1.0, std::sqrt(2.0), std::cbrt(2.0), std::cbrt(4.0), std::pow(2.0, 0.25), std::pow(2.0, 0.75)}) {
+    double x = root;
+    for (int k = 0; k < 6; ++k) x = std::nextafter(x, 0.0);
+    for (int k = 0; k < 12; ++k, x = std::nextafter(x, 4.0)) {
+      xs.push_back(x);
+      xs.push_back(-x * 0x1p-30);
+    }
+  }
+  volatile double exponents[] = {2.0, 3.0, 4.0};
+  for (int n = 2; n <= 4; ++n) {
+    const std::string text = "X^" + std::to_string(n);
+    FormulaBench b;
+    ASSERT_NE(b.Compile(text), formula::kErrorResult);
+    formula::Evaluator fast, slow;
+    slow.useTape = false;
+    for (formula::Evaluator* ev : {&fast, &slow}) {
+      formula::BindEvaluator(*ev, b.state);
+      ev->Prepare();
+    }
+    ASSERT_TRUE(fast.RunsInBlocks());
+    std::vector<double> out(xs.size());
+    ASSERT_EQ(fast.EvalRun(xs.data(), static_cast<int>(xs.size()), out.data()), static_cast<int>(xs.size()))
+        << text << " faults " << fast.fault();
+    const double power = exponents[n - 2];
+    int awayFromTheProduct = 0;
+    for (std::size_t k = 0; k < xs.size(); ++k) {
+      const double x = xs[k], expected = std::pow(x, power);
+      const double product = n == 2 ? x * x : n == 3 ? x * x * x : (x * x) * (x * x);
+      const double exact = n == 2 ? product : n == 3 ? (x * x) * x : product;
+      if (expected != product && expected != exact) ++awayFromTheProduct;
+      ASSERT_EQ(std::memcmp(&out[k], &expected, sizeof expected), 0) << text << " at " << x << ": " << out[k]
+                                                                     << " against " << expected;
+    }
+    EXPECT_GT(awayFromTheProduct, 20) << text;  // the points that test the choice are there
+    testing::ExpectRunAgreesWithWalk(fast, slow, xs, text);
+    // Past the largest double the point faults as it does point by point.
+    const std::vector<double> large = {3.0, 1e160, 2.0};
+    testing::ExpectRunAgreesWithWalk(fast, slow, large, text + " overflowing");
+  }
+  // A power within a longer formula, and in the plane's single precision.
+  for (const char* text : {"(X+1)^3-X^4/3+X^2", "SIN(X)^2+COS(X)^2"}) {
+    FormulaBench b;
+    ASSERT_NE(b.Compile(text), formula::kErrorResult);
+    formula::Evaluator fast, slow;
+    slow.useTape = false;
+    for (formula::Evaluator* ev : {&fast, &slow}) {
+      formula::BindEvaluator(*ev, b.state);
+      ev->Prepare();
+    }
+    ASSERT_TRUE(fast.RunsInBlocks());
+    testing::ExpectRunAgreesWithWalk(fast, slow, std::vector<double>(xs.begin(), xs.begin() + 9000), text);
+  }
 }
 
 }  // namespace
