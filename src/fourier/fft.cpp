@@ -381,28 +381,41 @@ void BitReverseBoth(T* x, T* y, int n, int m) {
 // Elements that one pass of the early stages keeps in the first-level cache.
 constexpr int kChunk = 1024;
 
-// The outputs of one vector of butterflies: the left elements at lo become
-// left + (v, w), the right elements at r become left - (v, w).
-template <typename V, typename T>
-inline __attribute__((always_inline)) void ButterflyOut(T* x, T* y, int lo, int r, const V& v, const V& w) {
-  V xl, yl;
-  Load(xl, x + lo);
-  Load(yl, y + lo);
-  V out = xl - v;
-  Store(x + r, out);
-  out = yl - w;
-  Store(y + r, out);
-  out = xl + v;
-  Store(x + lo, out);
-  out = yl + w;
-  Store(y + lo, out);
+// The butterflies of one twiddle vector held in registers: the left (xl,
+// yl) and right (xr, yr) elements of twiddles (sk, tk), and the mirror pair
+// (xp, yp), (xm, ym) at theta + pi / 2. With kTrivialLane, lane 0 is k = 0,
+// whose twiddles are 1 and +i: it takes the rotated values as they are, (x,
+// y) and (-y, x), without the shears, exactly as the trivial butterflies
+// compute them.
+template <bool kTrivialLane, typename V>
+inline __attribute__((always_inline)) void Butterflies(V& xl, V& yl, V& xr, V& yr, V& xp, V& yp, V& xm, V& ym,
+                                                       const V& sk, const V& tk) {
+  V u = yr + tk * xr;
+  V v = xr - sk * u;
+  V w = u + tk * v;
+  if (kTrivialLane) {
+    v[0] = xr[0];
+    w[0] = yr[0];
+  }
+  xr = xl - v;
+  yr = yl - w;
+  xl = xl + v;
+  yl = yl + w;
+  u = xm - tk * ym;
+  v = -ym - sk * u;
+  w = u + tk * v;
+  if (kTrivialLane) {
+    v[0] = -ym[0];
+    w[0] = xm[0];
+  }
+  xm = xp - v;
+  ym = yp - w;
+  xp = xp + v;
+  yp = yp + w;
 }
 
 // L twiddle indices k .. k+L-1 of one block in the lanes of a vector V,
 // each lane doing the operations of the scalar step in StageBody.
-// With kTrivialLane, lane 0 is k = 0, whose twiddles are 1 and +i: it takes
-// the rotated values as they are, (x, y) and (-y, x), without the shears,
-// exactly as the trivial butterflies compute them.
 template <typename V, int L, bool kTrivialLane, typename T>
 inline __attribute__((always_inline)) void VectorStep(T* x, T* y, const T* s, const T* t, int j, int k, int d, int q,
                                                       int tstep) {
@@ -416,29 +429,25 @@ inline __attribute__((always_inline)) void VectorStep(T* x, T* y, const T* s, co
       tk[l] = t[(k + l) * tstep];
     }
   }
-  const int lo = j + k, r = lo + d;
-  V xr, yr;
+  const int lo = j + k, r = lo + d, p = lo + q, r2 = p + d;
+  V xl, yl, xr, yr, xp, yp, xm, ym;
+  Load(xl, x + lo);
+  Load(yl, y + lo);
   Load(xr, x + r);
   Load(yr, y + r);
-  V u = yr + tk * xr;
-  V v = xr - sk * u;
-  V w = u + tk * v;
-  if (kTrivialLane) {
-    v[0] = xr[0];
-    w[0] = yr[0];
-  }
-  ButterflyOut(x, y, lo, r, v, w);
-  const int p = lo + q, r2 = p + d;
-  Load(xr, x + r2);
-  Load(yr, y + r2);
-  u = xr - tk * yr;
-  v = -yr - sk * u;
-  w = u + tk * v;
-  if (kTrivialLane) {
-    v[0] = -yr[0];
-    w[0] = xr[0];
-  }
-  ButterflyOut(x, y, p, r2, v, w);
+  Load(xp, x + p);
+  Load(yp, y + p);
+  Load(xm, x + r2);
+  Load(ym, y + r2);
+  Butterflies<kTrivialLane>(xl, yl, xr, yr, xp, yp, xm, ym, sk, tk);
+  Store(x + lo, xl);
+  Store(y + lo, yl);
+  Store(x + r, xr);
+  Store(y + r, yr);
+  Store(x + p, xp);
+  Store(y + p, yp);
+  Store(x + r2, xm);
+  Store(y + r2, ym);
 }
 
 // One stage of butterflies of span d over the blocks that start in
@@ -746,7 +755,7 @@ inline __attribute__((always_inline)) void BatchTransform(float* x, float* y, co
     }
   // Element j's vector p.
   const auto at = [](float* a, int j, int p) { return a + j * kB + p * kL; };
-  // The butterfly of ButterflyOut: left at lo, right at r, rotated (v, w).
+  // One butterfly of Butterflies: left at lo, right at r, rotated (v, w).
   const auto butterfly = [&](int lo, int r, int p, const V& v, const V& w) {
     V xl, yl;
     Load(xl, at(x, lo, p));
@@ -1023,9 +1032,77 @@ inline __attribute__((always_inline)) void PostQuad(double* x, double* y, const 
   StoreBackwards(y + h - k, -uhY);
 }
 
+// The post-processing of the fused real transform, from the half-length
+// transform in y (real parts) and y + N/2 (imaginary parts) into x and y.
+inline __attribute__((always_inline)) void PostProcessFused(int n, double* x, double* y, const double* s,
+                                                             const double* t) {
+  const int h = n / 2, q = n / 4;
+  const double x0 = y[0], y0 = y[h], xq = y[q], yq = y[h + q];
+  int k = 1;
+  // k = q / 2 is its own partner: both steps give the same outputs, written
+  // twice to the same places by the last vector (q / 2 is a multiple of 4).
+  for (; k + 3 <= q / 2; k += 4) PostQuad<Quad>(x, y, s, t, n, k);
+  for (; k <= q / 2; ++k) PostQuad<double>(x, y, s, t, n, k);
+  x[n - q] = xq;
+  y[n - q] = -yq;
+  x[q] = xq;
+  y[q] = yq;
+  x[h] = x0 - y0;
+  x[0] = x0 + y0;
+  y[0] = 0;
+  y[h] = 0;
+}
+
+
+// The half-length transform of N = 64 in registers, with the operations of
+// the fused path: the 32 bit-reversed values as four runs of eight, one in
+// each lane, through the first three stages at once; transposed, so that
+// vector c holds elements 4c .. 4c+3; then the stages of spans 8 and 16 as
+// their vector steps do them. Run r's element i is z[4 rev3(i) + rev2(r)],
+// and rev2 takes 0, 1, 2, 3 to 0, 2, 1, 3.
+inline __attribute__((always_inline)) void HalfTransformOf32(const double* x, double* y, const double* s,
+                                                              const double* t) {
+  static constexpr int kReversed[8] = {0, 4, 2, 6, 1, 5, 3, 7};
+  Quad a[8], b[8];
+  for (int i = 0; i < 8; ++i) {
+    const double* z = x + 8 * kReversed[i];
+    Quad lo, hi;
+    Load(lo, z);
+    Load(hi, z + 4);
+    a[i] = __builtin_shufflevector(lo, hi, 0, 4, 2, 6);
+    b[i] = __builtin_shufflevector(lo, hi, 1, 5, 3, 7);
+  }
+  StagesOfEight(a, b, s[8], t[8]);
+  Quad re[8], im[8], columns[4];
+  for (int half = 0; half < 2; ++half) {
+    Transpose4(a + 4 * half, columns);
+    for (int r = 0; r < 4; ++r) re[2 * r + half] = columns[r];
+    Transpose4(b + 4 * half, columns);
+    for (int r = 0; r < 4; ++r) im[2 * r + half] = columns[r];
+  }
+  // Span 8 (twiddle k at s[4k]): blocks at 0 and 16.
+  const Quad s8 = {s[0], s[4], s[8], s[12]}, t8 = {t[0], t[4], t[8], t[12]};
+  for (int j = 0; j < 8; j += 4)
+    Butterflies<true>(re[j], im[j], re[j + 2], im[j + 2], re[j + 1], im[j + 1], re[j + 3], im[j + 3], s8, t8);
+  // Span 16 (twiddle k at s[2k]): k = 0..3, then 4..7.
+  const Quad s16 = {s[0], s[2], s[4], s[6]}, t16 = {t[0], t[2], t[4], t[6]};
+  const Quad s16b = {s[8], s[10], s[12], s[14]}, t16b = {t[8], t[10], t[12], t[14]};
+  Butterflies<true>(re[0], im[0], re[4], im[4], re[2], im[2], re[6], im[6], s16, t16);
+  Butterflies<false>(re[1], im[1], re[5], im[5], re[3], im[3], re[7], im[7], s16b, t16b);
+  for (int c = 0; c < 8; ++c) {
+    Store(y + 4 * c, re[c]);
+    Store(y + 32 + 4 * c, im[c]);
+  }
+}
+
 inline __attribute__((always_inline)) void RealTransformFusedBody(int n, double* x, double* y, const double* s,
                                                                   const double* t, int mHalf) {
-  const int h = n / 2, q = n / 4;
+  const int h = n / 2;
+  if (mHalf == 5) {
+    HalfTransformOf32(x, y, s, t);
+    PostProcessFused(n, x, y, s, t);
+    return;
+  }
   // z[k] for the tiles: row (high, middle) of z is x[2 * row .. 2 * row + 16).
   const int middleCount = 1 << (mHalf - 6);
   const int rowStep = 1 << (mHalf - 3);
@@ -1056,20 +1133,7 @@ inline __attribute__((always_inline)) void RealTransformFusedBody(int n, double*
     reversedMiddle |= bit;
   }
   FFTCoreWith(y, y + h, s, t, h, 2, true, WideStages{});
-  // The post-processing, from the transform in y into x and y.
-  const double x0 = y[0], y0 = y[h], xq = y[q], yq = y[h + q];
-  int k = 1;
-  for (; k + 3 < q / 2; k += 4) PostQuad<Quad>(x, y, s, t, n, k);
-  // k = q / 2 is its own partner: both steps give the same outputs.
-  for (; k <= q / 2; ++k) PostQuad<double>(x, y, s, t, n, k);
-  x[n - q] = xq;
-  y[n - q] = -yq;
-  x[q] = xq;
-  y[q] = yq;
-  x[h] = x0 - y0;
-  x[0] = x0 + y0;
-  y[0] = 0;
-  y[h] = 0;
+  PostProcessFused(n, x, y, s, t);
 }
 
 __attribute__((target("avx"))) void RealTransformFused(int n, double* x, double* y, const double* s,
@@ -1085,8 +1149,8 @@ __attribute__((target("avx512f,avx512vl"))) void RealTransformFusedMany(int n, d
 
 void RealTransform(int n, double* x, double* y, const double* s, const double* t, int mHalf) {
   static const bool wide = __builtin_cpu_supports("avx");
-  if (wide && mHalf >= 6 && ManyRegisters()) RealTransformFusedMany(n, x, y, s, t, mHalf);
-  else if (wide && mHalf >= 6) RealTransformFused(n, x, y, s, t, mHalf);
+  if (wide && mHalf >= 5 && ManyRegisters()) RealTransformFusedMany(n, x, y, s, t, mHalf);
+  else if (wide && mHalf >= 5) RealTransformFused(n, x, y, s, t, mHalf);
   else if (wide) RealTransformWide(n, x, y, s, t, mHalf);
   else RealTransformBody<Pair, 2>(n, x, y, s, t, mHalf);
 }
