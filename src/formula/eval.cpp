@@ -552,8 +552,15 @@ inline bool EachLane(double* d, const double* a, const double* b, int count, F f
 // product. Elsewhere, near a midpoint between two doubles, at a power of two
 // (whose lower neighbour is half a unit away) and for x outside 2^-200 to
 // 2^200 (where the parts could leave the normal range), the lane calls pow.
+// A processor without fused multiply-add would do it in software, slower
+// than pow itself: there every lane calls pow.
 template <int kN>
 inline void SmallPower(double* d, const double* a, const double* b, int count) {
+  static const bool fused = __builtin_cpu_supports("fma");
+  if (!fused) {
+    for (int l = 0; l < count; ++l) d[l] = std::pow(a[l], b[l]);
+    return;
+  }
   unsigned char sure[Evaluator::kBlock];
   for (int l = 0; l < count; ++l) {
     const double x = a[l];
