@@ -381,37 +381,52 @@ void BitReverseBoth(T* x, T* y, int n, int m) {
 // Elements that one pass of the early stages keeps in the first-level cache.
 constexpr int kChunk = 1024;
 
-// The butterflies of one twiddle vector held in registers: the left (xl,
-// yl) and right (xr, yr) elements of twiddles (sk, tk), and the mirror pair
-// (xp, yp), (xm, ym) at theta + pi / 2. With kTrivialLane, lane 0 is k = 0,
-// whose twiddles are 1 and +i: it takes the rotated values as they are, (x,
-// y) and (-y, x), without the shears, exactly as the trivial butterflies
-// compute them.
-template <bool kTrivialLane, typename V>
-inline __attribute__((always_inline)) void Butterflies(V& xl, V& yl, V& xr, V& yr, V& xp, V& yp, V& xm, V& ym,
-                                                       const V& sk, const V& tk) {
-  V u = yr + tk * xr;
-  V v = xr - sk * u;
-  V w = u + tk * v;
-  if (kTrivialLane) {
-    v[0] = xr[0];
-    w[0] = yr[0];
+// The rotated right element (v, w) of a butterfly with twiddles (sk, tk):
+// by theta in three shears, or with kMirror by theta + pi / 2. With
+// kTrivialLane, lane 0 is k = 0, whose twiddles are 1 and +i: it takes the
+// rotated values as they are, (x, y) and (-y, x), without the shears,
+// exactly as the trivial butterflies compute them.
+template <bool kTrivialLane, bool kMirror, typename V>
+inline __attribute__((always_inline)) void Rotated(const V& xr, const V& yr, const V& sk, const V& tk, V& v, V& w) {
+  if constexpr (!kMirror) {
+    const V u = yr + tk * xr;
+    v = xr - sk * u;
+    w = u + tk * v;
+    if (kTrivialLane) {
+      v[0] = xr[0];
+      w[0] = yr[0];
+    }
+  } else {
+    const V u = xr - tk * yr;
+    v = -yr - sk * u;
+    w = u + tk * v;
+    if (kTrivialLane) {
+      v[0] = -yr[0];
+      w[0] = xr[0];
+    }
   }
+}
+
+// The outputs of a butterfly: left + (v, w) and left - (v, w).
+template <typename V>
+inline __attribute__((always_inline)) void Combine(V& xl, V& yl, V& xr, V& yr, const V& v, const V& w) {
   xr = xl - v;
   yr = yl - w;
   xl = xl + v;
   yl = yl + w;
-  u = xm - tk * ym;
-  v = -ym - sk * u;
-  w = u + tk * v;
-  if (kTrivialLane) {
-    v[0] = -ym[0];
-    w[0] = xm[0];
-  }
-  xm = xp - v;
-  ym = yp - w;
-  xp = xp + v;
-  yp = yp + w;
+}
+
+// The butterflies of one twiddle vector held in registers: the left (xl,
+// yl) and right (xr, yr) elements of twiddles (sk, tk), and the mirror pair
+// (xp, yp), (xm, ym) at theta + pi / 2.
+template <bool kTrivialLane, typename V>
+inline __attribute__((always_inline)) void Butterflies(V& xl, V& yl, V& xr, V& yr, V& xp, V& yp, V& xm, V& ym,
+                                                       const V& sk, const V& tk) {
+  V v, w;
+  Rotated<kTrivialLane, false>(xr, yr, sk, tk, v, w);
+  Combine(xl, yl, xr, yr, v, w);
+  Rotated<kTrivialLane, true>(xm, ym, sk, tk, v, w);
+  Combine(xp, yp, xm, ym, v, w);
 }
 
 // L twiddle indices k .. k+L-1 of one block in the lanes of a vector V,
@@ -606,6 +621,91 @@ const StageTwiddles<T>* TwiddlesFor(const T* s, const T* t, int n, int stride) {
   return &w;
 }
 
+// The rows of the column stages: the stages of spans n / kMaxRows and up
+// go column by column.
+constexpr int kMaxRows = 64;
+
+// The stages of spans base, 2 base, .. n / 2, which pair element i only with
+// elements of the same i mod base: the array as n / base rows of base
+// elements, the stages run a cache line of columns at a time, its elements
+// of every row gathered into a small buffer, through all those stages there,
+// and put back. Each butterfly is the one its stage would do over the whole
+// array, on the same values: element (row m, column c) is index
+// i = m base + c; in the stage of span d = D base it pairs with row m + D
+// when m mod 2D < D, with twiddle index k = i mod d, in the mirror form for
+// k - d/2 when k >= d/2. One pass over the array instead of one per stage,
+// and the buffer's rows do not fall into one cache set as the array's do.
+template <typename V, int L, typename T>
+inline __attribute__((always_inline)) void ColumnStagesBody(T* x, T* y, const T* s, const T* t, int n, int stride,
+                                                            const StageTwiddles<T>* w, int base) {
+  // As many columns as keep the buffer within kBufferSize elements per part,
+  // whole cache lines of them.
+  constexpr int kBufferSize = 1024;
+  const int rows = n / base;
+  const int width = std::min(base, std::max(64 / static_cast<int>(sizeof(T)), kBufferSize / rows));
+  alignas(64) T bx[kBufferSize], by[kBufferSize];
+  for (int c0 = 0; c0 < base; c0 += width) {
+    for (int m = 0; m < rows; ++m) {
+      std::memcpy(bx + m * width, x + m * base + c0, sizeof(T) * width);
+      std::memcpy(by + m * width, y + m * base + c0, sizeof(T) * width);
+    }
+    for (int span = 1; span < rows; span *= 2) {
+      const int d = span * base, q = d / 2;
+      const T *sd = s, *td = t;
+      int tstep = stride * (n / (2 * d));
+      if (w) {
+        const auto at = static_cast<std::size_t>(w->offset[static_cast<std::size_t>(Log2Of(d))]);
+        sd = w->s.data() + at;
+        td = w->t.data() + at;
+        tstep = 1;
+      }
+      for (int b = 0; b < rows; b += 2 * span)
+        for (int mm = 0; mm < span; ++mm) {
+          T* const xl = bx + (b + mm) * width;
+          T* const yl = by + (b + mm) * width;
+          T* const xr = xl + span * width;
+          T* const yr = yl + span * width;
+          for (int v = 0; v < width; v += L) {
+            const int k = mm * base + c0 + v;
+            const bool mirror = k >= q;
+            const int tw = mirror ? k - q : k;
+            V sk, tk;
+            if (tstep == 1) {
+              Load(sk, sd + tw);
+              Load(tk, td + tw);
+            } else {
+              for (int l = 0; l < L; ++l) {
+                sk[l] = sd[(tw + l) * tstep];
+                tk[l] = td[(tw + l) * tstep];
+              }
+            }
+            V a, e, f, g, rv, rw;
+            Load(a, xl + v);
+            Load(e, yl + v);
+            Load(f, xr + v);
+            Load(g, yr + v);
+            if (!mirror) {
+              if (tw == 0) Rotated<true, false>(f, g, sk, tk, rv, rw);
+              else Rotated<false, false>(f, g, sk, tk, rv, rw);
+            } else {
+              if (tw == 0) Rotated<true, true>(f, g, sk, tk, rv, rw);
+              else Rotated<false, true>(f, g, sk, tk, rv, rw);
+            }
+            Combine(a, e, f, g, rv, rw);
+            Store(xl + v, a);
+            Store(yl + v, e);
+            Store(xr + v, f);
+            Store(yr + v, g);
+          }
+        }
+    }
+    for (int m = 0; m < rows; ++m) {
+      std::memcpy(x + m * base + c0, bx + m * width, sizeof(T) * width);
+      std::memcpy(y + m * base + c0, by + m * width, sizeof(T) * width);
+    }
+  }
+}
+
 // The stages of the transform; stageOf(x, y, s, t, d, tstep, begin, end)
 // runs one.
 template <typename T, typename Stage>
@@ -638,7 +738,11 @@ inline __attribute__((always_inline)) void FFTCoreWith(T* x, T* y, const T* s, c
         stageOf(x, y, s, t, d, stride * (n / (2 * d)), c, c + chunk);
       }
     }
-  for (int d = std::max(chunk, first); d < n; d *= 2) {
+  // The stages from span `columns` up go column by column where the stage
+  // function can and there are at least eight rows (with fewer the passes
+  // stage by stage were faster).
+  const int columns = Stage::kColumns && n >= 8 * chunk ? std::max(chunk, n / kMaxRows) : n;
+  for (int d = std::max(chunk, first); d < std::min(n, columns); d *= 2) {
     if (w) {
       const auto at = static_cast<std::size_t>(w->offset[static_cast<std::size_t>(Log2Of(d))]);
       stageOf(x, y, w->s.data() + at, w->t.data() + at, d, 1, 0, n);
@@ -646,10 +750,13 @@ inline __attribute__((always_inline)) void FFTCoreWith(T* x, T* y, const T* s, c
       stageOf(x, y, s, t, d, stride * (n / (2 * d)), 0, n);
     }
   }
+  if constexpr (Stage::kColumns)
+    if (columns < n) stageOf.Columns(x, y, s, t, n, stride, w, columns);
 }
 
 // Each stage through the processor's widest vectors, chosen per stage.
 struct AnyStages {
+  static constexpr bool kColumns = false;
   template <typename T>
   void operator()(T* x, T* y, const T* s, const T* t, int d, int tstep, int begin, int end) const {
     ButterflyStage(x, y, s, t, d, tstep, begin, end);
@@ -658,11 +765,25 @@ struct AnyStages {
 
 // Each stage with 256-bit vectors, inlined into a caller built for them.
 struct WideStages {
+  static constexpr bool kColumns = false;
+  template <typename T>
+  inline __attribute__((always_inline)) void Columns(T* x, T* y, const T* s, const T* t, int n, int stride,
+                                                     const StageTwiddles<T>* w, int base) const {
+    ColumnStagesBody<typename Lanes<T>::Wide, Lanes<T>::kWide>(x, y, s, t, n, stride, w, base);
+  }
   template <typename T>
   inline __attribute__((always_inline)) void operator()(T* x, T* y, const T* s, const T* t, int d, int tstep,
                                                         int begin, int end) const {
     StageBody<typename Lanes<T>::Wide, Lanes<T>::kWide>(x, y, s, t, d, tstep, begin, end);
   }
+};
+
+// The same, the last stages column by column (ColumnStagesBody): faster
+// where the array fits the second-level cache, as the half-length array of
+// the real transform does; slower on the complex transform's larger one,
+// whose stage-by-stage passes stream.
+struct ColumnWideStages : WideStages {
+  static constexpr bool kColumns = true;
 };
 
 template <typename T>
@@ -1132,7 +1253,7 @@ inline __attribute__((always_inline)) void RealTransformFusedBody(int n, double*
     }
     reversedMiddle |= bit;
   }
-  FFTCoreWith(y, y + h, s, t, h, 2, true, WideStages{});
+  FFTCoreWith(y, y + h, s, t, h, 2, true, ColumnWideStages{});
   PostProcessFused(n, x, y, s, t);
 }
 
