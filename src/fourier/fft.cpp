@@ -429,12 +429,9 @@ inline __attribute__((always_inline)) void Butterflies(V& xl, V& yl, V& xr, V& y
   Combine(xp, yp, xm, ym, v, w);
 }
 
-// L twiddle indices k .. k+L-1 of one block in the lanes of a vector V,
-// each lane doing the operations of the scalar step in StageBody.
-template <typename V, int L, bool kTrivialLane, typename T>
-inline __attribute__((always_inline)) void VectorStep(T* x, T* y, const T* s, const T* t, int j, int k, int d, int q,
-                                                      int tstep) {
-  V sk, tk;
+// The twiddles of indices k .. k+L-1, entries (k + l) * tstep of the tables.
+template <int L, typename V, typename T>
+inline __attribute__((always_inline)) void LoadTwiddles(V& sk, V& tk, const T* s, const T* t, int k, int tstep) {
   if (tstep == 1) {
     Load(sk, s + k);
     Load(tk, t + k);
@@ -444,6 +441,15 @@ inline __attribute__((always_inline)) void VectorStep(T* x, T* y, const T* s, co
       tk[l] = t[(k + l) * tstep];
     }
   }
+}
+
+// L twiddle indices k .. k+L-1 of one block in the lanes of a vector V,
+// each lane doing the operations of the scalar step in StageBody.
+template <typename V, int L, bool kTrivialLane, typename T>
+inline __attribute__((always_inline)) void VectorStep(T* x, T* y, const T* s, const T* t, int j, int k, int d, int q,
+                                                      int tstep) {
+  V sk, tk;
+  LoadTwiddles<L>(sk, tk, s, t, k, tstep);
   const int lo = j + k, r = lo + d, p = lo + q, r2 = p + d;
   V xl, yl, xr, yr, xp, yp, xm, ym;
   Load(xl, x + lo);
@@ -670,15 +676,7 @@ inline __attribute__((always_inline)) void ColumnStagesBody(T* x, T* y, const T*
             const bool mirror = k >= q;
             const int tw = mirror ? k - q : k;
             V sk, tk;
-            if (tstep == 1) {
-              Load(sk, sd + tw);
-              Load(tk, td + tw);
-            } else {
-              for (int l = 0; l < L; ++l) {
-                sk[l] = sd[(tw + l) * tstep];
-                tk[l] = td[(tw + l) * tstep];
-              }
-            }
+            LoadTwiddles<L>(sk, tk, sd, td, tw, tstep);
             V a, e, f, g, rv, rw;
             Load(a, xl + v);
             Load(e, yl + v);

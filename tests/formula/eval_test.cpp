@@ -217,20 +217,32 @@ TEST(Tape, StateOperandsAndFallback) {
 }
 
 
+// A formula compiled once, with an evaluator that runs its tape and one
+// that walks its program.
+struct TapeAndWalk {
+  FormulaBench bench;
+  formula::Evaluator fast, slow;
+  bool Prepare(const std::string& text) {
+    if (bench.Compile(text) == formula::kErrorResult) return false;
+    slow.useTape = false;
+    for (formula::Evaluator* ev : {&fast, &slow}) {
+      formula::BindEvaluator(*ev, bench.state);
+      ev->Prepare();
+    }
+    return true;
+  }
+};
+
 // The tape multiplies by 2^-k where the formula divides by 2^k: the same
 // real number, so the same bits, down to the subnormal numbers, and the
 // same overflow.
 TEST(Tape, DividingByAPowerOfTwoGivesTheBitsOfTheDivision) {
   const double xs[] = {0.1, 3.0, -7.25, 1e-310, -1e-310, 4.9e-324, 1.7e308, -1.7e308, -0.0, 0.0, 1e300};
   for (const char* text : {"X/4", "X/0.5", "X/1024", "X/0.125", "X/1", "(X+1)/8-X/2", "X/3", "X/6"}) {
-    FormulaBench b;
-    ASSERT_NE(b.Compile(text), formula::kErrorResult);
-    formula::Evaluator fast, slow;
-    slow.useTape = false;
-    for (formula::Evaluator* ev : {&fast, &slow}) {
-      formula::BindEvaluator(*ev, b.state);
-      ev->Prepare();
-    }
+    TapeAndWalk machines;
+    ASSERT_TRUE(machines.Prepare(text)) << text;
+    formula::Evaluator& fast = machines.fast;
+    formula::Evaluator& slow = machines.slow;
     ASSERT_TRUE(fast.HasTape());
     for (const double x : xs) {
       const double a = fast.Eval(0, x), c = slow.Eval(0, x);
@@ -297,14 +309,10 @@ TEST(Tape, SmallPowersInBlocksGiveTheBitsOfPow) {
   volatile double exponents[] = {2.0, 3.0, 4.0};
   for (int n = 2; n <= 4; ++n) {
     const std::string text = "X^" + std::to_string(n);
-    FormulaBench b;
-    ASSERT_NE(b.Compile(text), formula::kErrorResult);
-    formula::Evaluator fast, slow;
-    slow.useTape = false;
-    for (formula::Evaluator* ev : {&fast, &slow}) {
-      formula::BindEvaluator(*ev, b.state);
-      ev->Prepare();
-    }
+    TapeAndWalk machines;
+    ASSERT_TRUE(machines.Prepare(text)) << text;
+    formula::Evaluator& fast = machines.fast;
+    formula::Evaluator& slow = machines.slow;
     ASSERT_TRUE(fast.RunsInBlocks());
     std::vector<double> out(xs.size());
     ASSERT_EQ(fast.EvalRun(xs.data(), static_cast<int>(xs.size()), out.data()), static_cast<int>(xs.size()))
@@ -327,14 +335,10 @@ TEST(Tape, SmallPowersInBlocksGiveTheBitsOfPow) {
   }
   // A power within a longer formula, and in the plane's single precision.
   for (const char* text : {"(X+1)^3-X^4/3+X^2", "SIN(X)^2+COS(X)^2"}) {
-    FormulaBench b;
-    ASSERT_NE(b.Compile(text), formula::kErrorResult);
-    formula::Evaluator fast, slow;
-    slow.useTape = false;
-    for (formula::Evaluator* ev : {&fast, &slow}) {
-      formula::BindEvaluator(*ev, b.state);
-      ev->Prepare();
-    }
+    TapeAndWalk machines;
+    ASSERT_TRUE(machines.Prepare(text)) << text;
+    formula::Evaluator& fast = machines.fast;
+    formula::Evaluator& slow = machines.slow;
     ASSERT_TRUE(fast.RunsInBlocks());
     testing::ExpectRunAgreesWithWalk(fast, slow, std::vector<double>(xs.begin(), xs.begin() + 9000), text);
   }
