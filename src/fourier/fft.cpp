@@ -704,6 +704,55 @@ inline __attribute__((always_inline)) void ColumnStagesBody(T* x, T* y, const T*
   }
 }
 
+// The stages of spans kD .. 32 on a block of 64 elements held as 16 vectors
+// of four (re, im): the vector of twiddle indices k .. k+3 in block j pairs
+// vector (j + k) / 4 with the one d / 4 on, and its mirror d / 8 on, as the
+// vector steps of StageBody do. The twiddle vectors of span d start at
+// (d / 8) - 1 in (sv, tv).
+template <int kD>
+inline __attribute__((always_inline)) void StagesOfSixtyFour(Quad* re, Quad* im, const Quad* sv, const Quad* tv) {
+  constexpr int q = kD / 2;
+#pragma GCC unroll 8
+  for (int k = 0; k < q; k += 4) {
+    const Quad& sk = sv[kD / 8 - 1 + k / 4];
+    const Quad& tk = tv[kD / 8 - 1 + k / 4];
+#pragma GCC unroll 8
+    for (int j = 0; j < 64; j += 2 * kD) {
+      const int lo = (j + k) / 4, r = lo + kD / 4, p = lo + q / 4, r2 = p + kD / 4;
+      if (k == 0) Butterflies<true>(re[lo], im[lo], re[r], im[r], re[p], im[p], re[r2], im[r2], sk, tk);
+      else Butterflies<false>(re[lo], im[lo], re[r], im[r], re[p], im[p], re[r2], im[r2], sk, tk);
+    }
+  }
+  if constexpr (kD < 32) StagesOfSixtyFour<2 * kD>(re, im, sv, tv);
+}
+
+// The stages of spans 8, 16 and 32 over [begin, end), a block of 64
+// elements at a time in registers; twiddle k of span d is entry
+// k * stride * (n / 2d) of the tables.
+inline __attribute__((always_inline)) void StagesInBlocks(double* x, double* y, const double* s, const double* t,
+                                                          int n, int stride, int begin, int end) {
+  Quad sv[7], tv[7];
+  for (int d = 8; d <= 32; d *= 2) {
+    const int step = stride * (n / (2 * d));
+    for (int k = 0; k < d / 2; ++k) {
+      sv[d / 8 - 1 + k / 4][k % 4] = s[k * step];
+      tv[d / 8 - 1 + k / 4][k % 4] = t[k * step];
+    }
+  }
+  for (int j = begin; j < end; j += 64) {
+    Quad re[16], im[16];
+    for (int c = 0; c < 16; ++c) {
+      Load(re[c], x + j + 4 * c);
+      Load(im[c], y + j + 4 * c);
+    }
+    StagesOfSixtyFour<8>(re, im, sv, tv);
+    for (int c = 0; c < 16; ++c) {
+      Store(x + j + 4 * c, re[c]);
+      Store(y + j + 4 * c, im[c]);
+    }
+  }
+}
+
 // The stages of the transform; stageOf(x, y, s, t, d, tstep, begin, end)
 // runs one.
 template <typename T, typename Stage>
@@ -727,8 +776,17 @@ inline __attribute__((always_inline)) void FFTCoreWith(T* x, T* y, const T* s, c
   // over the whole array; the span d runs up to n/2 either way.
   const int chunk = std::min(n, kChunk);
   const StageTwiddles<T>* w = n >= 16 ? TwiddlesFor(s, t, n, stride) : nullptr;
-  for (int c = 0; c < n; c += chunk)
-    for (int d = first; 2 * d <= chunk; d *= 2) {
+  for (int c = 0; c < n; c += chunk) {
+    int d = first;
+    // The stages of spans 8 to 32 in blocks of 64 held in registers where
+    // the stage function can.
+    if constexpr (Stage::kBlocks && std::is_same_v<T, double>) {
+      if (first == 8 && chunk >= 64) {
+        stageOf.Blocks(x, y, s, t, n, stride, c, c + chunk);
+        d = 64;
+      }
+    }
+    for (; 2 * d <= chunk; d *= 2) {
       if (w) {
         const auto at = static_cast<std::size_t>(w->offset[static_cast<std::size_t>(Log2Of(d))]);
         stageOf(x, y, w->s.data() + at, w->t.data() + at, d, 1, c, c + chunk);
@@ -736,6 +794,7 @@ inline __attribute__((always_inline)) void FFTCoreWith(T* x, T* y, const T* s, c
         stageOf(x, y, s, t, d, stride * (n / (2 * d)), c, c + chunk);
       }
     }
+  }
   // The stages from span `columns` up go column by column where the stage
   // function can and there are at least eight rows (with fewer the passes
   // stage by stage were faster).
@@ -755,6 +814,7 @@ inline __attribute__((always_inline)) void FFTCoreWith(T* x, T* y, const T* s, c
 // Each stage through the processor's widest vectors, chosen per stage.
 struct AnyStages {
   static constexpr bool kColumns = false;
+  static constexpr bool kBlocks = false;
   template <typename T>
   void operator()(T* x, T* y, const T* s, const T* t, int d, int tstep, int begin, int end) const {
     ButterflyStage(x, y, s, t, d, tstep, begin, end);
@@ -764,6 +824,13 @@ struct AnyStages {
 // Each stage with 256-bit vectors, inlined into a caller built for them.
 struct WideStages {
   static constexpr bool kColumns = false;
+  static constexpr bool kBlocks = true;
+  // The stages of spans 8 to 32 in blocks of 64 held in registers (doubles).
+  template <typename T>
+  inline __attribute__((always_inline)) void Blocks(T* x, T* y, const T* s, const T* t, int n, int stride, int begin,
+                                                    int end) const {
+    StagesInBlocks(x, y, s, t, n, stride, begin, end);
+  }
   template <typename T>
   inline __attribute__((always_inline)) void Columns(T* x, T* y, const T* s, const T* t, int n, int stride,
                                                      const StageTwiddles<T>* w, int base) const {
