@@ -1281,64 +1281,77 @@ inline __attribute__((always_inline)) void HalfTransformOf32(const double* x, do
   }
 }
 
+// kSmall is N/2's exponent for the sizes with a path of their own (5: the
+// whole half-length transform in registers; 6: after the tiles, the one
+// block of 64 in registers), 0 for the rest.
+template <int kSmall>
 inline __attribute__((always_inline)) void RealTransformFusedBody(int n, double* x, double* y, const double* s,
                                                                   const double* t, int mHalf) {
+  if constexpr (kSmall != 0) mHalf = kSmall;
   const int h = n / 2;
-  if (mHalf == 5) {
+  if constexpr (kSmall == 5) {
     HalfTransformOf32(x, y, s, t);
-    PostProcessFused(n, x, y, s, t);
-    return;
-  }
-  // z[k] for the tiles: row (high, middle) of z is x[2 * row .. 2 * row + 16).
-  const int middleCount = 1 << (mHalf - 6);
-  const int rowStep = 1 << (mHalf - 3);
-  const int tstep = 2 * (h / 8);
-  const double s1 = s[tstep], t1 = t[tstep];
-  int reversedMiddle = 0;
-  for (int middle = 0; middle < middleCount; ++middle) {
-    Quad re[8], reHigh[8], im[8], imHigh[8];
-    for (int r = 0; r < 8; ++r) {
-      const double* z = x + 2 * (r * rowStep + (middle << 3));
-      Quad a, b, c, e;
-      Load(a, z);
-      Load(b, z + 4);
-      Load(c, z + 8);
-      Load(e, z + 12);
-      re[r] = __builtin_shufflevector(a, b, 0, 2, 4, 6);
-      im[r] = __builtin_shufflevector(a, b, 1, 3, 5, 7);
-      reHigh[r] = __builtin_shufflevector(c, e, 0, 2, 4, 6);
-      imHigh[r] = __builtin_shufflevector(c, e, 1, 3, 5, 7);
+  } else {
+    // z[k] for the tiles: row (high, middle) of z is x[2 * row .. 2 * row + 16).
+    const int middleCount = 1 << (mHalf - 6);
+    const int rowStep = 1 << (mHalf - 3);
+    const int tstep = 2 * (h / 8);
+    const double s1 = s[tstep], t1 = t[tstep];
+    int reversedMiddle = 0;
+    for (int middle = 0; middle < middleCount; ++middle) {
+      Quad re[8], reHigh[8], im[8], imHigh[8];
+      for (int r = 0; r < 8; ++r) {
+        const double* z = x + 2 * (r * rowStep + (middle << 3));
+        Quad a, b, c, e;
+        Load(a, z);
+        Load(b, z + 4);
+        Load(c, z + 8);
+        Load(e, z + 12);
+        re[r] = __builtin_shufflevector(a, b, 0, 2, 4, 6);
+        im[r] = __builtin_shufflevector(a, b, 1, 3, 5, 7);
+        reHigh[r] = __builtin_shufflevector(c, e, 0, 2, 4, 6);
+        imHigh[r] = __builtin_shufflevector(c, e, 1, 3, 5, 7);
+      }
+      const int to = reversedMiddle << 3;
+      TileOut<true>(re, reHigh, im, imHigh, y + to, y + h + to, rowStep, s1, t1);
+      int bit = middleCount >> 1;
+      while (reversedMiddle & bit) {
+        reversedMiddle ^= bit;
+        bit >>= 1;
+      }
+      reversedMiddle |= bit;
     }
-    const int to = reversedMiddle << 3;
-    TileOut<true>(re, reHigh, im, imHigh, y + to, y + h + to, rowStep, s1, t1);
-    int bit = middleCount >> 1;
-    while (reversedMiddle & bit) {
-      reversedMiddle ^= bit;
-      bit >>= 1;
-    }
-    reversedMiddle |= bit;
+    if constexpr (kSmall == 6) StagesInBlocks(y, y + h, s, t, h, 2, 0, h);
+    else FFTCoreWith(y, y + h, s, t, h, 2, true, ColumnWideStages{});
   }
-  FFTCoreWith(y, y + h, s, t, h, 2, true, ColumnWideStages{});
   PostProcessFused(n, x, y, s, t);
 }
 
+template <int kSmall>
 __attribute__((target("avx"))) void RealTransformFused(int n, double* x, double* y, const double* s,
                                                          const double* t, int mHalf) {
-  RealTransformFusedBody(n, x, y, s, t, mHalf);
+  RealTransformFusedBody<kSmall>(n, x, y, s, t, mHalf);
 }
 
+template <int kSmall>
 __attribute__((target("avx512f,avx512vl"))) void RealTransformFusedMany(int n, double* x, double* y,
                                                                          const double* s, const double* t,
                                                                          int mHalf) {
-  RealTransformFusedBody(n, x, y, s, t, mHalf);
+  RealTransformFusedBody<kSmall>(n, x, y, s, t, mHalf);
 }
 
 void RealTransform(int n, double* x, double* y, const double* s, const double* t, int mHalf) {
   static const bool wide = __builtin_cpu_supports("avx");
-  if (wide && mHalf >= 5 && ManyRegisters()) RealTransformFusedMany(n, x, y, s, t, mHalf);
-  else if (wide && mHalf >= 5) RealTransformFused(n, x, y, s, t, mHalf);
-  else if (wide) RealTransformWide(n, x, y, s, t, mHalf);
-  else RealTransformBody<Pair, 2>(n, x, y, s, t, mHalf);
+  if (wide && mHalf >= 5) {
+    const bool many = ManyRegisters();
+    if (mHalf == 5) (many ? RealTransformFusedMany<5> : RealTransformFused<5>)(n, x, y, s, t, mHalf);
+    else if (mHalf == 6) (many ? RealTransformFusedMany<6> : RealTransformFused<6>)(n, x, y, s, t, mHalf);
+    else (many ? RealTransformFusedMany<0> : RealTransformFused<0>)(n, x, y, s, t, mHalf);
+  } else if (wide) {
+    RealTransformWide(n, x, y, s, t, mHalf);
+  } else {
+    RealTransformBody<Pair, 2>(n, x, y, s, t, mHalf);
+  }
 }
 
 // The same in floats, one value of k at a time.
