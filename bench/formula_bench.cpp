@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "formula/compiler.h"
+#include "formula_shapes.h"
 #include "formula/eval.h"
 #include "formula/user_function.h"
 
@@ -131,15 +132,22 @@ std::string SineSumWrittenOut() {
   return text;
 }
 
+// Each shape with the same formula in muparser's language.
 const std::array<Case, 6>& Cases() {
-  static const std::array<Case, 6> cases = {{
-      {"Polynomial", "3*X^4-2*X^3+X^2-5*X+7", "3*x^4-2*x^3+x^2-5*x+7"},
-      {"Trig", "SIN(X)*COS(2*X)+TAN(X/3)-ATN(X)+EXP(-X^2)", "sin(x)*cos(2*x)+tan(x/3)-atan(x)+exp(-x^2)"},
-      {"Nested", "((((((X+1)*2-3)/4+5)*6-7)/8+9)*X)", "((((((x+1)*2-3)/4+5)*6-7)/8+9)*x)"},
-      {"ChainedInequality", "-0.5<X<=0.5", "(-0.5<x)&&(x<=0.5)"},
-      {"SumI", "SUMI(SIN(I*X)/I)\\I=1,20", SineSumWrittenOut()},
-      {"GraphReference", "EXP(-X^2/2)*G1(X)+SIN(3*X)", "exp(-x^2/2)*g1(x)+sin(3*x)"},
-  }};
+  static const std::array<Case, 6> cases = [] {
+    const std::array<std::string, 6> yardsticks = {
+        "3*x^4-2*x^3+x^2-5*x+7",
+        "sin(x)*cos(2*x)+tan(x/3)-atan(x)+exp(-x^2)",
+        "((((((x+1)*2-3)/4+5)*6-7)/8+9)*x)",
+        "(-0.5<x)&&(x<=0.5)",
+        SineSumWrittenOut(),
+        "exp(-x^2/2)*g1(x)+sin(3*x)",
+    };
+    std::array<Case, 6> all;
+    for (std::size_t k = 0; k < all.size(); ++k)
+      all[k] = {keldo::bench::kFormulaShapes[k].name, keldo::bench::kFormulaShapes[k].formula, yardsticks[k]};
+    return all;
+  }();
   return cases;
 }
 

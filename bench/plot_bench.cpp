@@ -13,26 +13,13 @@
 #include "kinds/form_kinds.h"
 #include "kit/typed_forms.h"
 #include "platform/headless/headless_services.h"
+#include "formula_shapes.h"
 
 namespace {
 
 using namespace keldo;
 
 constexpr int kPoints = 65536;
-
-struct Shape {
-  const char* name;
-  const char* formula;
-};
-
-constexpr Shape kShapes[] = {
-    {"Polynomial", "3*X^4-2*X^3+X^2-5*X+7"},
-    {"Trig", "SIN(X)*COS(2*X)+TAN(X/3)-ATN(X)+EXP(-X^2)"},
-    {"Nested", "((((((X+1)*2-3)/4+5)*6-7)/8+9)*X)"},
-    {"ChainedInequality", "-0.5<X<=0.5"},
-    {"SumI", "SUMI(SIN(I*X)/I)\\I=1,20"},
-    {"GraphReference", "EXP(-X^2/2)*G1(X)+SIN(3*X)"},
-};
 
 void Plot(form1d::Graph1Form& f, const std::string& formula) {
   f.RunMenu("mnuPlotGraph");
@@ -42,7 +29,7 @@ void Plot(form1d::Graph1Form& f, const std::string& formula) {
 }
 
 void BM_Plot(benchmark::State& state) {
-  const Shape& shape = kShapes[state.range(0)];
+  const bench::FormulaShape& shape = bench::kFormulaShapes[state.range(0)];
   platform::HeadlessPlatform platform{nullptr, KELDO_SOURCE_DIR "/docs"};
   Frame frame{platform.services(), KELDO_SOURCE_DIR};
   InstallFormKinds(frame);

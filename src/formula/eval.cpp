@@ -610,6 +610,12 @@ __attribute__((target_clones("arch=x86-64-v3", "default"))) int Evaluator::RunBl
     if (faults[l] == kNoFault) faults[l] = fault;
     faulted = true;
   };
+  // Each point whose value in v is not a finite number meets that fault.
+  const auto markNonFinite = [&](const double* v) {
+    if (!AllFinite(v, count))
+      for (int l = 0; l < count; ++l)
+        if (!std::isfinite(v[l])) mark(l, FaultOf(v[l]));
+  };
   const Instruction* const begin = tape_.data();
   const Instruction* const end = begin + tape_.size();
   for (const Instruction* at = begin; at != end; ++at) {
@@ -677,9 +683,7 @@ __attribute__((target_clones("arch=x86-64-v3", "default"))) int Evaluator::RunBl
         }
         if (direct) {
           // Function results stay as they are, in the plane too.
-          if (!AllFinite(d, count))
-            for (int l = 0; l < count; ++l)
-              if (!std::isfinite(d[l])) mark(l, FaultOf(d[l]));
+          markNonFinite(d);
           continue;
         }
         for (int l = 0; l < count; ++l) {
@@ -698,9 +702,7 @@ __attribute__((target_clones("arch=x86-64-v3", "default"))) int Evaluator::RunBl
         continue;
       }
       case kTapeCheck:
-        if (!AllFinite(a, count))
-          for (int l = 0; l < count; ++l)
-            if (!std::isfinite(a[l])) mark(l, FaultOf(a[l]));
+        markNonFinite(a);
         continue;
       case kTapeSlot:
         std::fill(d, d + count, fSlots != nullptr ? fSlots[in.a] : 0.0);
@@ -710,9 +712,7 @@ __attribute__((target_clones("arch=x86-64-v3", "default"))) int Evaluator::RunBl
         const int s = in.kind;
         double* const sum = sums[s];
         for (int l = 0; l < count; ++l) sum[l] = s < 4 ? sum[l] + a[l] : sum[l] * a[l];
-        if (!AllFinite(sum, count))
-          for (int l = 0; l < count; ++l)
-            if (!std::isfinite(sum[l])) mark(l, FaultOf(sum[l]));
+        markNonFinite(sum);
         const int upper = bounds[static_cast<std::size_t>(s) + 6];
         if (running_[s] < upper) {
           ++running_[s];
@@ -741,9 +741,7 @@ __attribute__((target_clones("arch=x86-64-v3", "default"))) int Evaluator::RunBl
       for (int l = 0; l < count; ++l) d[l] = static_cast<float>(d[l]);
       finite = AllFinite(d, count);
     }
-    if (!finite)
-      for (int l = 0; l < count; ++l)
-        if (!std::isfinite(d[l])) mark(l, FaultOf(d[l]));
+    if (!finite) markNonFinite(d);
   }
   const double* const result = Lane(resultRegister_);
   for (int l = 0; l < count; ++l) {

@@ -704,48 +704,55 @@ inline __attribute__((always_inline)) void ColumnStagesBody(T* x, T* y, const T*
   }
 }
 
-// The stages of spans kD .. 32 on a block of 64 elements held as 16 vectors
-// of four (re, im): the vector of twiddle indices k .. k+3 in block j pairs
-// vector (j + k) / 4 with the one d / 4 on, and its mirror d / 8 on, as the
-// vector steps of StageBody do. The twiddle vectors of span d start at
-// (d / 8) - 1 in (sv, tv).
-template <int kD>
-inline __attribute__((always_inline)) void StagesOfSixtyFour(Quad* re, Quad* im, const Quad* sv, const Quad* tv) {
-  constexpr int q = kD / 2;
-#pragma GCC unroll 8
-  for (int k = 0; k < q; k += 4) {
-    const Quad& sk = sv[kD / 8 - 1 + k / 4];
-    const Quad& tk = tv[kD / 8 - 1 + k / 4];
-#pragma GCC unroll 8
-    for (int j = 0; j < 64; j += 2 * kD) {
-      const int lo = (j + k) / 4, r = lo + kD / 4, p = lo + q / 4, r2 = p + kD / 4;
-      if (k == 0) Butterflies<true>(re[lo], im[lo], re[r], im[r], re[p], im[p], re[r2], im[r2], sk, tk);
-      else Butterflies<false>(re[lo], im[lo], re[r], im[r], re[p], im[p], re[r2], im[r2], sk, tk);
-    }
-  }
-  if constexpr (kD < 32) StagesOfSixtyFour<2 * kD>(re, im, sv, tv);
-}
-
-// The stages of spans 8, 16 and 32 over [begin, end), a block of 64
-// elements at a time in registers; twiddle k of span d is entry
-// k * stride * (n / 2d) of the tables.
-inline __attribute__((always_inline)) void StagesInBlocks(double* x, double* y, const double* s, const double* t,
-                                                          int n, int stride, int begin, int end) {
-  Quad sv[7], tv[7];
-  for (int d = 8; d <= 32; d *= 2) {
+// The twiddle vectors of spans 8 .. kSize / 2 for RegisterStages, span d's
+// from (d / 8) - 1 on; twiddle k of span d is entry k * stride * (n / 2d) of
+// the tables.
+template <int kSize>
+inline __attribute__((always_inline)) void RegisterTwiddles(Quad* sv, Quad* tv, const double* s, const double* t,
+                                                            int n, int stride) {
+  for (int d = 8; d < kSize; d *= 2) {
     const int step = stride * (n / (2 * d));
     for (int k = 0; k < d / 2; ++k) {
       sv[d / 8 - 1 + k / 4][k % 4] = s[k * step];
       tv[d / 8 - 1 + k / 4][k % 4] = t[k * step];
     }
   }
+}
+
+// The stages of spans kD .. kSize / 2 on kSize elements held as vectors of
+// four (re, im): the vector of twiddle indices k .. k+3 in block j pairs
+// vector (j + k) / 4 with the one d / 4 on, and its mirror d / 8 on, as the
+// vector steps of StageBody do.
+template <int kSize, int kD>
+inline __attribute__((always_inline)) void RegisterStages(Quad* re, Quad* im, const Quad* sv, const Quad* tv) {
+  constexpr int q = kD / 2;
+#pragma GCC unroll 8
+  for (int k = 0; k < q; k += 4) {
+    const Quad& sk = sv[kD / 8 - 1 + k / 4];
+    const Quad& tk = tv[kD / 8 - 1 + k / 4];
+#pragma GCC unroll 8
+    for (int j = 0; j < kSize; j += 2 * kD) {
+      const int lo = (j + k) / 4, r = lo + kD / 4, p = lo + q / 4, r2 = p + kD / 4;
+      if (k == 0) Butterflies<true>(re[lo], im[lo], re[r], im[r], re[p], im[p], re[r2], im[r2], sk, tk);
+      else Butterflies<false>(re[lo], im[lo], re[r], im[r], re[p], im[p], re[r2], im[r2], sk, tk);
+    }
+  }
+  if constexpr (2 * kD < kSize) RegisterStages<kSize, 2 * kD>(re, im, sv, tv);
+}
+
+// The stages of spans 8, 16 and 32 over [begin, end), a block of 64
+// elements at a time in registers.
+inline __attribute__((always_inline)) void StagesInBlocks(double* x, double* y, const double* s, const double* t,
+                                                          int n, int stride, int begin, int end) {
+  Quad sv[7], tv[7];
+  RegisterTwiddles<64>(sv, tv, s, t, n, stride);
   for (int j = begin; j < end; j += 64) {
     Quad re[16], im[16];
     for (int c = 0; c < 16; ++c) {
       Load(re[c], x + j + 4 * c);
       Load(im[c], y + j + 4 * c);
     }
-    StagesOfSixtyFour<8>(re, im, sv, tv);
+    RegisterStages<64, 8>(re, im, sv, tv);
     for (int c = 0; c < 16; ++c) {
       Store(x + j + 4 * c, re[c]);
       Store(y + j + 4 * c, im[c]);
@@ -1243,8 +1250,8 @@ inline __attribute__((always_inline)) void PostProcessFused(int n, double* x, do
 // The half-length transform of N = 64 in registers, with the operations of
 // the fused path: the 32 bit-reversed values as four runs of eight, one in
 // each lane, through the first three stages at once; transposed, so that
-// vector c holds elements 4c .. 4c+3; then the stages of spans 8 and 16 as
-// their vector steps do them. Run r's element i is z[4 rev3(i) + rev2(r)],
+// vector c holds elements 4c .. 4c+3; then the stages of spans 8 and 16
+// (RegisterStages). Run r's element i is z[4 rev3(i) + rev2(r)],
 // and rev2 takes 0, 1, 2, 3 to 0, 2, 1, 3.
 inline __attribute__((always_inline)) void HalfTransformOf32(const double* x, double* y, const double* s,
                                                               const double* t) {
@@ -1266,15 +1273,9 @@ inline __attribute__((always_inline)) void HalfTransformOf32(const double* x, do
     Transpose4(b + 4 * half, columns);
     for (int r = 0; r < 4; ++r) im[2 * r + half] = columns[r];
   }
-  // Span 8 (twiddle k at s[4k]): blocks at 0 and 16.
-  const Quad s8 = {s[0], s[4], s[8], s[12]}, t8 = {t[0], t[4], t[8], t[12]};
-  for (int j = 0; j < 8; j += 4)
-    Butterflies<true>(re[j], im[j], re[j + 2], im[j + 2], re[j + 1], im[j + 1], re[j + 3], im[j + 3], s8, t8);
-  // Span 16 (twiddle k at s[2k]): k = 0..3, then 4..7.
-  const Quad s16 = {s[0], s[2], s[4], s[6]}, t16 = {t[0], t[2], t[4], t[6]};
-  const Quad s16b = {s[8], s[10], s[12], s[14]}, t16b = {t[8], t[10], t[12], t[14]};
-  Butterflies<true>(re[0], im[0], re[4], im[4], re[2], im[2], re[6], im[6], s16, t16);
-  Butterflies<false>(re[1], im[1], re[5], im[5], re[3], im[3], re[7], im[7], s16b, t16b);
+  Quad sv[3], tv[3];
+  RegisterTwiddles<32>(sv, tv, s, t, 32, 2);
+  RegisterStages<32, 8>(re, im, sv, tv);
   for (int c = 0; c < 8; ++c) {
     Store(y + 4 * c, re[c]);
     Store(y + 32 + 4 * c, im[c]);
