@@ -15,20 +15,12 @@
 namespace keldo {
 namespace {
 
-// The frame's menu, used when no child is open. The titles from Edit to
-// Analysis stay empty until a child brings its own menu.
-constexpr MenuRow kFrameMenu[] = {
-    {0, "mnuFile", "&File"},
-    {1, "mnuNew1Dim", "New &1 Dim "},
-    {1, "mnuNew2Dim", "New &2 Dim"},
-    {1, "mnuNewAudioEditor", "New &Audio editor"},
-    {1, "mnuNewImageProcessor", "New &Image processor"},
-    {1, "-", ""},
-    {1, "mnuOpenForm", "&Open form"},
-    {1, "mnuOpenSoundFile", "Open sound file (*.wav)"},
-    {1, "mnuOpen1DDataFile", "Open 1D data File "},
-    {1, "mnuOpenImageFile", "Open image file"},
-    {1, "mnuOpen2DDataFile", "Open 2D data file"},
+// The frame's menu, used when no child is open: File with the New items and
+// the data-file items of the kinds, then titles from Edit to Analysis that
+// stay empty until a child brings its own menu, and Help.
+constexpr MenuRow kFileTitle[] = {{0, "mnuFile", "&File"}};
+constexpr MenuRow kOpenForm[] = {{1, "-", ""}, {1, "mnuOpenForm", "&Open form"}};
+constexpr MenuRow kFileEnd[] = {
     {1, "-", ""},
     {1, "mnuExit", "E&xit"},
     {0, "mnuEdit", "&Edit"},
@@ -43,10 +35,15 @@ constexpr MenuRow kFrameMenu[] = {
     {1, "mnuAbout", "&About KELDO"},
 };
 
-constexpr const char* kOpenFormFilter =
-    "1-Dim forms (*.kd1)|*.kd1|2-Dim forms (*.kd2)|*.kd2|Scalogram (*.scg)|*.scg|Spectrograph (*.spg)|*.spg";
-constexpr FormKind kOpenFormKinds[] = {FormKind::Graph1, FormKind::Graph2, FormKind::Scalogram,
-                                       FormKind::Spectrogram};
+// The kinds that load form files, in the order of the "Open form" filter.
+std::vector<const FormKindInfo*> OpenFormKinds(std::span<const FormKindInfo> kinds) {
+  std::vector<const FormKindInfo*> out;
+  for (const FormKindInfo& k : kinds)
+    if (k.openFormPosition > 0) out.push_back(&k);
+  std::sort(out.begin(), out.end(),
+            [](const FormKindInfo* x, const FormKindInfo* y) { return x->openFormPosition < y->openFormPosition; });
+  return out;
+}
 
 }  // namespace
 
@@ -111,28 +108,65 @@ std::string Frame::SoundBufferFolder() {
 }
 
 void Frame::BuildMenu() {
-  menuBar_ = keldo::BuildMenu(kFrameMenu, controls_);
+  std::vector<MenuRow> rows(std::begin(kFileTitle), std::end(kFileTitle));
+  std::vector<const FormKindInfo*> news;
+  for (const FormKindInfo& k : kinds_)
+    if (k.newItem.position >= 0) news.push_back(&k);
+  std::sort(news.begin(), news.end(), [](const FormKindInfo* x, const FormKindInfo* y) {
+    return x->newItem.position < y->newItem.position;
+  });
+  for (const FormKindInfo* k : news) rows.push_back({1, k->newItem.frameName, k->newItem.frameCaption});
+  rows.insert(rows.end(), std::begin(kOpenForm), std::end(kOpenForm));
+  for (const FormKindInfo& k : kinds_)
+    for (const DataFileItem& item : k.dataFileItems) rows.push_back({1, item.name, item.caption});
+  rows.insert(rows.end(), std::begin(kFileEnd), std::end(kFileEnd));
+  controls_ = ControlModel{};
+  menuBar_ = keldo::BuildMenu(rows, controls_);
+}
+
+void Frame::InstallKinds(std::span<const FormKindInfo> kinds) {
+  kinds_.assign(kinds.begin(), kinds.end());
+  BuildMenu();
+}
+
+const FormKindInfo* Frame::KindOfWord(std::string_view word) const {
+  const std::string lower = ToLower(std::string(word));
+  for (const FormKindInfo& k : kinds_)
+    if (k.word == lower) return &k;
+  return nullptr;
 }
 
 void Frame::DeclareVariables() { keldo::DeclareVariables(settings_); }
 
 void Frame::RegisterKind(FormKind kind, FormMaker maker) {
-  makers_[static_cast<int>(kind)] = std::move(maker);
-  // "Open form" needs a kind that loads form files.
+  for (FormKindInfo& k : kinds_) {
+    if (k.kind == kind) {
+      k.maker = std::move(maker);
+      return;
+    }
+  }
+  FormKindInfo row{};
+  row.kind = kind;
+  row.maker = std::move(maker);
+  kinds_.push_back(std::move(row));
 }
 
-bool Frame::HasKind(FormKind kind) const { return static_cast<bool>(makers_[static_cast<int>(kind)]); }
+bool Frame::HasKind(FormKind kind) const {
+  const FormKindInfo* k = KindInfo(kind);
+  return k && k->maker;
+}
 
 Form* Frame::NewForm(FormKind kind, int& code) {
   code = 0;
   const int k = static_cast<int>(kind);
-  if (!makers_[k]) {
+  const FormKindInfo* info = KindInfo(kind);
+  if (!info || !info->maker) {
     code = -1;
     return nullptr;
   }
   std::unique_ptr<Form> form;
   try {
-    form = makers_[k](*this);
+    form = info->maker(*this);
   } catch (const std::bad_alloc&) {
     code = kOutOfMemoryCode;
     return nullptr;
@@ -140,7 +174,7 @@ Form* Frame::NewForm(FormKind kind, int& code) {
     code = -1;
     return nullptr;
   }
-  form->SetCaption(std::string(FormKindCaptionWord(kind)) + StrInt(counts_[k] + 1));
+  form->SetCaption(std::string(info->captionWord) + (info->numbered ? StrInt(counts_[k] + 1) : ""));
   const int slot = cascade_ % 7;
   if (!form->maximized) {
     const platform::ScreenSize screen = services_.screen->Size();
@@ -204,14 +238,12 @@ void Frame::Process(const std::string& commandLine) {
   text = text.substr(1, text.size() - 2);
   path = path.substr(1, path.size() - 2);
   const std::string extension = text.substr(text.size() - std::min<std::size_t>(4, text.size()));
-  FormKind kind;
-  if (extension == ".KD1")
-    kind = FormKind::Graph1;
-  else if (extension == ".KD2")
-    kind = FormKind::Graph2;
-  else
-    return;
-  OpenFormFile(kind, path, GetFileTitle(text));
+  for (const FormKindInfo& k : kinds_) {
+    if (k.fromCommandLine && ToUpper(std::string(k.formExtension)) == extension) {
+      OpenFormFile(k.kind, path, GetFileTitle(text));
+      return;
+    }
+  }
 }
 
 Form* Frame::LoadIntoNewForm(FormKind kind, const std::function<bool(Form&)>& load, int failureMessage) {
@@ -254,11 +286,16 @@ Form* Frame::OpenDataFile(FormKind kind, const std::string& path) {
 }
 
 Form* Frame::OpenTheForm() {
-  const auto chosen = services_.fileDialog->Run({platform::FileDialogMode::Open, "Open form", kOpenFormFilter, 1,
+  const std::vector<const FormKindInfo*> kinds = OpenFormKinds(kinds_);
+  if (kinds.empty()) return nullptr;
+  std::string filter;
+  for (const FormKindInfo* k : kinds)
+    filter += (filter.empty() ? "" : "|") + std::string(k->formFilter) + "|*" + std::string(k->formExtension);
+  const auto chosen = services_.fileDialog->Run({platform::FileDialogMode::Open, "Open form", filter, 1,
                                                   platform::kFlagFileMustExist, "", DialogFolder(kFolderForms, "figures")});
   if (!chosen) return nullptr;  // cancel ends the command silently
-  const int index = std::clamp(chosen->filterIndex, 1, 4);
-  Form* form = OpenFormFile(kOpenFormKinds[index - 1], chosen->path, chosen->title);
+  const int index = std::clamp(chosen->filterIndex, 1, static_cast<int>(kinds.size()));
+  Form* form = OpenFormFile(kinds[static_cast<std::size_t>(index - 1)]->kind, chosen->path, chosen->title);
   RememberDialogFolder(kFolderForms, chosen->path);
   return form;
 }
@@ -314,31 +351,20 @@ bool Frame::RunMenu(const std::string& name) {
   if (!item || item->kind != ControlKind::Menu) return false;
   if (!item->enabled || !item->visible) return true;
   int code = 0;
-  auto newForm = [&](FormKind kind) {
-    if (!NewForm(kind, code)) ReportFactoryFailure(code);
-  };
-  if (name == "mnuNew1Dim") {
-    newForm(FormKind::Graph1);
-  } else if (name == "mnuNew2Dim") {
-    newForm(FormKind::Graph2);
-  } else if (name == "mnuNewAudioEditor") {
-    newForm(FormKind::SoundEditor);
-  } else if (name == "mnuNewImageProcessor") {
-    newForm(FormKind::ImageProcessor);
-  } else if (name == "mnuOpenForm") {
+  for (const FormKindInfo& k : kinds_) {
+    if (k.newItem.frameName && name == k.newItem.frameName) {
+      if (!NewForm(k.kind, code)) ReportFactoryFailure(code);
+      return true;
+    }
+    for (const DataFileItem& item : k.dataFileItems) {
+      if (name != item.name) continue;
+      if (Form* form = NewForm(k.kind, code)) form->RunMenu("mnuOpenSave", item.openSaveIndex);
+      else ReportFactoryFailure(code);
+      return true;
+    }
+  }
+  if (name == "mnuOpenForm") {
     OpenTheForm();
-  } else if (name == "mnuOpenSoundFile") {
-    if (Form* form = NewForm(FormKind::Graph1, code)) form->RunMenu("mnuOpenSave", 1);
-    else ReportFactoryFailure(code);
-  } else if (name == "mnuOpen1DDataFile") {
-    if (Form* form = NewForm(FormKind::Graph1, code)) form->RunMenu("mnuOpenSave", 2);
-    else ReportFactoryFailure(code);
-  } else if (name == "mnuOpenImageFile") {
-    if (Form* form = NewForm(FormKind::Graph2, code)) form->RunMenu("mnuOpenSave", 1);
-    else ReportFactoryFailure(code);
-  } else if (name == "mnuOpen2DDataFile") {
-    if (Form* form = NewForm(FormKind::Graph2, code)) form->RunMenu("mnuOpenSave", 2);
-    else ReportFactoryFailure(code);
   } else if (name == "mnuExit") {
     exitRequested_ = true;
   } else if (name == "mnuGettingStarted") {

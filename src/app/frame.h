@@ -5,6 +5,8 @@
 #include <array>
 #include <functional>
 #include <memory>
+#include <span>
+#include <string_view>
 #include <string>
 #include <vector>
 
@@ -12,6 +14,7 @@
 #include "kit/exchange.h"
 #include "kit/form.h"
 #include "kit/form_context.h"
+#include "kit/form_kind.h"
 #include "kit/settings.h"
 #include "platform/services.h"
 
@@ -25,9 +28,6 @@ class FrameListener {
   virtual void FormClosed(Form& form) = 0;
   virtual void CurrentFormChanged(Form* form) = 0;
 };
-
-// Builds a form of one kind; may throw std::bad_alloc or any exception.
-using FormMaker = std::function<std::unique_ptr<Form>(FormContext&)>;
 
 class Frame final : public FormContext {
  public:
@@ -44,6 +44,15 @@ class Frame final : public FormContext {
   std::string SoundBufferFolder() override;
 
   // --- registry and factories ---------------------------------------------
+  // Takes the table of kinds (one row each) and builds the File menu's New
+  // and open items from it.
+  void InstallKinds(std::span<const FormKindInfo> kinds);
+  std::span<const FormKindInfo> Kinds() const override { return kinds_; }
+  // The row of a kind, or null when it is not installed.
+  const FormKindInfo* KindInfo(FormKind kind) const { return FindKind(kinds_, kind); }
+  // The row whose script word is `word` (any case), or null.
+  const FormKindInfo* KindOfWord(std::string_view word) const;
+  // Replaces the maker of a kind (tests make forms of their own this way).
   void RegisterKind(FormKind kind, FormMaker maker);
   bool HasKind(FormKind kind) const;
   // Creates, numbers, places and shows a form of the kind. The code is 0 on
@@ -114,7 +123,7 @@ class Frame final : public FormContext {
   std::string programFolder_;
   FrameSettings settings_;
   GraphExchange exchange_;
-  std::array<FormMaker, kFormKinds> makers_{};
+  std::vector<FormKindInfo> kinds_;
   std::array<int, kFormKinds> counts_{};
   int cascade_ = 0;
   std::vector<std::unique_ptr<Form>> owned_;

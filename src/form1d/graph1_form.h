@@ -12,6 +12,7 @@
 #include "kit/form.h"
 #include "kit/formula_history.h"
 #include "kit/graph_store.h"
+#include "kit/named_calls.h"
 #include "kit/pointer_trace.h"
 #include "form1d/graph_files.h"
 #include "form1d/plot_drawing.h"
@@ -58,33 +59,10 @@ enum SideBoxPanel : int {
   kPanelCount = 15,
 };
 
-// A whole result for a new form: its graphs over one grid of `points`
-// intervals, and how the form shows them.
-struct Graph1Result {
-  struct Graph {
-    std::vector<double> values;
-    double a = 0.0, b = 0.0, h = 0.0;
-  };
-  enum class Show {
-    NewWindow,   // the window fitted to the graphs as filed
-    AllGraphs,   // every graph through the display rules, then the window
-    FitToData,   // the view fitted to the data, whatever the auto-fit setting
-  };
-  // One graph over `points` intervals.
-  static Graph1Result Of(int points, std::vector<double> values, double a, double b, double h) {
-    Graph1Result r;
-    r.points = points;
-    r.graphs.push_back({std::move(values), a, b, h});
-    return r;
-  }
-  int points = 0;
-  std::vector<Graph> graphs;
-  bool setInterval = false;  // the interval choice follows the first graph's left end
-  std::string remarks;
-  Show show = Show::NewWindow;
-};
+// A whole result for a new form, as other kinds of form give it too.
+using Graph1Result = OneDimensionalResult;
 
-class Graph1Form final : public Form, private formula::FormulaHost {
+class Graph1Form final : public Form, public OneDimensionalReceiver, private formula::FormulaHost {
  public:
   static constexpr FormKind kKind = FormKind::Graph1;
 
@@ -93,7 +71,7 @@ class Graph1Form final : public Form, private formula::FormulaHost {
 
   // Files and shows a result on this new, empty form; other kinds of form
   // give their one-dimensional results this way.
-  void ShowResult(const Graph1Result& result);
+  void ShowResult(const Graph1Result& result) override;
 
   // The graph store.
   void SetPoints(int n);

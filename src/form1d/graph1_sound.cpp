@@ -9,8 +9,7 @@
 #include "common/number_text.h"
 #include "form1d/graph1_form.h"
 #include "formula/formula_text.h"
-#include "sound/sound_editor_form.h"
-#include "sound/wave_control.h"
+#include "wavefile/wave_control.h"
 
 namespace keldo::form1d {
 
@@ -149,7 +148,7 @@ void Graph1Form::SaveTheSoundFile() {
       {platform::FileDialogMode::Save, "Save sound file", "Audio files (*.wav)|*.wav", 1,
        platform::kFlagsSaveDialog, ".wav", context_.DialogFolder(kFolderSoundSave, "Audio")});
   if (!chosen) return;
-  const int g = ChosenGraph();
+  const int g = graphNumber_("TxtAnGr1", graphCount_, kOneGraphCommand);
   if (g < 0) return;
   SaveSoundFile(chosen->path, g);
   context_.RememberDialogFolder(kFolderSoundSave, chosen->path);
@@ -187,18 +186,15 @@ bool Graph1Form::LoadSoundFunction(const std::string& path, const std::string& t
   const int rate = control.Rate();
   const long long length = control.Length();
   if (length > 65537) {
-    int code = 0;
-    sound::SoundEditorForm* form = NewFormOf<sound::SoundEditorForm>(context_, code);
-    if (!form) {
-      context_.ReportFactoryFailure(code);
-      return false;
-    }
-    if (!form->LoadWavFile(path)) {
-      context_.CloseForm(*form);
+    WaveFileReceiver* editor = NewFormFor<WaveFileReceiver>(context_, FormKind::SoundEditor);
+    if (!editor) return false;
+    Form& form = FormOf(*editor);
+    if (!editor->LoadWavFile(path)) {
+      context_.CloseForm(form);
       context_.ShowError(46);
       return false;
     }
-    form->SetCaption(title.empty() ? form->Caption() : title);
+    form.SetCaption(title.empty() ? form.Caption() : title);
     return true;
   }
   if (control.Channels() > 1) {

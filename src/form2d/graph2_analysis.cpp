@@ -8,10 +8,10 @@
 
 #include "analysis/measures.h"
 #include "common/number_text.h"
-#include "form1d/graph1_form.h"
 #include "form2d/graph2_form.h"
 #include "form2d/image_files.h"
 #include "kit/form_context.h"
+#include "kit/named_calls.h"
 #include "kit/typed_forms.h"
 #include "wavelet/wavelet2d.h"
 
@@ -338,15 +338,9 @@ void Graph2Form::PerformHistogram() {
       analysis::FrequencyHistogramOf(values, levels, signBit, controls_["chkHistGram(1)"].value != 0, entropy, max);
   const int bins = static_cast<int>(h.size()) - 1;
   const double a = signBit ? -max : 0.0;
-  form1d::Graph1Result result = form1d::Graph1Result::Of(bins, std::move(h), a, max, max / levels);
+  OneDimensionalResult result = OneDimensionalResult::Of(bins, std::move(h), a, max, max / levels);
   result.remarks = "Histogram\r\nEntropy: " + PlainNumber(entropy);
-  int code = 0;
-  form1d::Graph1Form* form = NewFormOf<form1d::Graph1Form>(context_, code);
-  if (!form) {
-    context_.ReportFactoryFailure(code);
-    return;
-  }
-  form->ShowResult(result);
+  if (auto* form = NewFormFor<OneDimensionalReceiver>(context_, FormKind::Graph1)) form->ShowResult(result);
 }
 
 // ------------------------------------------------------ graph clipboard

@@ -17,6 +17,7 @@
 #include "kit/form.h"
 #include "kit/formula_history.h"
 #include "kit/graph_store.h"
+#include "kit/named_calls.h"
 
 namespace keldo::form2d {
 
@@ -67,7 +68,7 @@ struct GraphLook {
   int drawWidths = 1;
 };
 
-class Graph2Form final : public Form, private formula::FormulaHost {
+class Graph2Form final : public Form, public ImageReceiver, private formula::FormulaHost {
  public:
   static constexpr FormKind kKind = FormKind::Graph2;
 
@@ -83,6 +84,12 @@ class Graph2Form final : public Form, private formula::FormulaHost {
   // it. Returns the form that holds it, or null after reporting 72 or 73.
   Graph2Form* DisplayFunction(int points, const float* values, std::size_t stride, float left, float right,
                               float step);
+  // The named call of other kinds: DisplayFunction, true when a form holds
+  // the image.
+  bool DisplayImage(int points, const float* values, std::size_t stride, float left, float right,
+                    float step) override {
+    return DisplayFunction(points, values, stride, left, right, step) != nullptr;
+  }
   Graph2Form* DisplayTwoGraphs(int points, const float* first, const float* second, std::size_t stride, float left,
                                float right, float step);
   void DeleteGraph(int d);

@@ -1,29 +1,93 @@
 #include "kinds/form_kinds.h"
 
+#include <string_view>
+
 #include "app/frame.h"
-#include "kit/basic_form.h"
 #include "form1d/graph1_form.h"
 #include "form2d/graph2_form.h"
 #include "imageproc/image_processor_menu.h"
+#include "kit/basic_form.h"
 #include "sound/sound_editor_form.h"
-#include "sound/sound_editor_menu.h"
 #include "timefreq/timefreq_menus.h"
+#include "workshop/workshop_menu.h"
 
 namespace keldo {
+namespace {
 
-void InstallFormKinds(Frame& frame) {
-  frame.RegisterKind(FormKind::Graph1, form1d::MakeGraph1Form);
-  frame.RegisterKind(FormKind::Graph2, form2d::MakeGraph2Form);
-  frame.RegisterKind(FormKind::SoundEditor, [](FormContext& f) { return sound::MakeSoundEditorForm(f); });
-  frame.RegisterKind(FormKind::Spectrogram, [](FormContext& f) {
-    return MakeBasicForm(f, FormKind::Spectrogram, timefreq::SpectrogramMenuBar());
-  });
-  frame.RegisterKind(FormKind::Scalogram, [](FormContext& f) {
-    return MakeBasicForm(f, FormKind::Scalogram, timefreq::ScalogramMenuBar());
-  });
-  frame.RegisterKind(FormKind::ImageProcessor, [](FormContext& f) {
-    return MakeBasicForm(f, FormKind::ImageProcessor, imageproc::ImageProcessorMenuBar());
-  });
+using namespace std::string_view_literals;
+
+constexpr std::string_view kDataFiles1D[] = {".kb1"sv, ".kdt"sv, ".wav"sv};
+constexpr std::string_view kDataFiles2D[] = {".kb2"sv, ".pgm"sv, ".bmp"sv,  ".dib"sv, ".png"sv, ".jpg"sv,
+                                             ".jpeg"sv, ".pcx"sv, ".tif"sv, ".tiff"sv, ".wc2"sv};
+constexpr DataFileItem kFrameItems1D[] = {{"mnuOpenSoundFile", "Open sound file (*.wav)", 1},
+                                          {"mnuOpen1DDataFile", "Open 1D data File ", 2}};
+constexpr DataFileItem kFrameItems2D[] = {{"mnuOpenImageFile", "Open image file", 1},
+                                          {"mnuOpen2DDataFile", "Open 2D data file", 2}};
+
+// A kind whose commands are still to be built: its menu bar alone.
+template <FormKind kind, std::span<const MenuRow> (*menuBar)()>
+std::unique_ptr<Form> MakeMenuOnlyForm(FormContext& context) {
+  return MakeBasicForm(context, kind, menuBar());
 }
+
+const FormKindInfo kKinds[] = {
+    {.kind = FormKind::Graph1,
+     .word = "1d",
+     .captionWord = "1DGraph ",
+     .formExtension = ".kd1",
+     .formFilter = "1-Dim forms (*.kd1)",
+     .openFormPosition = 1,
+     .fromCommandLine = true,
+     .dataFiles = kDataFiles1D,
+     .dataFileItems = kFrameItems1D,
+     .newItem = {0, "mnuNew1Dim", "New &1 Dim ", nullptr},
+     .maker = form1d::MakeGraph1Form},
+    {.kind = FormKind::Graph2,
+     .word = "2d",
+     .captionWord = "2DGraph ",
+     .formExtension = ".kd2",
+     .formFilter = "2-Dim forms (*.kd2)",
+     .openFormPosition = 2,
+     .fromCommandLine = true,
+     .dataFiles = kDataFiles2D,
+     .dataFileItems = kFrameItems2D,
+     .newItem = {1, "mnuNew2Dim", "New &2 Dim", nullptr},
+     .maker = form2d::MakeGraph2Form},
+    {.kind = FormKind::SoundEditor,
+     .word = "audio",
+     .captionWord = "Sound Editor ",
+     .newItem = {2, "mnuNewAudioEditor", "New &Audio editor", nullptr},
+     .maker = sound::MakeSoundEditorForm},
+    {.kind = FormKind::Spectrogram,
+     .word = "spectrogram",
+     .captionWord = "Spectrogram ",
+     .formExtension = ".spg",
+     .formFilter = "Spectrograph (*.spg)",
+     .openFormPosition = 4,
+     .maker = MakeMenuOnlyForm<FormKind::Spectrogram, timefreq::SpectrogramMenuBar>},
+    {.kind = FormKind::Scalogram,
+     .word = "scalogram",
+     .captionWord = "Scalogram ",
+     .formExtension = ".scg",
+     .formFilter = "Scalogram (*.scg)",
+     .openFormPosition = 3,
+     .maker = MakeMenuOnlyForm<FormKind::Scalogram, timefreq::ScalogramMenuBar>},
+    {.kind = FormKind::Workshop,
+     .word = "workshop",
+     .captionWord = "Wavelet Image Compression Workshop",
+     .numbered = false,
+     .maker = MakeMenuOnlyForm<FormKind::Workshop, workshop::WorkshopMenuBar>},
+    {.kind = FormKind::ImageProcessor,
+     .word = "imageproc",
+     .captionWord = "Image Processor ",
+     .newItem = {3, "mnuNewImageProcessor", "New &Image processor", "mnuNewImageEditor"},
+     .maker = MakeMenuOnlyForm<FormKind::ImageProcessor, imageproc::ImageProcessorMenuBar>},
+};
+
+}  // namespace
+
+std::span<const FormKindInfo> FormKinds() { return kKinds; }
+
+void InstallFormKinds(Frame& frame) { frame.InstallKinds(kKinds); }
 
 }  // namespace keldo

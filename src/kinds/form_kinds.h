@@ -1,6 +1,15 @@
 #pragma once
-// Registers a maker for every form kind with the frame.
+// The table of the kinds of form, one row each, and its installation in the
+// frame.
+
+#include <span>
+
+#include "kit/form_kind.h"
+
 namespace keldo {
 class Frame;
+// Every kind: its words, files, New item and maker.
+std::span<const FormKindInfo> FormKinds();
+// Gives the frame the table.
 void InstallFormKinds(Frame& frame);
 }  // namespace keldo

@@ -7,28 +7,10 @@
 
 namespace keldo {
 
-std::string_view FormKindName(FormKind kind) {
-  switch (kind) {
-    case FormKind::Graph1: return "1d";
-    case FormKind::Graph2: return "2d";
-    case FormKind::SoundEditor: return "audio";
-    case FormKind::Spectrogram: return "spectrogram";
-    case FormKind::Scalogram: return "scalogram";
-    case FormKind::ImageProcessor: return "imageproc";
-  }
-  return "";
-}
-
-std::string_view FormKindCaptionWord(FormKind kind) {
-  switch (kind) {
-    case FormKind::Graph1: return "1DGraph ";
-    case FormKind::Graph2: return "2DGraph ";
-    case FormKind::SoundEditor: return "Sound Editor ";
-    case FormKind::Spectrogram: return "Spectrogram ";
-    case FormKind::Scalogram: return "Scalogram ";
-    case FormKind::ImageProcessor: return "Image Processor ";
-  }
-  return "";
+const FormKindInfo* FindKind(std::span<const FormKindInfo> kinds, FormKind kind) {
+  for (const FormKindInfo& k : kinds)
+    if (k.kind == kind) return &k;
+  return nullptr;
 }
 
 Form::Form(FormContext& context, FormKind kind) : context_(context), kind_(kind) {}
@@ -214,19 +196,20 @@ void Form::DisableItemsWithoutHandler() {
 }
 
 void Form::AddCommonFileHandlers() {
-  static constexpr FormKind kNewKinds[] = {FormKind::Graph1, FormKind::Graph2, FormKind::SoundEditor,
-                                           FormKind::ImageProcessor};
+  // The New items make a form of the kind that the table of kinds gives
+  // their position or name.
   auto makeNew = [this](FormKind kind) {
     int code = 0;
     if (!context_.NewForm(kind, code)) context_.ReportFactoryFailure(code);
   };
-  OnMenu("mnuNew", [makeNew](int index) {
-    if (index >= 0 && index < 4) makeNew(kNewKinds[index]);
+  OnMenu("mnuNew", [this, makeNew](int index) {
+    for (const FormKindInfo& k : context_.Kinds())
+      if (index >= 0 && k.newItem.position == index) makeNew(k.kind);
   });
-  OnMenu("mnuNew1Dim", [makeNew](int) { makeNew(FormKind::Graph1); });
-  OnMenu("mnuNew2Dim", [makeNew](int) { makeNew(FormKind::Graph2); });
-  OnMenu("mnuNewAudioEditor", [makeNew](int) { makeNew(FormKind::SoundEditor); });
-  OnMenu("mnuNewImageEditor", [makeNew](int) { makeNew(FormKind::ImageProcessor); });
+  for (const FormKindInfo& k : context_.Kinds()) {
+    for (const char* name : {k.newItem.frameName, k.newItem.otherName})
+      if (name && k.newItem.position >= 0) OnMenu(name, [makeNew, kind = k.kind](int) { makeNew(kind); });
+  }
   OnMenu("mnuClose", [this](int) { context_.CloseForm(*this); });
 }
 

@@ -4,6 +4,7 @@
 // kind. The frame is the one implementation; a form never sees the frame
 // itself, so forms stay independent of it and of each other.
 
+#include <span>
 #include <string>
 
 #include "kit/exchange.h"
@@ -54,6 +55,8 @@ class FormContext {
   virtual std::string SoundBufferFolder() = 0;
 
   // --- forms ------------------------------------------------------------------
+  // The kinds of form there are, one row each.
+  virtual std::span<const FormKindInfo> Kinds() const = 0;
   // Creates, numbers, places and shows a form of the kind; null with a
   // negative code (-7 out of memory) on failure.
   virtual Form* NewForm(FormKind kind, int& code) = 0;

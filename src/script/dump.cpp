@@ -43,7 +43,8 @@ std::string DumpJson(Frame& frame, const Form* form, const std::vector<std::stri
                      const std::string& clipboardText) {
   std::string out = "{\n";
   if (form) {
-    out += "  \"kind\": " + JsonString(FormKindName(form->Kind())) + ",\n";
+    const FormKindInfo* kind = frame.KindInfo(form->Kind());
+    out += "  \"kind\": " + JsonString(kind ? kind->word : std::string_view()) + ",\n";
     out += "  \"caption\": " + JsonString(form->Caption()) + ",\n";
     out += "  \"points\": " + std::to_string(form->Points()) + ",\n";
     const auto w = form->Window();

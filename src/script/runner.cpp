@@ -202,20 +202,14 @@ bool Runner::Execute(const std::vector<std::string>& words, std::string& reason)
 
 bool Runner::RunNew(const std::vector<std::string>& words, std::string& reason) {
   if (words.size() != 2) { reason = "new takes one kind: 1d, 2d, audio or imageproc"; return false; }
-  static const std::pair<const char*, FormKind> kKinds[] = {
-      {"1d", FormKind::Graph1},          {"2d", FormKind::Graph2},
-      {"audio", FormKind::SoundEditor},  {"imageproc", FormKind::ImageProcessor},
-      {"spectrogram", FormKind::Spectrogram}, {"scalogram", FormKind::Scalogram}};
-  const std::string kind = ToLower(words[1]);
-  for (const auto& [word, k] : kKinds) {
-    if (kind == word) {
-      int code = 0;
-      if (!frame_.NewForm(k, code)) frame_.ReportFactoryFailure(code);
-      return true;
-    }
+  const FormKindInfo* kind = frame_.KindOfWord(words[1]);
+  if (!kind) {
+    reason = "unknown form kind " + words[1];
+    return false;
   }
-  reason = "unknown form kind " + words[1];
-  return false;
+  int code = 0;
+  if (!frame_.NewForm(kind->kind, code)) frame_.ReportFactoryFailure(code);
+  return true;
 }
 
 bool Runner::RunOpen(const std::vector<std::string>& words, std::string& reason) {
@@ -223,25 +217,20 @@ bool Runner::RunOpen(const std::vector<std::string>& words, std::string& reason)
   const std::string& path = words[1];
   const auto dot = path.find_last_of('.');
   const std::string ext = dot == std::string::npos ? "" : ToLower(path.substr(dot));
-  static const std::pair<const char*, FormKind> kFormFiles[] = {
-      {".kd1", FormKind::Graph1}, {".kd2", FormKind::Graph2}, {".spg", FormKind::Spectrogram},
-      {".scg", FormKind::Scalogram}};
-  for (const auto& [e, kind] : kFormFiles) {
-    if (ext == e) {
-      frame_.OpenFormFile(kind, path, GetFileTitle(path));
+  // A form file opens into its kind; a data file into a new form of the kind
+  // that reads it.
+  for (const FormKindInfo& kind : frame_.Kinds()) {
+    if (!kind.formExtension.empty() && ext == kind.formExtension) {
+      frame_.OpenFormFile(kind.kind, path, GetFileTitle(path));
       return true;
     }
   }
-  if (ext == ".kb1" || ext == ".kdt" || ext == ".wav") {
-    frame_.OpenDataFile(FormKind::Graph1, path);
-    return true;
-  }
-  static const char* kDataFiles[] = {".kb2", ".pgm", ".bmp", ".dib", ".png", ".jpg",
-                                     ".jpeg", ".pcx", ".tif", ".tiff", ".wc2"};
-  for (const char* e : kDataFiles) {
-    if (ext == e) {
-      frame_.OpenDataFile(FormKind::Graph2, path);
-      return true;
+  for (const FormKindInfo& kind : frame_.Kinds()) {
+    for (std::string_view e : kind.dataFiles) {
+      if (ext == e) {
+        frame_.OpenDataFile(kind.kind, path);
+        return true;
+      }
     }
   }
   reason = "unknown file kind " + path;

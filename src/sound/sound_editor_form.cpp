@@ -2,7 +2,7 @@
 
 #include "kit/menu_table.h"
 #include "sound/sound_editor_menu.h"
-#include "sound/wave_control.h"
+#include "wavefile/wave_control.h"
 
 namespace keldo::sound {
 

@@ -7,16 +7,17 @@
 #include <vector>
 
 #include "kit/form.h"
+#include "kit/named_calls.h"
 
 namespace keldo::sound {
 
-class SoundEditorForm final : public Form {
+class SoundEditorForm final : public Form, public WaveFileReceiver {
  public:
   static constexpr FormKind kKind = FormKind::SoundEditor;
 
   explicit SoundEditorForm(FormContext& context);
   // Reads a mono wave file whole; false on failure (the caller reports).
-  bool LoadWavFile(const std::string& path);
+  bool LoadWavFile(const std::string& path) override;
   int Rate() const { return rate_; }
   int Bits() const { return bits_; }
   long long SampleCount() const { return static_cast<long long>(samples_.size()); }

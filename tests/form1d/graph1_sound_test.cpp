@@ -10,7 +10,7 @@
 
 #include "graph1_test_util.h"
 #include "sound/sound_editor_form.h"
-#include "sound/wave_control.h"
+#include "wavefile/wave_control.h"
 
 namespace keldo::testing {
 namespace {

@@ -1,4 +1,4 @@
-#include "sound/wave_control.h"
+#include "wavefile/wave_control.h"
 
 #include <sndfile.h>
 

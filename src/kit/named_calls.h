@@ -1,0 +1,103 @@
+#pragma once
+// The named calls between forms. A command on one form often creates a form
+// of another kind and fills it: a histogram of an image goes to a new
+// one-dimensional form, a wave file too long for a graph to a new audio
+// editor. The calls a form answers for other kinds are these small
+// interfaces, implemented by the forms; the caller makes the form through
+// the context by its kind and reaches it through the interface alone, so no
+// form names another form's class and no form library links another.
+//
+// Besides these, every form answers the calls of its base: LoadForm (fill
+// from a form file) and LoadDataFile (read a data file as a new graph).
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "kit/form.h"
+#include "kit/form_context.h"
+#include "kit/form_kind.h"
+
+namespace keldo {
+
+// A whole one-dimensional result for a new form: its graphs over one grid
+// of `points` intervals, and how the form shows them.
+struct OneDimensionalResult {
+  struct Graph {
+    std::vector<double> values;
+    double a = 0.0, b = 0.0, h = 0.0;
+  };
+  enum class Show {
+    NewWindow,   // the window fitted to the graphs as filed
+    AllGraphs,   // every graph through the display rules, then the window
+    FitToData,   // the view fitted to the data, whatever the auto-fit setting
+  };
+  // One graph over `points` intervals.
+  static OneDimensionalResult Of(int points, std::vector<double> values, double a, double b, double h) {
+    OneDimensionalResult r;
+    r.points = points;
+    r.graphs.push_back({std::move(values), a, b, h});
+    return r;
+  }
+  int points = 0;
+  std::vector<Graph> graphs;
+  bool setInterval = false;  // the interval choice follows the first graph's left end
+  std::string remarks;
+  Show show = Show::NewWindow;
+};
+
+// ShowResult: a new, empty one-dimensional form files and shows a result.
+class OneDimensionalReceiver {
+ public:
+  virtual void ShowResult(const OneDimensionalResult& result) = 0;
+
+ protected:
+  ~OneDimensionalReceiver() = default;
+};
+
+// LoadWavFile: a new audio editor takes a whole mono wave file, however
+// long; false when it cannot read it (the caller reports).
+class WaveFileReceiver {
+ public:
+  virtual bool LoadWavFile(const std::string& path) = 0;
+
+ protected:
+  ~WaveFileReceiver() = default;
+};
+
+// DisplayImage: a two-dimensional form files (points+1) by (points+1)
+// samples, row-major with `stride` samples a row, over [left, right] in
+// steps `step`, and shows them; false after reporting when it could not.
+class ImageReceiver {
+ public:
+  virtual bool DisplayImage(int points, const float* values, std::size_t stride, float left, float right,
+                            float step) = 0;
+
+ protected:
+  ~ImageReceiver() = default;
+};
+
+// A new form of the kind, numbered, placed and shown, reached through the
+// call it answers; null after reporting 72 or 73 (also when the kind does
+// not answer the call, which then leaves no form behind).
+template <class Call>
+Call* NewFormFor(FormContext& context, FormKind kind) {
+  int code = 0;
+  Form* form = context.NewForm(kind, code);
+  if (!form) {
+    context.ReportFactoryFailure(code);
+    return nullptr;
+  }
+  if (Call* call = dynamic_cast<Call*>(form)) return call;
+  context.CloseForm(*form);
+  context.ReportFactoryFailure(-1);
+  return nullptr;
+}
+
+// The form behind a call, for what every form has (caption, closing).
+template <class Call>
+Form& FormOf(Call& call) {
+  return dynamic_cast<Form&>(call);
+}
+
+}  // namespace keldo
