@@ -50,7 +50,7 @@ bool Graph1Form::PerformMeasurement(const std::string& title) {
   const bool one = title == "Derivative" || title == "Histogram" || title == "Energy graph" ||
                    title == "Sort magnitudes" || title == "Quantize (8-bit)" || title == "Quantize (16-bit)";
   if (!one) return false;
-  const int g = GraphNumberField("TxtAnGr1");
+  const int g = graphNumber_("TxtAnGr1", graphCount_);
   if (g < 0) return true;
   const analysis::Sampled s{GraphValues(g), n_, GraphLeft(g), GraphStep(g)};
   if (title == "Derivative") {
@@ -85,10 +85,10 @@ bool Graph1Form::PerformMeasurement(const std::string& title) {
 }
 
 void Graph1Form::Measure(const std::string& title) {
-  const int g = GraphNumberField("TxtAnGr1");
+  const int g = graphNumber_("TxtAnGr1", graphCount_);
   if (g < 0) return;
   const bool two = title == "Norm difference" || title == "Scalar product";
-  const int g2 = two ? GraphNumberField("TxtAnGr2") : g;
+  const int g2 = two ? graphNumber_("TxtAnGr2", graphCount_) : g;
   if (g2 < 0) return;
   const analysis::Sampled s{GraphValues(g), n_, GraphLeft(g), GraphStep(g)};
   const std::vector<bool> inside = analysis::InWindow(s, winLeft_, winRight_);
@@ -144,13 +144,9 @@ void Graph1Form::Measure(const std::string& title) {
 }
 
 void Graph1Form::StatisticsCommand() {
-  std::string text = controls_.Text("TxtGraphStat");
-  const double number = std::nearbyint(VALU(text));
-  if (!(number >= 1 && number <= graphCount_)) {
-    context_.ShowError(1);
-    return;
-  }
-  const int g = static_cast<int>(number) - 1;
+  // Any number that names no graph reports 1.
+  const int g = graphNumber_("TxtGraphStat", graphCount_, AnyBadNumber(1, NumberReading::Evaluated));
+  if (g < 0) return;
   const analysis::Sampled s{GraphValues(g), n_, GraphLeft(g), GraphStep(g)};
   analysis::Statistics stats;
   if (!analysis::ComputeStatistics(s, analysis::InWindow(s, winLeft_, winRight_), stats)) {

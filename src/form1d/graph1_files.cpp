@@ -184,7 +184,7 @@ void Graph1Form::SaveTheGraph() {
   const auto chosen = context_.services().fileDialog->Run({platform::FileDialogMode::Save, "Save graph", kSaveGraphFilter,
                                                          1, platform::kFlagsSaveDialog, ".kb1", context_.DialogFolder(kFolderData, "Data")});
   if (!chosen) return;
-  const int g = ChosenGraph();
+  const int g = graphNumber_("TxtAnGr1", graphCount_, kOneGraphCommand);
   if (g < 0) return;
   if (!SaveFunctionFile(chosen->path, g, chosen->filterIndex)) context_.ShowError(36);
   context_.RememberDialogFolder(kFolderData, chosen->path);

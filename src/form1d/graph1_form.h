@@ -11,6 +11,7 @@
 
 #include "kit/form.h"
 #include "kit/formula_history.h"
+#include "kit/graph_number.h"
 #include "kit/graph_store.h"
 #include "kit/named_calls.h"
 #include "kit/pointer_trace.h"
@@ -38,6 +39,10 @@ constexpr int kMinPoints = 64;
 constexpr int kMaxPoints = 65536;
 constexpr int kDefaultPoints = 1024;
 constexpr int kSlack = 10;  // samples of slack after point N in every row
+
+// The graph a one-graph command works on: the only one, or the number in
+// TxtAnGr1 as a formula of numbers, reporting 1 or 3.
+inline constexpr GraphNumberRules kOneGraphCommand{NumberReading::Evaluated, 1, 3, SingleGraph::TakenOrNone};
 
 // Side box panels (PicSideBox) by number.
 enum SideBoxPanel : int {
@@ -281,8 +286,6 @@ class Graph1Form final : public Form, public OneDimensionalReceiver, private for
   void FileNewGraph(const std::vector<double>& values, double a, double b, double h);
   // Presets a graph number field to the graph nearest the last click.
   void PresetGraphField(const std::string& field);
-  // The graph index a number field names, after reporting 1 or 3; -1 then.
-  int GraphNumberField(const std::string& field);
   // A new form of this N holding the result graphs, fitted and shown.
   void ShowResultForm(const fourier::TransformResult& r);
   void BindCommands();
@@ -314,9 +317,6 @@ class Graph1Form final : public Form, public OneDimensionalReceiver, private for
   void InterpolateGo();
   // Enables a command only once it is built; a parent menu when a child is.
   void EnableCommand(const std::string& name, bool on);
-  // The graph a one-graph command works on: the only one, or the number in
-  // TxtAnGr1, reporting 1 or 3; -1 on failure.
-  int ChosenGraph();
   // Presets TxtAnGr1 to the graph nearest the last click.
   void PresetGraphNumber();
   // A new one-dimensional form with this form's quantization parameters;
@@ -355,6 +355,9 @@ class Graph1Form final : public Form, public OneDimensionalReceiver, private for
   bool soundReady8_ = false, soundReady16_ = false;
   std::string fileName_;
   FormulaHistory formulaHistory_;
+  // Graph number fields: their leading number, or with kOneGraphCommand a
+  // formula of numbers.
+  GraphNumberReader graphNumber_{context_, controls_, [this](const std::string& text, bool&) { return VALU(text); }};
   std::array<std::string, 3> quantParams_{"0|1/2^16|Q|N|B|N|", "Y|1/2^16|Y|N|Y|N|", "N|1/2^16:1/2^8|Y|N|Y|N|"};
 
   formula::FormulaState formula_;

@@ -65,19 +65,6 @@ void Graph1Form::PresetGraphField(const std::string& field) {
   if (graphCount_ > 1) controls_.SetText(field, std::to_string(FindNearestGraph(trace_.X(), trace_.Y()) + 1));
 }
 
-int Graph1Form::GraphNumberField(const std::string& field) {
-  const double g = std::nearbyint(Val(controls_.Text(field))) - 1;
-  if (g > graphCount_ - 1) {
-    context_.ShowError(1);
-    return -1;
-  }
-  if (g < 0) {
-    context_.ShowError(3);
-    return -1;
-  }
-  return static_cast<int>(g);
-}
-
 bool Graph1Form::GetTransformParameters(fourier::TransformSetup& setup) {
   auto chosen = [&](std::initializer_list<const char*> names) {
     int k = 0;
@@ -108,9 +95,9 @@ void Graph1Form::FourierTransform() {
   fourier::TransformSetup setup;
   if (!GetTransformParameters(setup)) return;
   const bool complex = setup.dataType == fourier::DataType::Complex;
-  const int re = GraphNumberField(complex ? "RealPart" : "FTGraph");
+  const int re = graphNumber_(complex ? "RealPart" : "FTGraph", graphCount_);
   if (re < 0) return;
-  const int im = complex ? GraphNumberField("ImagPart") : -1;
+  const int im = complex ? graphNumber_("ImagPart", graphCount_) : -1;
   if (complex && im < 0) return;
   setup.window = controls_.Text("TrFilter(0)");
   setup.endpointAveraged = controls_["chkFPerEA(1)"].value != 0;
@@ -122,7 +109,7 @@ void Graph1Form::FourierTransform() {
 }
 
 void Graph1Form::FourierTrigTransform(int kind) {
-  const int g = GraphNumberField("GraphFTrigTran");
+  const int g = graphNumber_("GraphFTrigTran", graphCount_);
   if (g < 0) return;
   context_.ShowBusy();
   const fourier::TransformResult r =

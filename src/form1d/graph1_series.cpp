@@ -212,7 +212,7 @@ bool Graph1Form::UserFilter(int h, std::vector<double>& w) {
 
 void Graph1Form::FourierSeries(int kind) {
   const auto seriesKind = static_cast<fourier::SeriesKind>(kind);
-  const int g = GraphNumberField("LblSeriesGraph");
+  const int g = graphNumber_("LblSeriesGraph", graphCount_);
   if (g < 0) return;
   const double h = std::nearbyint(VALU(controls_.Text("TxtHarmonics")));
   const int most = fourier::MaxHarmonic(seriesKind, n_);
@@ -249,9 +249,9 @@ void Graph1Form::FileNewGraph(const std::vector<double>& values, double a, doubl
 }
 
 void Graph1Form::Convolve(int kind) {
-  const int first = GraphNumberField("ConvGr1");
+  const int first = graphNumber_("ConvGr1", graphCount_);
   if (first < 0) return;
-  const int second = kind == 2 ? first : GraphNumberField("ConvGr2");
+  const int second = kind == 2 ? first : graphNumber_("ConvGr2", graphCount_);
   if (second < 0) return;
   // The first graph decides where the origin goes; for two graphs the
   // second one's interval gives the step, the length and the result's place.

@@ -78,22 +78,6 @@ void Graph1Form::PresetGraphNumber() {
   if (graphCount_ > 1) controls_.SetText("TxtAnGr1", std::to_string(FindNearestGraph(trace_.X(), trace_.Y()) + 1));
 }
 
-int Graph1Form::ChosenGraph() {
-  if (graphCount_ < 2) return graphCount_ == 1 ? 0 : -1;
-  std::string text = controls_.Text("TxtAnGr1");
-  const double value = VALU(text);
-  const double g = std::nearbyint(value);
-  if (g > graphCount_) {
-    context_.ShowError(1);
-    return -1;
-  }
-  if (!(g >= 1)) {
-    context_.ShowError(3);
-    return -1;
-  }
-  return static_cast<int>(g) - 1;
-}
-
 // ------------------------------------------------------------------- trace
 
 void Graph1Form::InitializeTrace() {
@@ -149,7 +133,7 @@ void Graph1Form::ZoomEnlarge(int mode) {
 // -------------------------------------------------------------------- clip
 
 void Graph1Form::ClipTheGraph() {
-  const int g = ChosenGraph();
+  const int g = graphNumber_("TxtAnGr1", graphCount_, kOneGraphCommand);
   if (g < 0) return;
   const double a = GraphLeft(g), h = GraphStep(g);
   const double* v = GraphValues(g);
@@ -173,7 +157,7 @@ void Graph1Form::ClipTheGraph() {
 // ----------------------------------------------------------- exchange area
 
 void Graph1Form::CopyTheGraph() {
-  const int g = ChosenGraph();
+  const int g = graphNumber_("TxtAnGr1", graphCount_, kOneGraphCommand);
   if (g < 0) return;
   GraphExchangeArea1D& x = context_.exchange().oneDimensional;
   const double* v = GraphValues(g);
@@ -212,7 +196,7 @@ void Graph1Form::CopyTheGraphToClipboard() { CopyToClipboardWith(GraphClipboardT
 void Graph1Form::CopyTheGraphToClipboardSlow() { CopyToClipboardWith(GraphClipboardTextSlow); }
 
 void Graph1Form::CopyToClipboardWith(std::string (*build)(int, double, double, const double*)) {
-  const int g = ChosenGraph();
+  const int g = graphNumber_("TxtAnGr1", graphCount_, kOneGraphCommand);
   if (g < 0) return;
   context_.services().clipboard->SetText(build(n_, GraphLeft(g), GraphRight(g), GraphValues(g)));
   EnableCommand("mnuPasteFromClipboard", true);

@@ -98,7 +98,7 @@ void Graph1Form::OpenWavelet(const SideBoxCommand& box) {
 }
 
 bool Graph1Form::WaveletChecks(bool series, int& graph, wavelet::WaveletChoice& choice, int& levels) {
-  graph = GraphNumberField("WavGraph");
+  graph = graphNumber_("WavGraph", graphCount_);
   if (graph < 0) return false;
   int family = 0;
   if (controls_["WavTypeDaub"].value) family = 1;
@@ -285,20 +285,20 @@ void Graph1Form::DenoiseSignal() {
 }
 
 void Graph1Form::MedianCommand(bool adaptive) {
-  const int g = ChosenGraph();
+  const int g = graphNumber_("TxtAnGr1", graphCount_, kOneGraphCommand);
   if (g < 0) return;
   FileNewGraph(wavelet::MedianDenoise(n_, GraphValues(g), adaptive), GraphLeft(g), GraphRight(g), GraphStep(g));
 }
 
 void Graph1Form::DownsampleCommand() {
-  const int g = ChosenGraph();
+  const int g = graphNumber_("TxtAnGr1", graphCount_, kOneGraphCommand);
   if (g < 0) return;
   const std::vector<double> z = wavelet::Downsample(n_, GraphValues(g));
   ResizedResult(z, n_ / 2, g);
 }
 
 void Graph1Form::InterpolateCommand(bool ddScheme) {
-  const int g = GraphNumberField("TxtGraphStat");
+  const int g = graphNumber_("TxtGraphStat", graphCount_);
   if (g < 0) return;
   if (2 * n_ > kMaxPoints) {
     context_.ShowError(73);

@@ -61,20 +61,6 @@ void Graph2Form::BuildAnalysisControls() {
   go10.tip = "Plots the histogram in a new one-dimensional form.";
 }
 
-int Graph2Form::GraphNumber(const std::string& field) {
-  bool failed = false;
-  const double number = std::nearbyint(Value(controls_.Text(field), failed));
-  if (!failed && number > graphCount_) {
-    context_.ShowError(1);
-    return -1;
-  }
-  if (failed || !(number >= 1)) {
-    context_.ShowError(3);
-    return -1;
-  }
-  return static_cast<int>(number) - 1;
-}
-
 analysis::Plane Graph2Form::PlaneOf(int g) const {
   const auto s = static_cast<std::size_t>(g);
   return analysis::Plane{store_.Row(g), Stride(), n_, store_.a[s], store_.h[s]};
@@ -115,10 +101,10 @@ void Graph2Form::PerformAnalysis() {
 }
 
 void Graph2Form::Measure(const std::string& title) {
-  const int g = GraphNumber("TxtAnGr1");
+  const int g = graphNumber_("TxtAnGr1", graphCount_, kEvaluatedGraph);
   if (g < 0) return;
   const bool two = title == "Norm difference" || title == "Scalar product";
-  const int g2 = two ? GraphNumber("TxtAnGr2") : g;
+  const int g2 = two ? graphNumber_("TxtAnGr2", graphCount_, kEvaluatedGraph) : g;
   if (g2 < 0) return;
   const auto s = static_cast<std::size_t>(g), s2 = static_cast<std::size_t>(g2);
   if (two && (store_.a[s] != store_.a[s2] || store_.b[s] != store_.b[s2] || store_.h[s] != store_.h[s2])) {
@@ -224,10 +210,8 @@ void Graph2Form::ImageGo() {
   else if (title == "D-D 4,2 Interpolate") Interpolate(true);
 }
 
-int Graph2Form::ImageCommandGraph() { return graphCount_ == 1 ? 0 : GraphNumber("TxtGraphStat"); }
-
 void Graph2Form::ComputeStatistics() {
-  const int g = GraphNumber("TxtGraphStat");
+  const int g = graphNumber_("TxtGraphStat", graphCount_, kEvaluatedGraph);
   if (g < 0) return;
   const std::vector<double> values = analysis::PlaneValues(PlaneOf(g), ViewWindowRange(g));
   analysis::Statistics stats;
@@ -241,7 +225,7 @@ void Graph2Form::ComputeStatistics() {
 }
 
 void Graph2Form::Quantize8Bit() {
-  const int g = ImageCommandGraph();
+  const int g = graphNumber_("TxtGraphStat", graphCount_, kImageCommandGraph);
   if (g < 0) return;
   const float* in = store_.Row(g);
   std::vector<float> out(Stride() * static_cast<std::size_t>(n_ + 1), 0.0f);
@@ -267,7 +251,7 @@ Graph2Form* Graph2Form::FormOfSide(int points) {
 }
 
 void Graph2Form::Downsample() {
-  const int g = ImageCommandGraph();
+  const int g = graphNumber_("TxtGraphStat", graphCount_, kImageCommandGraph);
   if (g < 0) return;
   const int m = n_ / 2;
   if (m < kMinFilePoints) {
@@ -287,7 +271,7 @@ void Graph2Form::Downsample() {
 }
 
 void Graph2Form::Interpolate(bool dd42) {
-  const int g = ImageCommandGraph();
+  const int g = graphNumber_("TxtGraphStat", graphCount_, kImageCommandGraph);
   if (g < 0) return;
   // The menu's sizes end at 2048, and a side must be a power of two.
   if (2 * n_ > kMaxPoints || !PowerOfTwoGrid()) {

@@ -16,6 +16,7 @@
 #include "formula/compiler.h"
 #include "kit/form.h"
 #include "kit/formula_history.h"
+#include "kit/graph_number.h"
 #include "kit/graph_store.h"
 #include "kit/named_calls.h"
 
@@ -29,6 +30,11 @@ constexpr int kSlots = 5;        // per-graph arrays run to slot 4, never plotte
 constexpr int kMargin = 10;      // samples past N in each row and column
 constexpr int kSmallSide = 128;  // pixels of a small picture
 constexpr int kLargeSide = 256;  // pixels of the large picture
+
+// Graph number fields read as formulas of numbers, reporting 1 or 3; the
+// image box's commands take the only graph without reading the field.
+inline constexpr GraphNumberRules kEvaluatedGraph{NumberReading::Evaluated};
+inline constexpr GraphNumberRules kImageCommandGraph{NumberReading::Evaluated, 1, 3, SingleGraph::Taken};
 
 // Side box panels (PicSideBox) by number.
 enum SideBoxPanel : int {
@@ -249,11 +255,6 @@ class Graph2Form final : public Form, public ImageReceiver, private formula::For
   std::vector<float> PackedSamples(int g) const;
   void BuildControls();
   void BuildAnalysisControls();
-  // The graph a number field names, 0-based; -1 after message 1 (past the
-  // last graph) or 3 (below 1, or not a number).
-  int GraphNumber(const std::string& field);
-  // The graph of the image box's commands: the only one, or the field's.
-  int ImageCommandGraph();
   // The graph of the pop-up menu when it holds one; -1 after message 1.
   int HeldPopUpGraph();
   analysis::Plane PlaneOf(int g) const;
@@ -268,9 +269,6 @@ class Graph2Form final : public Form, public ImageReceiver, private formula::For
   void BuildTransformControls();
   // The tool tips that name N or its exponent.
   void SetTransformTips();
-  // The graph a number field names, 0-based; -1 after the message
-  // `failure`, or a beep when it is 0.
-  int GraphField(const std::string& field, int failure);
   std::vector<float> CopyOfGraph(int g) const;
   bool GetTransformParameters(bool& complex, bool& negative, bool& power);
   // Beeps and returns false unless N is a power of two.
@@ -339,6 +337,10 @@ class Graph2Form final : public Form, public ImageReceiver, private formula::For
   bool plotting_ = false;
   float formulaLeft_ = -0.5f, formulaRight_ = 0.5f, formulaStep_ = 1.0f / kDefaultPoints;
   FormulaHistory formulaHistory_;
+  // Graph number fields: their leading number, or with kEvaluatedGraph a
+  // formula of numbers.
+  GraphNumberReader graphNumber_{context_, controls_,
+                                 [this](const std::string& text, bool& failed) { return Value(text, failed); }};
   std::array<std::string, 3> quantParams_{"0|1/2^16|Q|N|B|N|", "Y|1/2^16|Y|N|Y|N|", "N|1/2^16:1/2^8|Y|N|Y|N|"};
   double mouseX_ = 0.0, mouseY_ = 0.0;  // the last point of the pointer, in the picture's coordinates
   std::string cursorText_;

@@ -97,14 +97,6 @@ void Graph2Form::SetTransformTips() {
   for (int k = 0; k < 3; ++k) controls_[IndexedName("Harmonic", k)].tip = half;
 }
 
-int Graph2Form::GraphField(const std::string& field, int failure) {
-  const double g = std::nearbyint(Val(controls_.Text(field))) - 1;
-  if (g >= 0 && g < graphCount_) return static_cast<int>(g);
-  if (failure > 0) context_.ShowError(failure);
-  else context_.Beep();
-  return -1;
-}
-
 std::vector<float> Graph2Form::CopyOfGraph(int g) const {
   const float* values = store_.Row(g);
   return std::vector<float>(values, values + Stride() * static_cast<std::size_t>(n_ + 1));
@@ -143,9 +135,9 @@ void Graph2Form::FourierTransform() {
   if (!PowerOfTwoGrid()) return;
   bool complex = false, negative = false, power = false;
   if (!GetTransformParameters(complex, negative, power)) return;
-  const int real = GraphField(complex ? "RealPart" : "FTGraph", complex ? 0 : 3);
+  const int real = graphNumber_(complex ? "RealPart" : "FTGraph", graphCount_, AnyBadNumber(complex ? 0 : 3));
   if (real < 0) return;
-  const int imaginary = complex ? GraphField("ImagPart", 0) : -1;
+  const int imaginary = complex ? graphNumber_("ImagPart", graphCount_, AnyBadNumber(0)) : -1;
   if (complex && imaginary < 0) return;
   context_.ShowBusy();
   std::vector<float> re = CopyOfGraph(real);
@@ -207,7 +199,7 @@ void Graph2Form::PerformFourierSeries() {
   if (!PowerOfTwoGrid()) return;
   // Sine and cosine series have no two-dimensional form.
   if (controls_.Text("LblPlotSeries") != "Fourier series") return;
-  const int g = GraphField("LblSeriesGraph", 3);
+  const int g = graphNumber_("LblSeriesGraph", graphCount_, AnyBadNumber(3));
   if (g < 0) return;
   fourier::Series2DSetup s;
   const auto harmonic = [&](int k, int limit, int& out) {
@@ -273,7 +265,7 @@ void Graph2Form::PerformWaveletAnalysis() {
 }
 
 bool Graph2Form::WaveletChecks(int& graph, wavelet::WaveletChoice& choice, int& levels) {
-  graph = GraphField("WavGraph", 3);
+  graph = graphNumber_("WavGraph", graphCount_, AnyBadNumber(3));
   if (graph < 0) return false;
   int family = 0;
   if (controls_["WavTypeDaub"].value) family = 1;
@@ -420,9 +412,9 @@ void Graph2Form::PerformConvolution() {
   const std::string& title = controls_.Text("LabConvolve");
   const bool autocorrelation = title == kConvolveTitles[1];
   const bool pair = title == kConvolveTitles[2];
-  const int first = GraphField("ConvGr1", pair ? 0 : 3);
+  const int first = graphNumber_("ConvGr1", graphCount_, AnyBadNumber(pair ? 0 : 3));
   if (first < 0) return;
-  const int second = autocorrelation ? first : GraphField("ConvGr2", pair ? 0 : 3);
+  const int second = autocorrelation ? first : graphNumber_("ConvGr2", graphCount_, AnyBadNumber(pair ? 0 : 3));
   if (second < 0) return;
   const float width = GraphRight(first) - GraphLeft(first);
   const fourier::Plane f{const_cast<float*>(store_.Row(first)), Stride()};
@@ -469,9 +461,9 @@ void Graph2Form::PerformFiltering() {
   const bool complexFilter = controls_["OpFilter(1)"].value != 0;
   // The graphs: one number for real, real and imaginary numbers for complex.
   const auto pick = [&](const char* field, bool complex, int& re, int& im, int message) {
-    re = GraphField(IndexedName(field, complex ? 1 : 0), message);
+    re = graphNumber_(IndexedName(field, complex ? 1 : 0), graphCount_, AnyBadNumber(message));
     if (re < 0) return false;
-    im = complex ? GraphField(IndexedName(field, 2), message) : -1;
+    im = complex ? graphNumber_(IndexedName(field, 2), graphCount_, AnyBadNumber(message)) : -1;
     return !complex || im >= 0;
   };
   int dataRe = 0, dataIm = 0, filtRe = 0, filtIm = 0;
