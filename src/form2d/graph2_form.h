@@ -90,11 +90,19 @@ class Graph2Form final : public Form, public ImageReceiver, private formula::For
   // it. Returns the form that holds it, or null after reporting 72 or 73.
   Graph2Form* DisplayFunction(int points, const float* values, std::size_t stride, float left, float right,
                               float step);
-  // The named call of other kinds: DisplayFunction, true when a form holds
-  // the image.
+  // The named call of other kinds: DisplayFunction on a grid of the image's
+  // side (set here while the form is empty, else on a new form); true when
+  // a form holds the image.
   bool DisplayImage(int points, const float* values, std::size_t stride, float left, float right,
                     float step) override {
-    return DisplayFunction(points, values, stride, left, right, step) != nullptr;
+    Graph2Form* target = this;
+    if (points != n_ && graphCount_ > 0) {
+      target = FormOfSide(points);
+    } else if (points != n_) {
+      SetPoints(points);
+      InitializeDrawWidths();
+    }
+    return target && target->DisplayFunction(points, values, stride, left, right, step) != nullptr;
   }
   Graph2Form* DisplayTwoGraphs(int points, const float* first, const float* second, std::size_t stride, float left,
                                float right, float step);

@@ -22,6 +22,7 @@ void SplitIndexedName(const std::string& full, std::string& base, int& index) {
 }
 
 Control& ControlModel::Add(const std::string& name, ControlKind kind, const std::string& text) {
+  ++changes_;
   Control& c = controls_[name];
   c.kind = kind;
   c.text = text;
@@ -38,7 +39,10 @@ Control& ControlModel::AddOption(const std::string& name, const std::string& cap
 
 Control* ControlModel::Find(const std::string& name) {
   const auto it = controls_.find(name);
-  return it == controls_.end() ? nullptr : &it->second;
+  if (it == controls_.end()) return nullptr;
+  // Whoever holds a writable control may change it.
+  ++changes_;
+  return &it->second;
 }
 
 const Control* ControlModel::Find(const std::string& name) const {

@@ -60,8 +60,14 @@ class ControlModel {
 
   const std::map<std::string, Control>& All() const { return controls_; }
 
+  // Counts the times a control was added or handed out for writing (every
+  // setter goes through that), so that a form's revision follows any change
+  // made through the model. Reading through a const model counts nothing.
+  unsigned long long Changes() const { return changes_; }
+
  private:
   std::map<std::string, Control> controls_;
+  unsigned long long changes_ = 0;
 };
 
 }  // namespace keldo

@@ -140,8 +140,9 @@ class Form {
   const std::string& SideBoxKey() const { return sideBoxKey_; }
   int VisiblePanel() const;
 
-  // Raised after every change a view must show.
-  unsigned long long Revision() const { return revision_; }
+  // Raised after every change a view must show: by Touch, and by itself
+  // whenever the control model changes.
+  unsigned long long Revision() const { return revision_ + controls_.Changes(); }
   void Touch() { ++revision_; }
   // Runs a long command whose matrix loops hand control to the event loop
   // every fourth row, so that the window keeps painting; meanwhile the form

@@ -7,6 +7,7 @@
 #include <QLineEdit>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <utility>
 
 #include "qt/panel_builder.h"
 #include "qt/plot_widget.h"
@@ -93,13 +94,13 @@ bool FormView::eventFilter(QObject* watched, QEvent* event) {
 void FormView::FocusFormulaIfPlotting() {
   const FormLayout& layout = form_.Layout();
   if (layout.focusField.empty()) return;
-  const Control* button = form_.controls().Find(layout.focusWhileEnabled);
+  const Control* button = std::as_const(form_).controls().Find(layout.focusWhileEnabled);
   QWidget* field = builder_->WidgetOf(layout.focusField);
   if (field && button && button->enabled) field->setFocus();
 }
 
 void FormView::Press(const std::string& name) {
-  const Control* c = form_.controls().Find(name);
+  const Control* c = std::as_const(form_).controls().Find(name);
   if (!c || !c->enabled) return;
   form_.Click(name);
   Sync();

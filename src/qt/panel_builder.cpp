@@ -12,6 +12,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QVBoxLayout>
+#include <utility>
 
 namespace keldo::qt {
 namespace {
@@ -64,7 +65,7 @@ QLabel* PanelBuilder::BindLabel(QWidget* parent, const std::string& name, bool b
 
 QWidget* PanelBuilder::MakeWidget(const LayoutNode& node, QWidget* owner) {
   const std::string& name = node.name;
-  const Control* control = form_.controls().Find(name);
+  const Control* control = std::as_const(form_).controls().Find(name);
   if (!control) return nullptr;
   const QString tip = TipOf(node, *control);
   const auto common = [node, this](QWidget* w, const Control& c) {
