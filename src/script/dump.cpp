@@ -40,7 +40,7 @@ std::string NumbersJson(const std::vector<double>& values) {
 }  // namespace
 
 std::string DumpJson(Frame& frame, const Form* form, const std::vector<std::string>& messages,
-                     const std::string& clipboardText) {
+                     const std::string& clipboardText, MatrixValues matrices) {
   std::string out = "{\n";
   if (form) {
     const FormKindInfo* kind = frame.KindInfo(form->Kind());
@@ -59,12 +59,18 @@ std::string DumpJson(Frame& frame, const Form* form, const std::vector<std::stri
         // A matrix: one array per row, row 0 first.
         const std::size_t rows = static_cast<std::size_t>(graphs[g].rows);
         const std::size_t columns = graphs[g].values.size() / rows;
-        out += ", \"values\": [";
-        for (std::size_t i = 0; i < rows; ++i) {
-          const auto first = graphs[g].values.begin() + static_cast<std::ptrdiff_t>(i * columns);
-          out += (i ? ",\n      " : "\n      ") + NumbersJson(std::vector<double>(first, first + static_cast<std::ptrdiff_t>(columns)));
+        out += ", \"rows\": " + std::to_string(rows);
+        if (matrices == MatrixValues::Brief) {
+          out += ", \"columns\": " + std::to_string(columns);
+        } else {
+          out += ", \"values\": [";
+          for (std::size_t i = 0; i < rows; ++i) {
+            const auto first = graphs[g].values.begin() + static_cast<std::ptrdiff_t>(i * columns);
+            const auto last = first + static_cast<std::ptrdiff_t>(columns);
+            out += (i ? ",\n      " : "\n      ") + NumbersJson(std::vector<double>(first, last));
+          }
+          out += "]";
         }
-        out += "]";
       } else {
         out += ", \"values\": " + NumbersJson(graphs[g].values);
       }

@@ -12,7 +12,11 @@ class Form;
 
 namespace keldo::script {
 
+// How much of a matrix a dump writes: its values row by row, or, brief, its
+// shape alone ("rows" and "columns").
+enum class MatrixValues { Full, Brief };
+
 std::string DumpJson(Frame& frame, const Form* form, const std::vector<std::string>& messages,
-                     const std::string& clipboardText);
+                     const std::string& clipboardText, MatrixValues matrices = MatrixValues::Full);
 
 }  // namespace keldo::script

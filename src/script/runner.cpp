@@ -292,10 +292,14 @@ bool Runner::RunSet(const std::vector<std::string>& words, std::string& reason) 
 }
 
 bool Runner::RunDump(const std::vector<std::string>& words, std::string& reason) {
-  if (words.size() > 2) { reason = "dump takes an optional path"; return false; }
-  const std::string json = DumpJson(frame_, frame_.Current(), messages_, platform_.clipboard.Text());
+  // dump [PATH] [brief]
+  const bool brief = words.size() >= 2 && words.back() == "brief";
+  const std::size_t pathWords = words.size() - 1 - (brief ? 1 : 0);
+  if (pathWords > 1) { reason = "dump takes an optional path"; return false; }
+  const std::string json = DumpJson(frame_, frame_.Current(), messages_, platform_.clipboard.Text(),
+                                    brief ? MatrixValues::Brief : MatrixValues::Full);
   messages_.clear();
-  if (words.size() == 2) {
+  if (pathWords == 1) {
     std::ofstream file(words[1], std::ios::binary);
     file << json;
     if (!file) { reason = "cannot write " + words[1]; return false; }

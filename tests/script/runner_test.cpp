@@ -36,6 +36,31 @@ TEST(Runner, NewFormAndDump) {
   EXPECT_TRUE(r.err.str().empty());
 }
 
+TEST(Runner, EveryKindIsMadeByItsWord) {
+  Script r;
+  EXPECT_EQ(r("new workshop\ndump brief\nnew spectrogram\ndump brief\nnew AUDIO\ndump brief\n"), 0);
+  const std::string json = r.out.str();
+  EXPECT_NE(json.find("\"kind\": \"workshop\""), std::string::npos);
+  EXPECT_NE(json.find("\"caption\": \"Wavelet Image Compression Workshop\""), std::string::npos);
+  EXPECT_NE(json.find("\"kind\": \"spectrogram\""), std::string::npos);
+  EXPECT_NE(json.find("\"caption\": \"Spectrogram  1\""), std::string::npos);
+  EXPECT_NE(json.find("\"kind\": \"audio\""), std::string::npos);
+  EXPECT_TRUE(r.err.str().empty());
+}
+
+TEST(Runner, ABriefDumpGivesTheShapeOfAMatrixInsteadOfItsValues) {
+  Script r;
+  ASSERT_EQ(r("new 2d\nmenu mnu64\nmenu mnuPlot\nset Formula \"x+y\"\ngo\ndump brief\ndump\n"), 0) << r.err.str();
+  const std::string json = r.out.str();
+  const std::size_t second = json.find("}\n{\n");
+  ASSERT_NE(second, std::string::npos);
+  const std::string brief = json.substr(0, second), full = json.substr(second);
+  EXPECT_NE(brief.find("\"rows\": 65, \"columns\": 65"), std::string::npos) << brief.substr(0, 400);
+  EXPECT_EQ(brief.find("\"values\""), std::string::npos);
+  // The full dump: 65 rows of 65 values, the first row y = -1/2 from x = -1/2.
+  EXPECT_NE(full.find("\"rows\": 65, \"values\": [\n      [-1, -0.984375,"), std::string::npos) << full.substr(0, 400);
+}
+
 TEST(Runner, UnknownCommandStopsWithTwoAndTheLineNumber) {
   Script r;
   EXPECT_EQ(r("new 1d\n# comment\n\nfrobnicate now\ndump\n"), 2);
