@@ -225,6 +225,10 @@ void Graph2Form::BindCommands() {
   OnMenu("mnuCopyGraph", [this](int) { CopyTheGraph(); });
   OnMenu("mnuPasteGraph", [this](int) { PasteTheGraph(); });
   OnMenu("mnuClip", [this](int) { ClipTheGraph(); });
+  OnMenu("mnuWorkshop", [this](int) {
+    int code = 0;
+    if (!context_.NewForm(FormKind::Workshop, code)) context_.ReportFactoryFailure(code);
+  });
   OnMenu("mnuDeleteGraph", [this](int) {
     if (popUpGraph_ < graphCount_) DeleteGraph(popUpGraph_);
   });

@@ -85,6 +85,18 @@ TEST(FormKinds, NewItemsOfAFormMakeTheKindOfTheirPlace) {
   EXPECT_EQ(t.frame.Current()->Kind(), FormKind::Graph2);
 }
 
+TEST(FormKinds, TheTwoDimensionalFormOpensTheWorkshopFromItsGraphMenu) {
+  TestFrame t;
+  int code = 0;
+  Form* form = t.frame.NewForm(FormKind::Graph2, code);
+  ASSERT_NE(form, nullptr);
+  EXPECT_TRUE(form->controls()["mnuWorkshop"].enabled);
+  ASSERT_TRUE(form->RunMenu("mnuWorkshop"));
+  ASSERT_EQ(t.frame.OpenForms().size(), 2u);
+  EXPECT_EQ(t.frame.Current()->Kind(), FormKind::Workshop);
+  EXPECT_TRUE(t.lines.empty());
+}
+
 TEST(NamedCalls, AKindThatDoesNotAnswerTheCallLeavesNoForm) {
   TestFrame t;
   EXPECT_EQ(NewFormFor<WaveFileReceiver>(t.frame, FormKind::Graph1), nullptr);
