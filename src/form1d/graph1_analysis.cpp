@@ -1,11 +1,15 @@
-// The measuring commands of the one-dimensional form: norms, differences,
-// integrals, scalar products, the derivative, statistics, histogram, energy,
+// The measuring commands of the one-dimensional form: the arithmetic of the
+// kit's measuring box over the form's window (norms, differences, integrals,
+// scalar products, statistics), and the derivative, histogram, energy,
 // rearrangement and quantization.
 
+#include <array>
 #include <cmath>
+#include <memory>
 
 #include "analysis/measures.h"
 #include "kit/form_context.h"
+#include "kit/measuring_box.h"
 #include "common/number_text.h"
 #include "form1d/graph1_form.h"
 
@@ -20,31 +24,94 @@ const std::vector<std::string>& QuantLevels() {
   return kLevels;
 }
 
+analysis::NormKind NormKindOf(MeasureNorm kind) {
+  return kind == MeasureNorm::Sup ? analysis::NormKind::Sup
+         : kind == MeasureNorm::Var ? analysis::NormKind::Var
+                                    : analysis::NormKind::Power;
+}
+
+// The measures of the analysis and statistics boxes: over the samples of a
+// graph inside the form's window, the second graph of two read with the
+// first one's indices.
+class WindowMeasures final : public MeasureSource {
+ public:
+  WindowMeasures(Graph1Form& form, const GraphNumberReader& read) : form_(form), read_(read) {}
+
+  int Graph(const std::string& field, const GraphNumberRules& rules) override {
+    return read_(field, form_.GraphCount(), rules);
+  }
+  double Number(const std::string& text) override { return form_.VALU(text); }
+  bool Compatible(int, int) override { return true; }
+  double Integral(int g) override { return analysis::Integral(Of(g), Inside(g)); }
+  double ScalarProduct(int g, int g2) override {
+    return analysis::ScalarProduct(Of(g), form_.GraphValues(g2), Inside(g));
+  }
+  double Norm(int g, int minus, MeasureNorm kind, double p) override {
+    return analysis::NormOf(Of(g), minus < 0 ? nullptr : form_.GraphValues(minus), Inside(g), NormKindOf(kind), p);
+  }
+  double Normalized(int g, double norm, double p) override {
+    return norm / analysis::ROOT(form_.GraphRight(g) - form_.GraphLeft(g), p);
+  }
+  // Relative to the second graph's norm.
+  double Relative(int g, int g2, double difference, MeasureNorm kind, double p, bool& divisionByZero) override {
+    const analysis::Sampled second{form_.GraphValues(g2), form_.Points(), form_.GraphLeft(g), form_.GraphStep(g)};
+    char flag = 'N';
+    const double value =
+        analysis::RNorm(difference, analysis::NormOf(second, nullptr, Inside(g), NormKindOf(kind), p), flag);
+    divisionByZero = flag == 'Z';
+    return value;
+  }
+  std::string SignalToNoise(int, int) override { return ""; }
+  // Fewer than two samples in the window report 55.
+  int Statistics(int g, std::string& report) override {
+    analysis::Statistics stats;
+    if (!analysis::ComputeStatistics(Of(g), Inside(g), stats)) return 55;
+    report = analysis::StatisticsReport(stats);
+    return 0;
+  }
+
+ private:
+  analysis::Sampled Of(int g) const {
+    return {form_.GraphValues(g), form_.Points(), form_.GraphLeft(g), form_.GraphStep(g)};
+  }
+  std::vector<bool> Inside(int g) const {
+    const std::array<double, 4> window = form_.Window();
+    return analysis::InWindow(Of(g), window[0], window[1]);
+  }
+
+  Graph1Form& form_;
+  const GraphNumberReader& read_;
+};
+
 }  // namespace
 
+const MeasuringBoxStyle kMeasuringBox{"Graph:",
+                                      {"Sup norm", "Var-Norm", "Power norm.  Power:"},
+                                      "ChkNormalized",
+                                      "Normalized",
+                                      "",
+                                      false,
+                                      false,
+                                      false,
+                                      true,
+                                      GraphNumberRules{},
+                                      AnyBadNumber(1, NumberReading::Evaluated),
+                                      "Remarks(1)"};
+
 void Graph1Form::BuildAnalysisControls() {
-  controls_.Add("TxtAnGr2", ControlKind::Text, "2").tip = "The number of the second graph.";
-  const std::pair<const char*, const char*> norms[] = {
-      {"OptSupNorm", "Sup norm"}, {"OpVarNorm", "Var-Norm"}, {"OptPowerNorm", "Power norm.  Power:"}};
-  for (const auto& [name, caption] : norms)
-    controls_.AddOption(name, caption, "NormKind", std::string(name) == "OptPowerNorm");
-  controls_.Add("NormPower", ControlKind::Text, "2").tip = "The power p of the norm, 1 or more.";
-  controls_.Add("ChkNormalized", ControlKind::Check, "Normalized");
-  controls_.AddOption("AbsNorm", "Absolute", "NormDifference", true);
-  controls_.AddOption("RelNorm", "Relative", "NormDifference");
-  controls_.Add("AnalysisText", ControlKind::Text, "");
+  AddMeasuringControls(controls_, kMeasuringBox);
+  measures_ = std::make_unique<WindowMeasures>(*this, graphNumber_);
   Control& levels = controls_.Add("ComboQuantLevel", ControlKind::List, "8-bit (256 levels)");
   levels.items = QuantLevels();
   levels.value = 2;
   controls_.Add("chkHistGram(0)", ControlKind::Check, "Include sign bit").value = 1;
   controls_.Add("chkHistGram(1)", ControlKind::Check, "Include zero values.");
   controls_.Add("chkEPerc", ControlKind::Check, "Percentage");
-
 }
 
 bool Graph1Form::PerformMeasurement(const std::string& title) {
-  if (title == "Norm" || title == "Norm difference" || title == "Integral" || title == "Scalar product") {
-    Measure(title);
+  if (IsMeasure(title)) {
+    RunMeasure(*this, *measures_, title, kMeasuringBox);
     return true;
   }
   const bool one = title == "Derivative" || title == "Histogram" || title == "Energy graph" ||
@@ -82,79 +149,6 @@ bool Graph1Form::PerformMeasurement(const std::string& title) {
                  GraphStep(g));
   }
   return true;
-}
-
-void Graph1Form::Measure(const std::string& title) {
-  const int g = graphNumber_("TxtAnGr1", graphCount_);
-  if (g < 0) return;
-  const bool two = title == "Norm difference" || title == "Scalar product";
-  const int g2 = two ? graphNumber_("TxtAnGr2", graphCount_) : g;
-  if (g2 < 0) return;
-  const analysis::Sampled s{GraphValues(g), n_, GraphLeft(g), GraphStep(g)};
-  const std::vector<bool> inside = analysis::InWindow(s, winLeft_, winRight_);
-  std::string label;
-  double value = 0.0;
-  if (title == "Integral") {
-    label = "Integral";
-    value = analysis::Integral(s, inside);
-  } else if (title == "Scalar product") {
-    label = "Scalar product";
-    value = analysis::ScalarProduct(s, GraphValues(g2), inside);
-  } else {
-    analysis::NormKind kind = analysis::NormKind::Power;
-    const double p = VALU(controls_.Text("NormPower"));
-    if (controls_["OptSupNorm"].value) {
-      kind = analysis::NormKind::Sup;
-      label = "Sup-Norm";
-    } else if (controls_["OpVarNorm"].value) {
-      kind = analysis::NormKind::Var;
-      label = "Var-Norm";
-    } else {
-      label = PlainNumber(p) + "-Norm";
-    }
-    if (title == "Norm") {
-      value = analysis::NormOf(s, nullptr, inside, kind, p);
-      if (kind == analysis::NormKind::Power && controls_["ChkNormalized"].value) {
-        value /= analysis::ROOT(GraphRight(g) - GraphLeft(g), p);
-        label = "Normalized " + label;
-      }
-    } else {
-      label += " difference";
-      value = analysis::NormOf(s, GraphValues(g2), inside, kind, p);
-      if (controls_["RelNorm"].value) {
-        label = "Relative " + label;
-        const analysis::Sampled s2{GraphValues(g2), n_, GraphLeft(g), GraphStep(g)};
-        char flag = 'N';
-        value = analysis::RNorm(value, analysis::NormOf(s2, nullptr, inside, kind, p), flag);
-        if (flag == 'Z') {
-          controls_.SetText("AnalysisText", label + " error.  Division by zero");
-          Touch();
-          return;
-        }
-      }
-      if (!std::isfinite(value)) {
-        controls_.SetText("AnalysisText", label + " error.  Overflow");
-        Touch();
-        return;
-      }
-    }
-  }
-  controls_.SetText("AnalysisText", label + "\r\n" + PlainNumber(value));
-  Touch();
-}
-
-void Graph1Form::StatisticsCommand() {
-  // Any number that names no graph reports 1.
-  const int g = graphNumber_("TxtGraphStat", graphCount_, AnyBadNumber(1, NumberReading::Evaluated));
-  if (g < 0) return;
-  const analysis::Sampled s{GraphValues(g), n_, GraphLeft(g), GraphStep(g)};
-  analysis::Statistics stats;
-  if (!analysis::ComputeStatistics(s, analysis::InWindow(s, winLeft_, winRight_), stats)) {
-    context_.ShowError(55);
-    return;
-  }
-  controls_.SetText("Remarks(1)", analysis::StatisticsReport(stats));
-  Touch();
 }
 
 }  // namespace keldo::form1d

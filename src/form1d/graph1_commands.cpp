@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "kit/form_context.h"
+#include "kit/measuring_box.h"
 #include "kit/quantization_box.h"
 #include "common/number_text.h"
 #include "form1d/graph1_form.h"
@@ -248,15 +249,7 @@ void Graph1Form::OpenAnalysis(const SideBoxCommand& box) {
   controls_.SetText("AnalysisLabel", title);
   PresetGraphNumber();
   // The fields each command reads.
-  const bool norm = title == "Norm", difference = title == "Norm difference";
-  const bool measured = norm || difference || title == "Integral" || title == "Scalar product";
-  controls_.SetVisible("TxtAnGr2", difference || title == "Scalar product");
-  for (const char* name : {"OptSupNorm", "OpVarNorm", "OptPowerNorm", "NormPower"})
-    controls_.SetVisible(name, norm || difference);
-  controls_.SetVisible("ChkNormalized", norm);
-  controls_.SetVisible("AbsNorm", difference);
-  controls_.SetVisible("RelNorm", difference);
-  controls_.SetVisible("AnalysisText", measured);
+  ShowMeasuringFields(controls_, title, kMeasuringBox);
   const bool histogram = title == "Histogram";
   controls_.SetVisible("ComboQuantLevel", histogram);
   controls_.SetVisible("chkHistGram(0)", histogram);

@@ -13,6 +13,7 @@
 #include "kit/formula_history.h"
 #include "kit/graph_number.h"
 #include "kit/graph_store.h"
+#include "kit/measuring_box.h"
 #include "kit/named_calls.h"
 #include "kit/pointer_trace.h"
 #include "form1d/graph_files.h"
@@ -43,6 +44,9 @@ constexpr int kSlack = 10;  // samples of slack after point N in every row
 // The graph a one-graph command works on: the only one, or the number in
 // TxtAnGr1 as a formula of numbers, reporting 1 or 3.
 inline constexpr GraphNumberRules kOneGraphCommand{NumberReading::Evaluated, 1, 3, SingleGraph::TakenOrNone};
+
+// The measuring box of the analysis panel, and of the statistics box.
+extern const MeasuringBoxStyle kMeasuringBox;
 
 // Side box panels (PicSideBox) by number.
 enum SideBoxPanel : int {
@@ -200,8 +204,6 @@ class Graph1Form final : public Form, public OneDimensionalReceiver, private for
   void MedianCommand(bool adaptive);
   void DownsampleCommand();
   void InterpolateCommand(bool ddScheme);
-  // Measurements.
-  void StatisticsCommand();
 
   // Sound.
   void InitializeSound(int bits);
@@ -273,7 +275,6 @@ class Graph1Form final : public Form, public OneDimensionalReceiver, private for
   bool SoundSettings(double& volume, int& rate);
   // The measuring titles of the analysis box; false for another title.
   bool PerformMeasurement(const std::string& title);
-  void Measure(const std::string& title);
   // The checks every wavelet command makes, in order; false after a message.
   bool WaveletChecks(bool series, int& graph, wavelet::WaveletChoice& choice, int& levels);
   bool ReadThresholds(int levels, wavelet::ThresholdSetup& setup);
@@ -358,6 +359,8 @@ class Graph1Form final : public Form, public OneDimensionalReceiver, private for
   // Graph number fields: their leading number, or with kOneGraphCommand a
   // formula of numbers.
   GraphNumberReader graphNumber_{context_, controls_, [this](const std::string& text, bool&) { return VALU(text); }};
+  // The measuring box's arithmetic over this form's window.
+  std::unique_ptr<MeasureSource> measures_;
   std::array<std::string, 3> quantParams_{"0|1/2^16|Q|N|B|N|", "Y|1/2^16|Y|N|Y|N|", "N|1/2^16:1/2^8|Y|N|Y|N|"};
 
   formula::FormulaState formula_;

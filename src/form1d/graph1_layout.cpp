@@ -16,10 +16,13 @@ LayoutNode GraphPanel() {
 }
 
 LayoutNode AnalysisPanel() {
-  return Rows({Title("AnalysisLabel"), Field("Graph:", "TxtAnGr1"), Field("Graph 2:", "TxtAnGr2"),
-               Item("OptSupNorm"), Item("OpVarNorm"), Pair("OptPowerNorm", "NormPower"), Item("ChkNormalized"),
-               Item("AbsNorm"), Item("RelNorm"), Item("chkHistGram(0)"), Item("chkHistGram(1)"), Item("chkEPerc"),
-               Field("Quantization:", "ComboQuantLevel"), Item("GoButton(5)"), Item("AnalysisText", F::kLabel)});
+  // The measuring box's fields, then those of the histogram and the energy graph.
+  std::vector<LayoutNode> rows = MeasuringFields(kMeasuringBox);
+  rows.insert(rows.begin(), Title("AnalysisLabel"));
+  rows.insert(rows.end(), {Item("chkHistGram(0)"), Item("chkHistGram(1)"), Item("chkEPerc"),
+                           Field("Quantization:", "ComboQuantLevel"), Item("GoButton(5)"),
+                           Item("AnalysisText", F::kLabel)});
+  return Rows(std::move(rows));
 }
 
 LayoutNode CalculatorPanel() {

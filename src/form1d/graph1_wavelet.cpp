@@ -60,7 +60,7 @@ void Graph1Form::OpenStatistics(const SideBoxCommand& box) {
 
 void Graph1Form::InterpolateGo() {
   const std::string& title = controls_.Text("AnalysisLabel");
-  if (title == "Statistics") StatisticsCommand();
+  if (title == "Statistics") RunStatistics(*this, *measures_, kMeasuringBox);
   else InterpolateCommand(title == "D-D 4,2 Interpolate");
 }
 

@@ -11,6 +11,7 @@
 #include "form2d/graph2_form.h"
 #include "form2d/image_files.h"
 #include "kit/form_context.h"
+#include "kit/measuring_box.h"
 #include "kit/named_calls.h"
 #include "kit/typed_forms.h"
 #include "wavelet/wavelet2d.h"
@@ -26,29 +27,98 @@ const std::vector<std::string>& QuantLevels() {
   return kLevels;
 }
 
-bool Measures(const std::string& title) {
-  return title == "Norm difference" || title == "Norm" || title == "Integral" || title == "Scalar product";
+analysis::NormKind NormKindOf(MeasureNorm kind) {
+  return kind == MeasureNorm::Sup ? analysis::NormKind::Sup
+         : kind == MeasureNorm::Var ? analysis::NormKind::Var
+                                    : analysis::NormKind::Power;
 }
 
+// The measures of the analysis and statistics boxes: over the samples of a
+// graph inside its view window, the second graph of two read with the same
+// indices.
+class ViewWindowMeasures final : public MeasureSource {
+ public:
+  ViewWindowMeasures(Graph2Form& form, const GraphNumberReader& read) : form_(form), read_(read) {}
+
+  int Graph(const std::string& field, const GraphNumberRules& rules) override {
+    return read_(field, form_.NumGraphsPlotted(), rules);
+  }
+  double Number(const std::string& text) override {
+    bool failed = false;
+    return form_.Value(text, failed);
+  }
+  // Two graphs over other domains report 2.
+  bool Compatible(int g, int g2) override {
+    if (form_.GraphLeft(g) == form_.GraphLeft(g2) && form_.GraphRight(g) == form_.GraphRight(g2) &&
+        form_.GraphStep(g) == form_.GraphStep(g2))
+      return true;
+    form_.context().ShowError(2);
+    return false;
+  }
+  double Integral(int g) override { return analysis::PlaneIntegral(form_.PlaneOf(g), form_.ViewWindowRange(g)); }
+  double ScalarProduct(int g, int g2) override {
+    return analysis::PlaneScalarProduct(form_.PlaneOf(g), form_.GraphValues(g2), form_.ViewWindowRange(g));
+  }
+  double Norm(int g, int minus, MeasureNorm kind, double p) override {
+    return analysis::PlaneNorm(form_.PlaneOf(g), minus < 0 ? nullptr : form_.GraphValues(minus),
+                               form_.ViewWindowRange(g), NormKindOf(kind), p);
+  }
+  // Over the norm of 1 on the square.
+  double Normalized(int g, double norm, double p) override {
+    const double side = static_cast<double>(form_.GraphRight(g)) - form_.GraphLeft(g);
+    return norm / analysis::ROOT(side * side, p);
+  }
+  // Relative to the first graph's norm.
+  double Relative(int g, int, double difference, MeasureNorm kind, double p, bool& divisionByZero) override {
+    char flag = 'N';
+    const double value = analysis::RNorm(
+        difference, analysis::PlaneNorm(form_.PlaneOf(g), nullptr, form_.ViewWindowRange(g), NormKindOf(kind), p),
+        flag);
+    divisionByZero = flag == 'Z';
+    return value;
+  }
+  std::string SignalToNoise(int g, int g2) override {
+    double signal = 0.0, noise = 0.0;
+    analysis::PlaneSignalAndNoise(form_.PlaneOf(g), form_.GraphValues(g2), form_.ViewWindowRange(g), signal, noise);
+    return analysis::SafeSNR(signal, noise);
+  }
+  // Nothing to show for fewer than two samples; 55 when they overflow.
+  int Statistics(int g, std::string& report) override {
+    const std::vector<double> values = analysis::PlaneValues(form_.PlaneOf(g), form_.ViewWindowRange(g));
+    analysis::Statistics stats;
+    if (!analysis::StatisticsOf(values, stats)) return -1;
+    if (!std::isfinite(stats.variance) || !std::isfinite(stats.mean)) return 55;
+    report = analysis::StatisticsReport(stats, "Samples used = ");
+    return 0;
+  }
+
+ private:
+  Graph2Form& form_;
+  const GraphNumberReader& read_;
+};
+
 }  // namespace
+
+const MeasuringBoxStyle kMeasuringBox{"Graph 1:",
+                                      {"Sup-Norm", "Var-Norm", "Power Norm.  Power:"},
+                                      "ChkNormalize",
+                                      "Normalize",
+                                      "Divides by the same norm of 1 over the square.",
+                                      true,
+                                      true,
+                                      true,
+                                      false,
+                                      kEvaluatedGraph,
+                                      kEvaluatedGraph,
+                                      "txtStats"};
 
 void Graph2Form::BuildAnalysisControls() {
   controls_.Add("AnalysisLabel", ControlKind::Label, "Norm");
   controls_.Add("TxtAnGr1", ControlKind::Text, "1").tip = "The number of the graph.";
-  controls_.Add("TxtAnGr2", ControlKind::Text, "2").tip = "The number of the second graph.";
-  const std::pair<const char*, const char*> norms[] = {{"OptSupNorm", "Sup-Norm"},
-                                                       {"OpVarNorm", "Var-Norm"},
-                                                       {"OptPowerNorm", "Power Norm.  Power:"},
-                                                       {"OpSNR", "SNR"}};
-  for (const auto& [name, caption] : norms)
-    controls_.AddOption(name, caption, "NormKind", std::string(name) == "OptPowerNorm");
-  controls_.Add("NormPower", ControlKind::Text, "2").tip = "The power p of the norm, 1 or more.";
-  controls_.Add("ChkNormalize", ControlKind::Check, "Normalize").tip = "Divides by the same norm of 1 over the square.";
-  controls_.AddOption("AbsNorm", "Absolute", "NormDifference", true);
-  controls_.AddOption("RelNorm", "Relative", "NormDifference");
+  AddMeasuringControls(controls_, kMeasuringBox);
+  measures_ = std::make_unique<ViewWindowMeasures>(*this, graphNumber_);
   Control& go7 = controls_.Add("GoButton(7)", ControlKind::Button, "&Compute");
   go7.tip = "Computes the measure over the view window.";
-  controls_.Add("AnalysisText", ControlKind::Text, "");
   controls_.Add("txtStats", ControlKind::Text, "").visible = false;
   // The histogram.
   controls_.Add("LabHistogram", ControlKind::Label, "Histogram:  Graph 1");
@@ -82,98 +152,14 @@ int Graph2Form::HeldPopUpGraph() {
 void Graph2Form::OpenAnalysis(const SideBoxCommand& box) {
   const std::string title = box.topic;
   controls_.SetText("AnalysisLabel", title);
-  const bool two = title == "Norm difference" || title == "Scalar product";
-  const bool norm = title == "Norm" || title == "Norm difference";
-  controls_.SetVisible("TxtAnGr2", two);
-  for (const char* name : {"OptSupNorm", "OpVarNorm", "OptPowerNorm", "NormPower"}) controls_.SetVisible(name, norm);
-  controls_.SetVisible("OpSNR", title == "Norm difference");
-  if (title == "Norm" && controls_["OpSNR"].value) controls_.SetFromUser("OptPowerNorm", "1");
-  controls_.SetVisible("ChkNormalize", title == "Norm");
-  controls_.SetVisible("AbsNorm", title == "Norm difference");
-  controls_.SetVisible("RelNorm", title == "Norm difference");
+  ShowMeasuringFields(controls_, title, kMeasuringBox);
   controls_.SetText("AnalysisText", "");
   Touch();
 }
 
 void Graph2Form::PerformAnalysis() {
   const std::string title = controls_.Text("AnalysisLabel");
-  if (Measures(title)) Measure(title);
-}
-
-void Graph2Form::Measure(const std::string& title) {
-  const int g = graphNumber_("TxtAnGr1", graphCount_, kEvaluatedGraph);
-  if (g < 0) return;
-  const bool two = title == "Norm difference" || title == "Scalar product";
-  const int g2 = two ? graphNumber_("TxtAnGr2", graphCount_, kEvaluatedGraph) : g;
-  if (g2 < 0) return;
-  const auto s = static_cast<std::size_t>(g), s2 = static_cast<std::size_t>(g2);
-  if (two && (store_.a[s] != store_.a[s2] || store_.b[s] != store_.b[s2] || store_.h[s] != store_.h[s2])) {
-    context_.ShowError(2);
-    return;
-  }
-  controls_.SetText("AnalysisText", "Computing...");
-  Touch();
-  const analysis::Plane plane = PlaneOf(g);
-  const analysis::PlaneRange range = ViewWindowRange(g);
-  const float* other = store_.Row(g2);
-  std::string label;
-  double value = 0.0;
-  if (title == "Integral") {
-    label = "Integral";
-    value = analysis::PlaneIntegral(plane, range);
-  } else if (title == "Scalar product") {
-    label = "Scalar product";
-    value = analysis::PlaneScalarProduct(plane, other, range);
-  } else {
-    if (title == "Norm difference" && controls_["OpSNR"].value) {
-      double signal = 0.0, noise = 0.0;
-      analysis::PlaneSignalAndNoise(plane, other, range, signal, noise);
-      controls_.SetText("AnalysisText", analysis::SafeSNR(signal, noise));
-      Touch();
-      return;
-    }
-    analysis::NormKind kind = analysis::NormKind::Power;
-    bool failed = false;
-    const double p = Value(controls_.Text("NormPower"), failed);
-    if (controls_["OptSupNorm"].value) {
-      kind = analysis::NormKind::Sup;
-      label = "Sup-Norm";
-    } else if (controls_["OpVarNorm"].value) {
-      kind = analysis::NormKind::Var;
-      label = "Var-Norm";
-    } else {
-      label = PlainNumber(p) + "-Norm";
-    }
-    controls_.SetText("AnalysisText", "Computing.....");
-    if (title == "Norm") {
-      value = analysis::PlaneNorm(plane, nullptr, range, kind, p);
-      if (kind == analysis::NormKind::Power && controls_["ChkNormalize"].value) {
-        const double side = static_cast<double>(store_.b[s]) - store_.a[s];
-        value /= analysis::ROOT(side * side, p);
-        label = "Normalized " + label;
-      }
-    } else {
-      label += " difference";
-      value = analysis::PlaneNorm(plane, other, range, kind, p);
-      if (controls_["RelNorm"].value) {
-        label = "Relative " + label;
-        char flag = 'N';
-        value = analysis::RNorm(value, analysis::PlaneNorm(plane, nullptr, range, kind, p), flag);
-        if (flag == 'Z') {
-          controls_.SetText("AnalysisText", label + " error.  Division by zero");
-          Touch();
-          return;
-        }
-      }
-    }
-  }
-  if (!std::isfinite(value)) {
-    controls_.SetText("AnalysisText", label + " error.  Overflow");
-    Touch();
-    return;
-  }
-  controls_.SetText("AnalysisText", label + "\r\n" + PlainNumber(value));
-  Touch();
+  if (IsMeasure(title)) RunMeasure(*this, *measures_, title, kMeasuringBox);
 }
 
 // ---------------------------------------------------- the image box's commands
@@ -203,25 +189,11 @@ void Graph2Form::OpenImageCommand(const SideBoxCommand& box) {
 void Graph2Form::ImageGo() {
   const std::string title = controls_.Text("Label(16)");
   if (title == "Image zoom") Zoom();
-  else if (title == "Statistics") ComputeStatistics();
+  else if (title == "Statistics") RunStatistics(*this, *measures_, kMeasuringBox);
   else if (title == "Down sample") Downsample();
   else if (title == "Quantize (8-bit image)") Quantize8Bit();
   else if (title == "Haar Interpolate") Interpolate(false);
   else if (title == "D-D 4,2 Interpolate") Interpolate(true);
-}
-
-void Graph2Form::ComputeStatistics() {
-  const int g = graphNumber_("TxtGraphStat", graphCount_, kEvaluatedGraph);
-  if (g < 0) return;
-  const std::vector<double> values = analysis::PlaneValues(PlaneOf(g), ViewWindowRange(g));
-  analysis::Statistics stats;
-  if (!analysis::StatisticsOf(values, stats)) return;
-  if (!std::isfinite(stats.variance) || !std::isfinite(stats.mean)) {
-    context_.ShowError(55);
-    return;
-  }
-  controls_.SetText("txtStats", analysis::StatisticsReport(stats, "Samples used = "));
-  Touch();
 }
 
 void Graph2Form::Quantize8Bit() {

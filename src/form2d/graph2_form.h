@@ -18,6 +18,7 @@
 #include "kit/formula_history.h"
 #include "kit/graph_number.h"
 #include "kit/graph_store.h"
+#include "kit/measuring_box.h"
 #include "kit/named_calls.h"
 
 namespace keldo::form2d {
@@ -35,6 +36,9 @@ constexpr int kLargeSide = 256;  // pixels of the large picture
 // image box's commands take the only graph without reading the field.
 inline constexpr GraphNumberRules kEvaluatedGraph{NumberReading::Evaluated};
 inline constexpr GraphNumberRules kImageCommandGraph{NumberReading::Evaluated, 1, 3, SingleGraph::Taken};
+
+// The measuring box of the analysis panel, and of the image box's statistics.
+extern const MeasuringBoxStyle kMeasuringBox;
 
 // Side box panels (PicSideBox) by number.
 enum SideBoxPanel : int {
@@ -244,7 +248,9 @@ class Graph2Form final : public Form, public ImageReceiver, private formula::For
 
   // Measures over the view window, and new graphs of other grey depth or side.
   void PerformAnalysis();
-  void ComputeStatistics();
+  // Graph g as the measures read it, and the part of it its view window shows.
+  analysis::Plane PlaneOf(int g) const;
+  analysis::PlaneRange ViewWindowRange(int g) const;
   void Quantize8Bit();
   void Downsample();
   // One inverse level of Haar, or of D-D 4,2 with `dd42`, onto twice the side.
@@ -265,10 +271,7 @@ class Graph2Form final : public Form, public ImageReceiver, private formula::For
   void BuildAnalysisControls();
   // The graph of the pop-up menu when it holds one; -1 after message 1.
   int HeldPopUpGraph();
-  analysis::Plane PlaneOf(int g) const;
-  analysis::PlaneRange ViewWindowRange(int g) const;
   void OpenAnalysis(const SideBoxCommand& box);
-  void Measure(const std::string& title);
   void OpenImageCommand(const SideBoxCommand& box);
   void OpenHistogram(const SideBoxCommand& box);
   void OpenSaveOptionsBox(const SideBoxCommand& box);
@@ -349,6 +352,8 @@ class Graph2Form final : public Form, public ImageReceiver, private formula::For
   // formula of numbers.
   GraphNumberReader graphNumber_{context_, controls_,
                                  [this](const std::string& text, bool& failed) { return Value(text, failed); }};
+  // The measuring box's arithmetic over the view windows.
+  std::unique_ptr<MeasureSource> measures_;
   std::array<std::string, 3> quantParams_{"0|1/2^16|Q|N|B|N|", "Y|1/2^16|Y|N|Y|N|", "N|1/2^16:1/2^8|Y|N|Y|N|"};
   double mouseX_ = 0.0, mouseY_ = 0.0;  // the last point of the pointer, in the picture's coordinates
   std::string cursorText_;

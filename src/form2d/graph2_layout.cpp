@@ -19,6 +19,13 @@ LayoutNode FilteringPanel() {
                  Item("GoButton(6)")});
 }
 
+LayoutNode AnalysisPanel() {
+  std::vector<LayoutNode> rows = MeasuringFields(kMeasuringBox);
+  rows.insert(rows.begin(), Title("AnalysisLabel"));
+  rows.insert(rows.end(), {Item("GoButton(7)"), Item("AnalysisText", F::kLabel)});
+  return Rows(std::move(rows));
+}
+
 FormLayout MakeLayout() {
   FormLayout l;
   std::vector<LayoutNode> frames;
@@ -41,11 +48,7 @@ FormLayout MakeLayout() {
       {kPanelImage, Rows({Title("Label(16)"), Field("Graph:", "TxtGraphStat"), Field("Column:", "txtZoomCoord(0)"),
                           Field("Row:", "txtZoomCoord(1)"), Item("GoButton(11)"), Item("GoButton(12)"),
                           Item("GoButton(13)"), Item("txtStats", F::kMultiLine | F::kReadOnly)})},
-      {kPanelAnalysis,
-       Rows({Title("AnalysisLabel"), Field("Graph 1:", "TxtAnGr1"), Field("Graph 2:", "TxtAnGr2"),
-             Item("OptSupNorm"), Item("OpVarNorm"), Pair("OptPowerNorm", "NormPower"), Item("OpSNR"),
-             Item("ChkNormalize"), Item("AbsNorm"), Item("RelNorm"), Item("GoButton(7)"),
-             Item("AnalysisText", F::kLabel)})},
+      {kPanelAnalysis, AnalysisPanel()},
       {kPanelHistogram, Rows({Title("LabHistogram"), Field("Quantization:", "ComboQuantLevel"),
                               Item("chkHistGram(0)"), Item("chkHistGram(1)"), Item("GoButton(10)")})},
       {kPanelTrace, Column(std::move(frames))},
