@@ -30,9 +30,6 @@ constexpr const char* kDisplayOptions[7] = {"Graph paper", "Axes", "Blank", "Lin
 constexpr const char* kMoveCaptions[7] = {"|<", "<<", "<", "o", ">", ">>", ">|"};
 constexpr const char* kMoveTips[7] = {"Far left",  "Move left while held",  "One step left", "Centre",
                                       "One step right", "Move right while held", "Far right"};
-constexpr const char* kFormulaCaptions[5] = {"Previous", "Next", "Load", "Save", "Help"};
-constexpr const char* kFormulaTips[5] = {"Previous formula", "Next formula", "Load a formula file (*.uf1)",
-                                         "Save the formula to a file (*.uf1)", "Help on one-dimensional formulas"};
 
 Control& AddButton(ControlModel& c, const std::string& name, const std::string& caption, const std::string& tip) {
   Control& b = c.Add(name, ControlKind::Button, caption);
@@ -44,8 +41,7 @@ Control& AddButton(ControlModel& c, const std::string& name, const std::string& 
 
 void Graph1Form::BuildSideBoxControls() {
   for (int k = 0; k < kPanelCount; ++k) controls_.Add(IndexedName("PicSideBox", k), ControlKind::Panel).visible = false;
-  for (int k = 0; k < 5; ++k)
-    AddButton(controls_, IndexedName("cmdFormula", k), kFormulaCaptions[k], kFormulaTips[k]).enabled = false;
+  formulaBox_.AddControls();
   for (int k = 0; k < 10; ++k) controls_.Add(IndexedName("AxisLab", k), ControlKind::Label);
   for (const char* name : {"XLeft", "XRight", "YLeft", "YRight"}) controls_.Add(name, ControlKind::Text);
   controls_.Add("EnerPerc", ControlKind::Text, "");
@@ -187,16 +183,7 @@ void Graph1Form::BindButtons() {
     ShowPanel(kPanelWavelet);
   });
   OnButton("cmdCancel", [this](int) { ShowPanel(kPanelWavelet); });
-  OnButton("cmdFormula", [this](int index) {
-    switch (index) {
-      case 0: PreviousFormula(); break;
-      case 1: NextFormula(); break;
-      case 2: LoadFormulaFile(); break;
-      case 3: SaveFormulaFile(); break;
-      case 4: FormulaHelp(""); break;
-      default: break;
-    }
-  });
+  OnButton("cmdFormula", [this](int index) { formulaBox_.Press(index); });
   OnButton("cmdMove", [this](int index) {
     if (graphCount_ == 0) return;
     switch (index) {
@@ -221,7 +208,7 @@ void Graph1Form::SetupSideBox() {
 void Graph1Form::InitializeSideBox() {
   controls_.SetVisible("PicSideBox(0)", true);
   controls_.SetEnabled("GoButton(0)", false);
-  for (int k : {2, 3, 0, 1, 4}) controls_.SetEnabled(IndexedName("cmdFormula", k), false);
+  formulaBox_.Enable(false);
   for (int k = 1; k < kPanelCount; ++k) controls_.SetVisible(IndexedName("PicSideBox", k), false);
   const std::string key = SideBoxKey();
   ForgetSideBox();
@@ -240,7 +227,7 @@ void Graph1Form::SideBoxOpening(int panel) {
   InitializeSideBox();
   if (panel == kPanelGraph) {
     controls_.SetEnabled("GoButton(0)", true);
-    for (int k = 0; k < 5; ++k) controls_.SetEnabled(IndexedName("cmdFormula", k), true);
+    formulaBox_.Enable(true);
   }
 }
 
@@ -360,7 +347,7 @@ void Graph1Form::ControlChanged(const std::string& name) {
 }
 
 void Graph1Form::Activated() {
-  InitializeFormulas();
+  formulaBox_.Initialize();
   EnableCommand("mnuPasteGraph", context_.exchange().oneDimensional.holdsGraph);
   Touch();
 }

@@ -1,12 +1,10 @@
-// The files of the one-dimensional form (.kd1 forms, .kb1 and .kdt data,
-// .uf1 formulas) and the formula history.
+// The files of the one-dimensional form: .kd1 forms, .kb1 and .kdt data.
 
 #include <algorithm>
 #include <filesystem>
 
 #include "kit/form_context.h"
 #include "kit/form_file.h"
-#include "kit/formula_file.h"
 #include "kit/typed_forms.h"
 #include "common/file_io.h"
 #include "common/number_text.h"
@@ -20,7 +18,6 @@ namespace {
 constexpr const char* kFormFilter = "(*.kd1)|*.kd1";
 constexpr const char* kSaveGraphFilter = "Binary data files (*.kb1)|*.kb1";
 constexpr const char* kLoadGraphFilter = "KELDO data file (*.kb1)|*.kb1|VRN data file (*.kdt)|*.kdt";
-constexpr FormulaFileKind kFormulaFile{"Formula files (*.uf1)|*.uf1", ".uf1"};
 
 
 // Text in a file is one byte per character; the controls hold UTF-8.
@@ -54,7 +51,7 @@ bool Graph1Form::SaveFormTo(const std::string& path) {
     r.graphs.push_back({GraphLeft(g), GraphRight(g), GraphStep(g), std::vector<double>(v, v + n_ + 1)});
   }
   r.fileName = ToFile(path);
-  for (const std::string& h : History()) r.history.push_back(ToFile(h));
+  r.history = formulaBox_.PlottedForFile();
   r.sideBoxKey = SideBoxKey();
   r.dots = dots_ ? 'Y' : 'N';
   r.background = background_;
@@ -107,7 +104,7 @@ void Graph1Form::ReadFormRecord(const FormFileRecord& r) {
   graphCount_ = count;
   if (count > 0) SetIntervalData(count - 1);
   step_ = (intervalRight_ - intervalLeft_) / n_;
-  for (const std::string& h : r.history) UpDateFormulas(FromFile(h));
+  formulaBox_.UpdateFromFile(r.history);
   if (r.version > 1) {
     SetSideBoxKey(r.sideBoxKey);
     RestoreSideBox();
@@ -241,35 +238,6 @@ bool Graph1Form::LoadFunction(const std::string& path, const std::string& title,
   DisplayOneGraph();
   NewWindow();
   return true;
-}
-
-// ----------------------------------------------------------- formula list
-
-void Graph1Form::InitializeFormulas() { formulaHistory_.Initialize(context_.settings().formulas1d); }
-
-void Graph1Form::UpDateFormulas(const std::string& formula) {
-  formulaHistory_.Update(context_.settings().formulas1d, formula);
-}
-
-void Graph1Form::PreviousFormula() {
-  controls_.SetText("Formula", formulaHistory_.Previous());
-  Touch();
-}
-
-void Graph1Form::NextFormula() {
-  controls_.SetText("Formula", formulaHistory_.Next());
-  Touch();
-}
-
-void Graph1Form::LoadFormulaFile() {
-  const std::optional<std::string> bytes = keldo::LoadFormulaFile(context_, kFormulaFile);
-  if (!bytes) return;
-  controls_.SetText("Formula", FromFile(*bytes));
-  Touch();
-}
-
-void Graph1Form::SaveFormulaFile() {
-  keldo::SaveFormulaFile(context_, kFormulaFile, ToFile(controls_.Text("Formula")) + "\r\n");
 }
 
 }  // namespace keldo::form1d

@@ -6,9 +6,18 @@
 #include "kit/form_context.h"
 #include "common/number_text.h"
 #include "form1d/graph1_menu.h"
+#include "formula/formula_text.h"
 
 namespace keldo::form1d {
 namespace {
+
+// The formula box of one-dimensional formulas.
+const FormulaBoxKind kFormulaBox{"cmdFormula",
+                                 {"Formula files (*.uf1)|*.uf1", ".uf1"},
+                                 "Help on one-dimensional formulas",
+                                 &FrameSettings::formulas1d,
+                                 formula::ToFormulaText,
+                                 formula::FromAnsiText};
 
 constexpr int kPointChoices[] = {64, 128, 256, 512, 1024, 2048, 4096, 8192, 16384, 32768, 65536};
 
@@ -44,7 +53,7 @@ int RoundHalfEven(double v) {
 
 }  // namespace
 
-Graph1Form::Graph1Form(FormContext& context) : Form(context, FormKind::Graph1) {
+Graph1Form::Graph1Form(FormContext& context) : Form(context, FormKind::Graph1), formulaBox_(*this, kFormulaBox) {
   trace_.SetIndex(n_ / 2, n_);
   BuildControls();
   Reallocate();
@@ -52,7 +61,7 @@ Graph1Form::Graph1Form(FormContext& context) : Form(context, FormKind::Graph1) {
   UpdateLimitTips();
   SetupSideBox();
   SetAxisLabels();
-  InitializeFormulas();
+  formulaBox_.Initialize();
   const std::string& lineStyle = context_.settings().captions["LabLineStyle"];
   if (lineStyle == "Y" || lineStyle == "N") dots_ = lineStyle == "Y";
   SetMenuViewStyle();
@@ -294,7 +303,7 @@ void Graph1Form::PlotTheGraph() {
   std::string error = "N";
   PlotGraph(error, command, b);
   RestorePlotButton();
-  if (error != "E") UpDateFormulas(typed);
+  if (error != "E") formulaBox_.Update(typed);
   if (error == "E") {
     controls_.SetText("Formula", typed);
     intervalLeft_ = oldLeft;

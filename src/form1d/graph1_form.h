@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "kit/form.h"
-#include "kit/formula_history.h"
+#include "kit/formula_box.h"
 #include "kit/graph_number.h"
 #include "kit/graph_store.h"
 #include "kit/measuring_box.h"
@@ -155,13 +155,7 @@ class Graph1Form final : public Form, public OneDimensionalReceiver, private for
   bool LoadFunction(const std::string& path, const std::string& title, int kind, int fileType);
   bool LoadDataFile(const std::string& path, const std::string& title) override;
   void OpenTheForm();
-  void UpDateFormulas(const std::string& formula);
-  void InitializeFormulas();
-  void PreviousFormula();
-  void NextFormula();
-  void LoadFormulaFile();
-  void SaveFormulaFile();
-  const std::vector<std::string>& History() const { return formulaHistory_.Plotted(); }
+  const std::vector<std::string>& History() const { return formulaBox_.Plotted(); }
   const std::string& FormFileName() const { return fileName_; }
   void SetQuantParams(const std::array<std::string, 3>& params) { quantParams_ = params; }
   const std::array<std::string, 3>& QuantParams() const { return quantParams_; }
@@ -355,7 +349,7 @@ class Graph1Form final : public Form, public OneDimensionalReceiver, private for
   std::unique_ptr<SoundControls, SoundControlsDeleter> sound_;
   bool soundReady8_ = false, soundReady16_ = false;
   std::string fileName_;
-  FormulaHistory formulaHistory_;
+  FormulaBox formulaBox_;
   // Graph number fields: their leading number, or with kOneGraphCommand a
   // formula of numbers.
   GraphNumberReader graphNumber_{context_, controls_, [this](const std::string& text, bool&) { return VALU(text); }};

@@ -125,7 +125,7 @@ bool Graph2Form::SaveFormTo(const std::string& path) {
     r.linReg.push_back(static_cast<std::int16_t>(look.linReg));
   }
   r.fileName = ToFile(path);
-  for (const std::string& h : History()) r.history.push_back(ToFile(h));
+  r.history = formulaBox_.PlottedForFile();
   r.sideBoxKey = SideBoxKey();
   r.cursorCol = cursorCol_;
   r.cursorRow = cursorRow_;
@@ -174,7 +174,7 @@ bool Graph2Form::LoadForm(const std::string& path, const std::string&) {
     look.thresholdText = FromFile(s.thresholdText);
   }
   graphCount_ = count;
-  for (const std::string& h : r.history) formulaHistory_.Update(context_.settings().formulas2d, FromFile(h));
+  formulaBox_.UpdateFromFile(r.history);
   if (r.sections > 1 && !r.sideBoxKey.empty()) RestoreSideBoxFromKey(r.sideBoxKey);
   if (r.sections > 2) {
     cursorCol_ = std::clamp<int>(r.cursorCol, 0, n_);

@@ -11,6 +11,7 @@
 #include "common/number_text.h"
 #include "common/text.h"
 #include "form2d/graph2_menu.h"
+#include "formula/formula_text.h"
 #include "kit/form_context.h"
 #include "kit/menu_table.h"
 #include "kit/quantization_box.h"
@@ -22,6 +23,14 @@
 namespace keldo::form2d {
 namespace {
 
+// The formula box of formulas of x and y.
+const FormulaBoxKind kFormulaBox{"cmdGraph",
+                                 {"Formula files (*.uf2)|*.uf2", ".uf2"},
+                                 "Help on two-dimensional formulas",
+                                 &FrameSettings::formulas2d,
+                                 formula::ToFormulaText,
+                                 formula::FromAnsiText};
+
 int Log2(int n) {
   int k = 0;
   while ((1 << k) < n) ++k;
@@ -32,7 +41,7 @@ bool ValidPoints(int n) { return n >= kMinPoints && n <= kMaxPoints && (n & (n -
 
 }  // namespace
 
-Graph2Form::Graph2Form(FormContext& context) : Form(context, FormKind::Graph2) {
+Graph2Form::Graph2Form(FormContext& context) : Form(context, FormKind::Graph2), formulaBox_(*this, kFormulaBox) {
   // N comes from the frame, so that a new form starts like the last one.
   const int framePoints = static_cast<int>(Val(context_.settings().captions["Points"]));
   n_ = ValidPoints(framePoints) ? framePoints : kDefaultPoints;
@@ -40,7 +49,7 @@ Graph2Form::Graph2Form(FormContext& context) : Form(context, FormKind::Graph2) {
   cursorCol_ = cursorRow_ = n_ / 2;
   formula_.twoDimensional = true;
   formula_.noiseTerms = 64;
-  formulaHistory_.Initialize(context_.settings().formulas2d);
+  formulaBox_.Initialize();
   BuildControls();
   store_.Size(Stride() * Stride(), kMaxGraphs, false);
   store_.a[0] = plotLeft_;
@@ -74,16 +83,7 @@ void Graph2Form::BuildControls() {
   Control& go1 = controls_.Add("GoButton(1)", ControlKind::Button, "&Plot");
   go1.tip = "Draws the formula as an image.";
   controls_.Add("PercentDone", ControlKind::Label, "0% done.").visible = false;
-  static const char* kGraphButtons[5][2] = {{"Previous", "Previous formula"},
-                                            {"Next", "Next formula"},
-                                            {"Load", "Load a formula file (*.uf2)"},
-                                            {"Save", "Save the formula to a file (*.uf2)"},
-                                            {"Help", "Help on two-dimensional formulas"}};
-  for (int k = 0; k < 5; ++k) {
-    Control& b = controls_.Add(IndexedName("cmdGraph", k), ControlKind::Button, kGraphButtons[k][0]);
-    b.tip = kGraphButtons[k][1];
-    b.enabled = false;
-  }
+  formulaBox_.AddControls();
   // The graph style box.
   controls_.Add("labGraphStyle", ControlKind::Label, "Graph 1");
   controls_.AddOption("optColor", "Color (+/-)", "ColorMethod");
@@ -263,16 +263,7 @@ void Graph2Form::BindCommands() {
     }
     ShowPanel(kPanelWavelet);
   });
-  OnButton("cmdGraph", [this](int index) {
-    switch (index) {
-      case 0: PreviousFormula(); break;
-      case 1: NextFormula(); break;
-      case 2: LoadFormula(); break;
-      case 3: SaveFormula(); break;
-      case 4: FormulaHelp(""); break;
-      default: break;
-    }
-  });
+  OnButton("cmdGraph", [this](int index) { formulaBox_.Press(index); });
   const std::pair<const char*, std::pair<int, int>> moves[8] = {
       {"cmdMoveLeft", {-1, 0}},  {"cmdMoveOnceLeft", {-1, 0}}, {"cmdMoveOnceRight", {1, 0}}, {"cmdMoveRight", {1, 0}},
       {"cmdMoveDown", {0, -1}},  {"cmdMoveOnceDown", {0, -1}}, {"cmdMoveOnceUp", {0, 1}},    {"cmdMoveUp", {0, 1}}};
@@ -592,7 +583,7 @@ void Graph2Form::OpenSaveOptionsBox(const SideBoxCommand&) {
 
 void Graph2Form::OpenGraphing(const SideBoxCommand&) {
   controls_.SetVisible("GoButton(1)", true);
-  for (int k = 0; k < 5; ++k) controls_.SetEnabled(IndexedName("cmdGraph", k), true);
+  formulaBox_.Enable(true);
 }
 
 void Graph2Form::InitializeGraph() {
@@ -633,7 +624,7 @@ bool Graph2Form::QueryClose() {
 }
 
 void Graph2Form::Activated() {
-  formulaHistory_.Initialize(context_.settings().formulas2d);
+  formulaBox_.Initialize();
   controls_.SetEnabled("mnuPasteGraph", context_.exchange().twoDimensional.holdsGraph);
   Touch();
 }

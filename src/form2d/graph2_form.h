@@ -15,7 +15,7 @@
 #include "wavelet/wavelet2d.h"
 #include "formula/compiler.h"
 #include "kit/form.h"
-#include "kit/formula_history.h"
+#include "kit/formula_box.h"
 #include "kit/graph_number.h"
 #include "kit/graph_store.h"
 #include "kit/measuring_box.h"
@@ -174,11 +174,7 @@ class Graph2Form final : public Form, public ImageReceiver, private formula::For
                const std::string& command);
   void RestorePlotButton();
   bool Plotting() const { return plotting_; }
-  void PreviousFormula();
-  void NextFormula();
-  void LoadFormula();
-  void SaveFormula();
-  const std::vector<std::string>& History() const { return formulaHistory_.Plotted(); }
+  const std::vector<std::string>& History() const { return formulaBox_.Plotted(); }
 
   // Reading the store.
   int Log2Points() const { return log2N_; }
@@ -347,7 +343,7 @@ class Graph2Form final : public Form, public ImageReceiver, private formula::For
   int cursorCol_ = kDefaultPoints / 2, cursorRow_ = kDefaultPoints / 2;
   bool plotting_ = false;
   float formulaLeft_ = -0.5f, formulaRight_ = 0.5f, formulaStep_ = 1.0f / kDefaultPoints;
-  FormulaHistory formulaHistory_;
+  FormulaBox formulaBox_;
   // Graph number fields: their leading number, or with kEvaluatedGraph a
   // formula of numbers.
   GraphNumberReader graphNumber_{context_, controls_,

@@ -1,6 +1,6 @@
 // Formulas of x and y on the two-dimensional form: compiling the formula,
 // evaluating it over the (N+1) by (N+1) grid row by row with the Stop button
-// live, and filing the result; the formula list and its files.
+// live, and filing the result.
 
 #include <cmath>
 
@@ -8,18 +8,11 @@
 #include "form2d/graph2_form.h"
 #include "formula/formula_text.h"
 #include "kit/form_context.h"
-#include "kit/formula_file.h"
 #include "platform/event_loop.h"
 #include "platform/random.h"
 #include "platform/services.h"
 
 namespace keldo::form2d {
-namespace {
-
-constexpr FormulaFileKind kFormulaFile{"Formula files (*.uf2)|*.uf2", ".uf2"};
-
-}  // namespace
-
 void Graph2Form::RestorePlotButton() {
   Control& go = controls_["GoButton(1)"];
   go.text = "&Plot";
@@ -60,7 +53,7 @@ void Graph2Form::PlotTheGraph2() {
   PlotGraph2(error, command, l);
   RestorePlotButton();
   if (error != "E") {
-    formulaHistory_.Update(context_.settings().formulas2d, typed);
+    formulaBox_.Update(typed);
   } else {
     controls_.SetText("Formula", typed);
     formulaLeft_ = oldLeft;
@@ -170,27 +163,6 @@ void Graph2Form::USERFN2(int count, float left, float right, float step, float* 
   context_.ShowIdle();
   plotting_ = false;
   DisplayFunction(count - 1, values, stride, left, right, step);
-}
-
-void Graph2Form::PreviousFormula() {
-  controls_.SetText("Formula", formulaHistory_.Previous());
-  Touch();
-}
-
-void Graph2Form::NextFormula() {
-  controls_.SetText("Formula", formulaHistory_.Next());
-  Touch();
-}
-
-void Graph2Form::LoadFormula() {
-  const std::optional<std::string> bytes = LoadFormulaFile(context_, kFormulaFile);
-  if (!bytes) return;
-  controls_.SetText("Formula", formula::FromAnsiText(*bytes));
-  Touch();
-}
-
-void Graph2Form::SaveFormula() {
-  SaveFormulaFile(context_, kFormulaFile, formula::ToFormulaText(controls_.Text("Formula")) + "\r\n");
 }
 
 }  // namespace keldo::form2d
