@@ -15,7 +15,8 @@
 namespace keldo::form1d {
 namespace {
 
-constexpr const char* kFormFilter = "(*.kd1)|*.kd1";
+// Save, once the form has a file of its own.
+const FormFileKind kFormFile{"(*.kd1)|*.kd1", ".kd1", {"mnuOpenSave(4)"}};
 constexpr const char* kSaveGraphFilter = "Binary data files (*.kb1)|*.kb1";
 constexpr const char* kLoadGraphFilter = "KELDO data file (*.kb1)|*.kb1|VRN data file (*.kdt)|*.kdt";
 
@@ -29,12 +30,7 @@ std::string FromFile(const std::string& text) { return formula::FromAnsiText(tex
 // ------------------------------------------------------------- form files
 
 void Graph1Form::SaveTheForm(int choice) {
-  const std::optional<std::string> path = SaveFormFile(context_, fileName_, choice == 0, kFormFilter, ".kd1",
-                                                       [this](const std::string& p) { return SaveFormTo(p); });
-  if (!path) return;
-  fileName_ = *path;
-  controls_.SetEnabled("mnuOpenSave(4)", true);
-  Touch();
+  SaveTheFormFile(*this, fileName_, choice == 0, kFormFile, [this](const std::string& p) { return SaveFormTo(p); });
 }
 
 bool Graph1Form::SaveFormTo(const std::string& path) {

@@ -24,7 +24,8 @@
 namespace keldo::form2d {
 namespace {
 
-constexpr const char* kFormFilter = "(*.kd2)|*.kd2";
+// Save, and the item of the graph images, once the form has a file of its own.
+const FormFileKind kFormFile{"(*.kd2)|*.kd2", ".kd2", {"mnuSaveForm", "mnuSaveGraphImage"}};
 constexpr const char* kSaveDataFilter = "Binary data file (*.kb2)|*.kb2";
 constexpr const char* kLoadDataFilter = "Binary data files (*.kb2)|*.kb2";
 // Types 2 to 9: the filter index plus 1.
@@ -83,13 +84,7 @@ int FileTypeOfName(const std::string& path) {
 // ------------------------------------------------------------- form files
 
 void Graph2Form::SaveTheForm(int asKnown) {
-  const std::optional<std::string> path = SaveFormFile(context_, fileName_, asKnown == 0, kFormFilter, ".kd2",
-                                                       [this](const std::string& p) { return SaveFormTo(p); });
-  if (!path) return;
-  fileName_ = *path;
-  controls_.SetEnabled("mnuSaveForm", true);
-  controls_.SetEnabled("mnuSaveGraphImage", true);
-  Touch();
+  SaveTheFormFile(*this, fileName_, asKnown == 0, kFormFile, [this](const std::string& p) { return SaveFormTo(p); });
 }
 
 bool Graph2Form::SaveFormTo(const std::string& path) {

@@ -1,5 +1,6 @@
 #include "kit/form_file.h"
 
+#include "kit/form.h"
 #include "kit/form_context.h"
 #include "kit/settings.h"
 #include "platform/file_dialog.h"
@@ -26,6 +27,17 @@ std::optional<std::string> SaveFormFile(FormContext& context, const std::string&
     return std::nullopt;
   }
   return path;
+}
+
+bool SaveTheFormFile(Form& form, std::string& fileName, bool askForName, const FormFileKind& kind,
+                     const std::function<bool(const std::string&)>& write) {
+  const std::optional<std::string> path =
+      SaveFormFile(form.context(), fileName, askForName, kind.filter, kind.extension, write);
+  if (!path) return false;
+  fileName = *path;
+  for (const std::string& item : kind.namedItems) form.controls().SetEnabled(item, true);
+  form.Touch();
+  return true;
 }
 
 }  // namespace keldo
