@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "kit/form_context.h"
+#include "kit/graph_clipboard.h"
 #include "common/number_text.h"
 #include "common/text.h"
 #include "form1d/graph1_form.h"
@@ -174,16 +175,15 @@ void Graph1Form::CopyTheGraph() {
 void Graph1Form::PasteTheGraph() {
   const GraphExchangeArea1D& x = context_.exchange().oneDimensional;
   if (!x.holdsGraph) return;
-  if (x.points != n_) {
-    if (graphCount_ > 0) {
-      Graph1Form* form = NewSiblingForm();
-      if (!form) return;
+  const PasteTarget where = WherePasted(x.points, n_, graphCount_);
+  if (where == PasteTarget::NewForm) {
+    if (Graph1Form* form = NewSiblingForm()) {
       form->SetPoints(x.points);
       form->PasteTheGraph();
-      return;
     }
-    SetPoints(x.points);
+    return;
   }
+  if (where == PasteTarget::ThisFormResized) SetPoints(x.points);
   UpDateFnData(x.points, x.values, x.a, x.b, x.h, false);
   DisplayOneGraph();
   NewWindow();
@@ -240,13 +240,12 @@ void Graph1Form::PasteFromTheClipboard() {
     }
   }
   Graph1Form* target = this;
-  if (points != n_) {
-    if (graphCount_ > 0) {
-      target = NewSiblingForm();
-      if (!target) return;
-    }
-    target->SetPoints(points);
+  const PasteTarget where = WherePasted(points, n_, graphCount_);
+  if (where == PasteTarget::NewForm) {
+    target = NewSiblingForm();
+    if (!target) return;
   }
+  if (where != PasteTarget::ThisForm) target->SetPoints(points);
   target->UpDateFnData(points, values, a, b, (b - a) / points, false);
   target->DisplayOneGraph();
   target->NewWindow();
