@@ -490,7 +490,9 @@ void Graph2Form::ResetMenu() {
       enable({"mnuPaircorrelation", "mnuConvolution", "mnuNormDifference", "mnuScalarProduct"}, false);
       break;
     case 2: enable({"mnuConvolution", "mnuPaircorrelation", "mnuNormDifference", "mnuScalarProduct"}, true); break;
-    case 4: controls_.SetEnabled("mnuPasteGraph", false); break;
+    // A full form has no room for a pasted graph, but a graph on the
+    // clipboard still goes to a new form: Paste stays while one waits.
+    case 4: controls_.SetEnabled("mnuPasteGraph", context_.exchange().twoDimensional.holdsGraph); break;
     default: break;
   }
   if (viewSize_ == 'L') ResetGraphStyleMenu(currentGraph_ - 1 >= 1 ? currentGraph_ - 1 : currentGraph_);

@@ -345,8 +345,9 @@ TEST(GraphClipboard2D, APastedGraphKeepsItsZoomAndAFullFormOpensANewOne) {
   EXPECT_EQ(g.Look(3).drawWidths, 2);
   EXPECT_EQ(g.Look(3).viewXLeft, f.Look(0).viewXLeft);
   EXPECT_EQ(g.Look(3).viewYHigh, f.Look(0).viewYHigh);
-  EXPECT_FALSE(g.controls()["mnuPasteGraph"].enabled);  // four graphs
-  // Copying here enables Paste again; pasting on the full form opens a new form.
+  // Four graphs, and a graph still on the clipboard: Paste stays enabled.
+  EXPECT_TRUE(g.controls()["mnuPasteGraph"].enabled);
+  // Copying here and pasting on the full form opens a new form.
   ASSERT_TRUE(g.PictureMouse(3, MouseAction::Down, 0.1, 0.1, MouseButton::Right));
   g.RunMenu("mnuCopyGraph");
   ASSERT_TRUE(g.controls()["mnuPasteGraph"].enabled);
@@ -358,6 +359,42 @@ TEST(GraphClipboard2D, APastedGraphKeepsItsZoomAndAFullFormOpensANewOne) {
   ASSERT_EQ(n->NumGraphsPlotted(), 1);
   EXPECT_EQ(n->Look(0).drawWidths, 2);
   EXPECT_EQ(Sample(*n, 0, 20, 30), Sample(f, 0, 20, 30));
+}
+
+TEST(GraphClipboard2D, AGraphCopiedBeforeAFormFillsUpIsPastedOnANewForm) {
+  TestFrame t;
+  Graph2Form& f = NewForm(t, 64);
+  Plot(f, "3*x-y");
+  ASSERT_TRUE(f.PictureMouse(0, MouseAction::Down, 0.1, 0.1, MouseButton::Right));
+  f.RunMenu("mnuCopyGraph");
+  // The clipboard is filled before the second form files its four graphs.
+  Graph2Form& g = NewForm(t, 64);
+  for (const char* formula : {"1", "2", "3", "4"}) Plot(g, formula);
+  ASSERT_EQ(g.NumGraphsPlotted(), 4);
+  EXPECT_TRUE(g.controls()["mnuPasteGraph"].enabled);
+  ASSERT_TRUE(g.PictureMouse(2, MouseAction::Down, 0.1, 0.1, MouseButton::Right));
+  g.RunMenu("mnuPasteGraph");
+  ASSERT_EQ(t.frame.OpenForms().size(), 3u);
+  EXPECT_EQ(g.NumGraphsPlotted(), 4);
+  for (int k = 0; k < 4; ++k) EXPECT_EQ(Sample(g, k, 30, 40), static_cast<float>(k + 1));
+  Graph2Form* n = FormAs<Graph2Form>(t.frame.OpenForms().back());
+  ASSERT_NE(n, &g);
+  EXPECT_EQ(n->Points(), 64);
+  ASSERT_EQ(n->NumGraphsPlotted(), 1);
+  // 3x - y at x = j/64 - 1/2, y = i/64 - 1/2 on the default square.
+  for (int i = 0; i <= 64; i += 8)
+    for (int j = 0; j <= 64; j += 8)
+      EXPECT_NEAR(Sample(*n, 0, i, j), 3.0 * (j / 64.0 - 0.5) - (i / 64.0 - 0.5), 1e-6) << i << " " << j;
+}
+
+TEST(GraphClipboard2D, WithNothingCopiedAFullFormHasNoPaste) {
+  TestFrame t;
+  Graph2Form& g = NewForm(t, 64);
+  EXPECT_FALSE(g.controls()["mnuPasteGraph"].enabled);
+  for (const char* formula : {"1", "2", "3", "4"}) Plot(g, formula);
+  EXPECT_FALSE(g.controls()["mnuPasteGraph"].enabled);
+  g.RunMenu("mnuPasteGraph");
+  EXPECT_EQ(t.frame.OpenForms().size(), 1u);
 }
 
 TEST(GraphClipboard2D, APasteOfAnotherSideOnAnEmptyFormTakesItsSide) {
