@@ -206,14 +206,13 @@ std::optional<PgmImage> ReadPgm(const std::vector<std::uint8_t>& bytes) {
   PgmImage image;
   image.points = static_cast<int>(value);
   const auto n = static_cast<std::size_t>(image.points);
+  // A file cut short is refused whole, not filled up with black.
+  if (pos > bytes.size() || bytes.size() - pos < n * n) return std::nullopt;
   const std::size_t side = n + 1;
   image.samples.assign(side * side, 0.0f);
   for (std::size_t line = 0; line < n; ++line)
-    for (std::size_t c = 0; c < n; ++c) {
-      const std::size_t at = pos + line * n + c;
-      if (at >= bytes.size()) return image;
-      image.samples[(n - 1 - line) * side + c] = static_cast<float>(bytes[at]);
-    }
+    for (std::size_t c = 0; c < n; ++c)
+      image.samples[(n - 1 - line) * side + c] = static_cast<float>(bytes[pos + line * n + c]);
   return image;
 }
 

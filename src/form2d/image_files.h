@@ -89,8 +89,8 @@ std::vector<std::uint8_t> WritePgm(const std::vector<std::uint8_t>& imageBytes, 
 // bytes, to a blank), height and maximum texts (up to 5 bytes each, to a
 // line feed) ignored; "1MB" and "2MB" stand for 1024 and 2048. The samples
 // are N by N bytes, line k from the top becoming row N-1-k; row and column
-// N stay 0. Nothing for a width that is not a number the form can hold; a
-// file that ends early leaves the rest 0.
+// N stay 0. Nothing for a width that is not a number the form can hold, or
+// for a file that ends before its N by N bytes.
 struct PgmImage {
   int points = 0;
   std::vector<float> samples;  // (N+1) by (N+1), row-major

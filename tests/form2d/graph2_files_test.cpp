@@ -403,5 +403,111 @@ TEST(Image2D, TheFrameItemsOpenANewFormWithTheirDialogs) {
   EXPECT_FLOAT_EQ(Sample(*Opened(t), 0, 1, 1), 101.0f);
 }
 
+// Files cut short, one of each kind a form reads itself or through the
+// imaging service: the whole file minus its last byte. Each side is 64.
+struct CutFile {
+  std::string name;
+  int type;
+  const char* menu;  // the pop-up item that loads it
+};
+
+std::vector<CutFile> CutFiles(const TempFolder& dir) {
+  const auto pgm = Bytes(kData + "lines64.pgm");
+  const auto kb2 = Bytes(kData + "grid64.kb2");
+  const std::string bmp = platform::EncodeBmp(platform::RgbImage(64, 64, platform::MakeRgb(9, 9, 9)));
+  // Whole, each file holds exactly what its header announces.
+  EXPECT_EQ(pgm.size(), std::string("P5\n64 64\n255\n").size() + 64u * 64u);
+  EXPECT_EQ(kb2.size(), 13u + 4u * 65u * 65u);
+  WriteBytes(dir / "cut.pgm", std::string(pgm.begin(), pgm.end() - 1));
+  WriteBytes(dir / "cut.kb2", std::string(kb2.begin(), kb2.end() - 1));
+  WriteBytes(dir / "cut.bmp", bmp.substr(0, bmp.size() - 1));
+  return {{dir / "cut.pgm", form2d::kFilePgm, "mnuLoadImage"},
+          {dir / "cut.kb2", form2d::kFileData, "mnuLoadGraph"},
+          {dir / "cut.bmp", form2d::kFileBmp, "mnuLoadImage"}};
+}
+
+int Count(const TestFrame& t, const std::string& text) {
+  int n = 0;
+  for (const std::string& line : t.lines)
+    if (line.find(text) != std::string::npos) ++n;
+  return n;
+}
+
+TEST(Pgm2D, AFileOfOneByteLessThanItsSideIsRefused) {
+  TestFrame t;
+  TempFolder dir;
+  const auto whole = Bytes(kData + "lines64.pgm");
+  std::string cut(whole.begin(), whole.end() - 1);
+  EXPECT_FALSE(form2d::ReadPgm(std::vector<std::uint8_t>(cut.begin(), cut.end())).has_value());
+  // A header alone, and the header with one line of the 64.
+  EXPECT_FALSE(form2d::ReadPgm(std::vector<std::uint8_t>(whole.begin(), whole.begin() + 13)).has_value());
+  EXPECT_FALSE(form2d::ReadPgm(std::vector<std::uint8_t>(whole.begin(), whole.begin() + 13 + 64)).has_value());
+  EXPECT_TRUE(form2d::ReadPgm(whole).has_value());
+}
+
+TEST(Files2D, AFileCutShortLeavesAFormHoldingGraphsAsItWas) {
+  TestFrame t;
+  TempFolder dir;
+  Graph2Form& f = NewForm(t, 64);
+  Plot(f, "x+2*y");
+  const float before = Sample(f, 0, 40, 20);
+  for (const CutFile& file : CutFiles(dir)) {
+    const int reports = Count(t, "message 20: Error loading file");
+    EXPECT_FALSE(f.LoadFunction(file.name, file.type)) << file.name;
+    // The same through the picture's pop-up menu and its dialog.
+    t.platform.fileDialog.QueueAnswer(file.name);
+    ASSERT_TRUE(f.PictureMouse(0, MouseAction::Down, 0.1, 0.1, MouseButton::Right));
+    f.RunMenu(file.menu);
+    EXPECT_EQ(Count(t, "message 20: Error loading file"), reports + 2) << file.name;
+    EXPECT_EQ(f.NumGraphsPlotted(), 1) << file.name;
+    EXPECT_EQ(f.Points(), 64) << file.name;
+    EXPECT_EQ(Sample(f, 0, 40, 20), before) << file.name;
+    EXPECT_EQ(t.frame.OpenForms().size(), 1u) << file.name;
+  }
+}
+
+TEST(Files2D, AFileCutShortOfAnotherSideOpensNoNewForm) {
+  TestFrame t;
+  TempFolder dir;
+  Graph2Form& f = NewForm(t, 128);
+  Plot(f, "x*y");
+  const float before = Sample(f, 0, 100, 7);
+  for (const CutFile& file : CutFiles(dir)) {
+    const int reports = Count(t, "message 20: Error loading file");
+    EXPECT_FALSE(f.LoadFunction(file.name, file.type)) << file.name;
+    EXPECT_EQ(Count(t, "message 20: Error loading file"), reports + 1) << file.name;
+    EXPECT_EQ(t.frame.OpenForms().size(), 1u) << file.name;
+    EXPECT_EQ(f.Points(), 128) << file.name;
+    EXPECT_EQ(f.NumGraphsPlotted(), 1) << file.name;
+    EXPECT_EQ(Sample(f, 0, 100, 7), before) << file.name;
+  }
+}
+
+TEST(Files2D, AFileCutShortAddsNoGraphToAnEmptyForm) {
+  TestFrame t;
+  TempFolder dir;
+  Graph2Form& f = NewForm(t, 128);
+  for (const CutFile& file : CutFiles(dir)) {
+    const int reports = Count(t, "message 20: Error loading file");
+    t.platform.fileDialog.QueueAnswer(file.name);
+    f.RunMenu(file.type == form2d::kFileData ? "mnuOpenSave(2)" : "mnuOpenSave(1)");
+    EXPECT_EQ(Count(t, "message 20: Error loading file"), reports + 1) << file.name;
+    EXPECT_EQ(f.NumGraphsPlotted(), 0) << file.name;
+    EXPECT_EQ(f.Points(), 128) << file.name;
+    EXPECT_EQ(t.frame.OpenForms().size(), 1u) << file.name;
+  }
+}
+
+TEST(Files2D, TheFrameOpensNoFormForAFileCutShort) {
+  TestFrame t;
+  TempFolder dir;
+  for (const CutFile& file : CutFiles(dir)) {
+    const int reports = Count(t, "message 20: Error loading file");
+    EXPECT_EQ(t.frame.OpenDataFile(FormKind::Graph2, file.name), nullptr) << file.name;
+    EXPECT_EQ(Count(t, "message 20: Error loading file"), reports + 1) << file.name;
+    EXPECT_TRUE(t.frame.OpenForms().empty()) << file.name;
+  }
+}
+
 }  // namespace
 }  // namespace keldo::testing

@@ -6,8 +6,10 @@
 #include <QMenuBar>
 #include <QtTest>
 
+#include <QBuffer>
 #include <QImage>
 #include <QLineEdit>
+#include <QTemporaryDir>
 
 #include "kinds/form_kinds.h"
 #include "app/frame.h"
@@ -15,6 +17,8 @@
 #include "kit/typed_forms.h"
 #include "qt/form_view.h"
 #include "qt/main_window.h"
+#include "platform/headless/simple_images.h"
+#include "qt/qt_imaging.h"
 #include "qt/qt_services.h"
 
 namespace {
@@ -172,6 +176,49 @@ class FrameWindowTest : public QObject {
     QCOMPARE(f.TracePosition(), 64);
     QTest::mouseClick(plot, Qt::LeftButton, {}, QPoint(r.left() + r.width() / 2, r.center().y()));
     QCOMPARE(f.TracePosition(), 32);
+  }
+
+  // A bitmap or a JPEG cut short is refused, not read in part: the plugins
+  // fill what is missing and report success.
+  void imagingRefusesPicturesCutShort() {
+    QTemporaryDir dir;
+    QVERIFY(dir.isValid());
+    const auto write = [&](const QString& name, const QByteArray& bytes) {
+      QFile file(dir.filePath(name));
+      QVERIFY(file.open(QIODevice::WriteOnly));
+      QCOMPARE(file.write(bytes), bytes.size());
+    };
+    const auto path = [&](const QString& name) { return dir.filePath(name).toStdString(); };
+    keldo::platform::RgbImage ramp(64, 64);
+    for (int y = 0; y < 64; ++y)
+      for (int x = 0; x < 64; ++x) ramp.Set(x, y, keldo::platform::MakeRgb(4 * x, 4 * x, 4 * y));
+    // A 24-bit bitmap: 54 bytes of headers and 64 rows of 192 bytes.
+    const std::string bmp = keldo::platform::EncodeBmp(ramp);
+    QCOMPARE(bmp.size(), std::size_t{54 + 64 * 192});
+    write("whole.bmp", QByteArray(bmp.data(), static_cast<qsizetype>(bmp.size())));
+    write("cut.bmp", QByteArray(bmp.data(), static_cast<qsizetype>(bmp.size() - 1)));
+    write("half.bmp", QByteArray(bmp.data(), static_cast<qsizetype>(54 + 32 * 192)));
+    keldo::qt::QtImaging imaging;
+    QVERIFY(imaging.Load(path("whole.bmp")).has_value());
+    QVERIFY(!imaging.Load(path("cut.bmp")));
+    QVERIFY(!imaging.Load(path("half.bmp")));
+    // A JPEG ends with the marker FF D9.
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    QImage picture(64, 64, QImage::Format_RGB32);
+    for (int y = 0; y < 64; ++y)
+      for (int x = 0; x < 64; ++x) picture.setPixel(x, y, qRgb(4 * x, 4 * x, 4 * y));
+    QVERIFY(picture.save(&buffer, "JPG"));
+    const QByteArray jpeg = buffer.data();
+    QVERIFY(jpeg.endsWith("\xFF\xD9"));
+    write("whole.jpg", jpeg);
+    write("padded.jpg", jpeg + QByteArray(16, '\0'));
+    write("cut.jpg", jpeg.left(jpeg.size() - 20));
+    write("noend.jpg", jpeg.left(jpeg.size() - 2));
+    QVERIFY(imaging.Load(path("whole.jpg")).has_value());
+    QVERIFY(imaging.Load(path("padded.jpg")).has_value());  // bytes after the end marker
+    QVERIFY(!imaging.Load(path("cut.jpg")));
+    QVERIFY(!imaging.Load(path("noend.jpg")));
   }
 
   // A picture whose format tells its size only by decoding is still held to
