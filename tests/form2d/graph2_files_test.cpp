@@ -17,7 +17,7 @@
 #include "form2d/graph2_form.h"
 #include "form2d/image_files.h"
 #include "kit/typed_forms.h"
-#include "platform/headless/raster_surface.h"
+#include "platform/surface.h"
 #include "platform/headless/simple_images.h"
 #include "form2d_driver.h"
 
@@ -170,12 +170,60 @@ TEST(FormFile2D, BadFilesReport73AndOpenNothing) {
   EXPECT_TRUE(t.frame.OpenForms().empty());
 }
 
+// A surface that keeps the pictures a form hands it, as the form made them,
+// before any scaling to the surface.
+class PictureCatcher final : public platform::Surface {
+ public:
+  std::vector<platform::RgbImage> pictures;
+  int PixelWidth() const override { return 256; }
+  int PixelHeight() const override { return 256; }
+  void Clear(platform::Rgb) override {}
+  void SetScale(const platform::UserScale&) override {}
+  void SetPenWidth(int) override {}
+  void Line(double, double, double, double, platform::Rgb) override {}
+  void SetPixel(double, double, platform::Rgb) override {}
+  platform::Rgb GetPixel(double, double) const override { return platform::kBlack; }
+  void Text(double, double, const std::string&, platform::Rgb) override {}
+  void Refresh() override {}
+  platform::RgbImage Snapshot() const override { return {}; }
+  void DrawImage(const platform::RgbImage& image) override { pictures.push_back(image); }
+};
+
+// The picture of each of a form's picture boxes.
+std::vector<platform::RgbImage> Painted(const Graph2Form& f) {
+  std::vector<platform::RgbImage> out;
+  for (std::size_t p = 0; p < f.Pictures().size(); ++p) {
+    PictureCatcher catcher;
+    f.Paint(static_cast<int>(p), catcher);
+    EXPECT_EQ(catcher.pictures.size(), 1u);
+    if (!catcher.pictures.empty()) out.push_back(catcher.pictures.front());
+  }
+  return out;
+}
+
+int NotBlack(const platform::RgbImage& picture) {
+  int n = 0;
+  for (const platform::Rgb p : picture.pixels) n += (p & 0xFFFFFF) != platform::kBlack;
+  return n;
+}
+
 TEST(FormFile2D, NotANumberAndInfiniteFieldsLoadAndDraw) {
   // Found by fuzzing: a maximum of NaN and an infinite window came to the
   // grey levels and the window's indices as numbers no int can hold.
   TestFrame t;
   TempFolder dir;
   auto bytes = Bytes(kData + "sections4.kd2");
+  // The file as written, in the large view: its graph, 100 i + j on a grid
+  // of 64 in grey (+/-) and lin-log, is drawn everywhere but at sample
+  // (0, 0), a 0 in the linear block, which covers at most 4 by 4 of the
+  // 257 by 257 pixels.
+  Graph2Form* plain = FormAs<Graph2Form>(t.frame.OpenFormFile(FormKind::Graph2, kData + "sections4.kd2", "plain"));
+  ASSERT_NE(plain, nullptr);
+  const std::vector<platform::RgbImage> drawn = Painted(*plain);
+  ASSERT_EQ(drawn.size(), 1u);
+  ASSERT_EQ(drawn[0].width, 257);
+  ASSERT_EQ(drawn[0].height, 257);
+  EXPECT_GE(NotBlack(drawn[0]), 257 * 257 - 16);
   const float nan = std::nanf(""), inf = INFINITY;
   std::memcpy(bytes.data() + 37 + 12, &nan, 4);       // GraphMax
   std::memcpy(bytes.data() + 37 + 16, &inf, 4);       // ViewXLeft
@@ -184,10 +232,8 @@ TEST(FormFile2D, NotANumberAndInfiniteFieldsLoadAndDraw) {
   Graph2Form* f = FormAs<Graph2Form>(t.frame.OpenFormFile(FormKind::Graph2, dir / "nan.kd2", "nan.kd2"));
   ASSERT_NE(f, nullptr);
   EXPECT_TRUE(std::isnan(f->GraphMax(0)));
-  for (std::size_t p = 0; p < f->Pictures().size(); ++p) {
-    platform::RasterSurface surface(64, 64);
-    f->Paint(static_cast<int>(p), surface);
-  }
+  // A window from x = +infinity holds no sample: every picture is black.
+  for (const platform::RgbImage& picture : Painted(*f)) EXPECT_EQ(NotBlack(picture), 0);
   f->Mouse(MouseAction::Move, 0.1, 0.1, MouseButton::None);
   // A window upside down and far off the grid: the ranges of the fill are
   // inverted and their lengths exceed an int.
@@ -198,10 +244,8 @@ TEST(FormFile2D, NotANumberAndInfiniteFieldsLoadAndDraw) {
   WriteBytes(dir / "off.kd2", std::string(bytes.begin(), bytes.end()));
   Graph2Form* g = FormAs<Graph2Form>(t.frame.OpenFormFile(FormKind::Graph2, dir / "off.kd2", "off.kd2"));
   ASSERT_NE(g, nullptr);
-  for (std::size_t p = 0; p < g->Pictures().size(); ++p) {
-    platform::RasterSurface surface(64, 64);
-    g->Paint(static_cast<int>(p), surface);
-  }
+  // No y lies from 1e30 up to -1e30: black again.
+  for (const platform::RgbImage& picture : Painted(*g)) EXPECT_EQ(NotBlack(picture), 0);
 }
 
 TEST(FormFile2D, AFailedSaveReports36) {
