@@ -8,6 +8,10 @@
 #include <QSet>
 #include <QtTest>
 
+#include <algorithm>
+#include <cmath>
+#include <string>
+
 #include "kinds/form_kinds.h"
 #include "app/frame.h"
 #include "qt/main_window.h"
@@ -64,7 +68,8 @@ class ScreenshotTest : public QObject {
   }
 
   // A 2-D form typed into as a person would: a formula plotted with Enter,
-  // then the small and the large view in each colour method, photographed.
+  // then the small and the large view in each colour method, photographed,
+  // and the photographed picture compared with the colours of the graph.
   void twoDimensionalViews() {
     if (qEnvironmentVariableIsEmpty("DISPLAY")) QSKIP("no X display: run under xvfb-run");
     keldo::qt::QtPlatform platform(KELDO_SOURCE_DIR "/docs");
@@ -85,36 +90,97 @@ class ScreenshotTest : public QObject {
     auto* formula = window.findChild<QLineEdit*>("Formula");
     QVERIFY(formula);
     formula->setFocus();
-    QTest::keyClicks(formula, "sin(6*x)*cos(4*y)");
+    QTest::keyClicks(formula, "x+y/4");
     QTest::keyClick(formula, Qt::Key_Return);
     QTRY_COMPARE(form->Graphs().size(), size_t(1));
+    QWidget* plot = window.findChild<QWidget*>("GraphBox");
+    QVERIFY(plot);
     QScreen* screen = window.screen();
-    const struct {
-      const char* option;
-      const char* name;
-    } methods[] = {{"optColor", "color"}, {"optGrey", "grey"}, {"opGreyPm", "greypm"}};
     for (const char* view : {"small", "large"}) {
-      if (std::string(view) == "large") form->RunMenu("mnuLarge");
-      for (const auto& m : methods) {
+      const bool large = std::string(view) == "large";
+      if (large) form->RunMenu("mnuLarge");
+      for (const Method& m : kMethods) {
         form->RunMenu("mnuChangeGraphStyle");
         form->controls().SetFromUser(m.option, "1");
+        form->controls().SetFromUser("optLinear", "1");
         form->Go();
         QTest::qWait(150);
-        const QImage shot = screen->grabWindow(window.winId()).toImage();
-        QVERIFY(shot.save(QString(KELDO_SCREENSHOT_DIR "/form2d-%1-%2.png").arg(view, m.name)));
-        // The picture is drawn: red and blue in colour, greys otherwise.
-        int red = 0, blue = 0, grey = 0;
-        for (int y = 0; y < shot.height(); y += 2)
-          for (int x = 0; x < shot.width(); x += 2) {
-            const QRgb p = shot.pixel(x, y);
-            red += qRed(p) > 100 && qGreen(p) == 0 && qBlue(p) == 0;
-            blue += qBlue(p) > 100 && qGreen(p) == 0 && qRed(p) == 0;
-            grey += qRed(p) > 60 && qRed(p) == qGreen(p) && qGreen(p) == qBlue(p) && qRed(p) < 230;
+        const QImage windowShot = screen->grabWindow(window.winId()).toImage();
+        QVERIFY(windowShot.save(QString(KELDO_SCREENSHOT_DIR "/form2d-%1-%2.png").arg(view, m.name)));
+        const QImage shot = windowShot.copy(QRect(plot->mapTo(&window, QPoint(0, 0)), plot->size()));
+        QCOMPARE(shot.size(), plot->size());
+        // Graph 1: the only picture of the large view, the upper left one
+        // of the four small ones.
+        const int cells = large ? 1 : 2;
+        const int side = large ? 256 : 128;
+        const QRect box = PictureBox(plot->size(), cells, side + 1);
+        QVERIFY2(box.width() >= side + 1, qPrintable(QString("a picture of %1 pixels").arg(box.width())));
+        const int zoom = box.width() / (side + 1);
+        // Sample (i, j) fills picture pixels side/64 wide from column
+        // j*side/64, and from line side - i*side/64 upwards: row 0 is the
+        // bottom. Compared at that line and column.
+        const int r = side / 64;
+        int compared = 0, wrong = 0;
+        QString first;
+        for (int i = 2; i <= 62; i += 4)
+          for (int j = 2; j <= 62; j += 4) {
+            const QPoint at(box.left() + j * r * zoom + zoom / 2, box.top() + (side - i * r) * zoom + zoom / 2);
+            const QRgb got = shot.pixel(at);
+            const QRgb want = ExpectedColour(m.name, i, j);
+            ++compared;
+            if (!Near(got, want)) {
+              if (wrong++ == 0)
+                first = QString("sample (%1, %2) at (%3, %4): %5, expected %6")
+                            .arg(i).arg(j).arg(at.x()).arg(at.y()).arg(got & 0xFFFFFF, 6, 16, QChar('0'))
+                            .arg(want & 0xFFFFFF, 6, 16, QChar('0'));
+            }
           }
-        if (std::string(m.name) == "color") QVERIFY2(red > 300 && blue > 300, qPrintable(QString("%1 %2").arg(red).arg(blue)));
-        else QVERIFY2(grey > 300, qPrintable(QString("grey %1").arg(grey)));
+        QCOMPARE(compared, 16 * 16);
+        QVERIFY2(wrong == 0, qPrintable(QString("%1 %2: %3 of %4 samples differ; %5")
+                                            .arg(view, m.name).arg(wrong).arg(compared).arg(first)));
       }
     }
+  }
+
+ private:
+  struct Method {
+    const char* option;
+    const char* name;
+  };
+  static constexpr Method kMethods[] = {{"optColor", "color"}, {"optGrey", "grey"}, {"opGreyPm", "greypm"}};
+
+  // Where the plot widget puts the first of `cells` by `cells` pictures of
+  // `side` pixels: its cell less the margins of the labels (64 pixels on the
+  // left, 10 above, 28 on the right, 24 below and 18 for the caption), in a
+  // centred square of the largest whole multiple of the side that fits.
+  static QRect PictureBox(QSize widget, int cells, int side) {
+    const QRect cell(0, 0, widget.width() / cells, widget.height() / cells);
+    const QRect room = cell.adjusted(64, 10, -28, -24 - 18);
+    const int fit = std::min(room.width(), room.height());
+    const int square = fit >= side ? fit / side * side : fit;
+    return {room.left() + (room.width() - square) / 2, room.top() + (room.height() - square) / 2, square, square};
+  }
+
+  // The colour of sample (i, j) of x + y/4 at N = 64 on [-1/2, 1/2]^2, drawn
+  // linearly with threshold 0: x = j/64 - 1/2, y = i/64 - 1/2, and the
+  // largest magnitude is 5/8, at the corners. A magnitude a has the level
+  // floor(256 a / (5/8)) up to 255; grey (+/-) has 128 plus or minus
+  // floor(127 a / (5/8)).
+  static QRgb ExpectedColour(const std::string& method, int i, int j) {
+    const double v = (j - 32) / 64.0 + (i - 32) / 256.0;
+    const double a = std::fabs(v);
+    const int level = std::min(255, static_cast<int>(std::floor(256.0 * a / 0.625)));
+    if (method == "color") return v > 0 ? qRgb(level, 0, 0) : v < 0 ? qRgb(0, 0, level) : qRgb(0, 0, 0);
+    if (method == "grey") return v > 0 ? qRgb(level, level, level) : qRgb(0, 0, 0);
+    const int half = std::min(127, static_cast<int>(std::floor(127.0 * a / 0.625)));
+    const int g = v > 0 ? 128 + half : 128 - half;
+    return qRgb(g, g, g);
+  }
+
+  // Each channel within 2 levels: the screen keeps 8 bits a channel.
+  static bool Near(QRgb got, QRgb want) {
+    return std::abs(qRed(got) - qRed(want)) <= 2 && std::abs(qGreen(got) - qGreen(want)) <= 2 &&
+           std::abs(qBlue(got) - qBlue(want)) <= 2;
   }
 };
 
