@@ -330,7 +330,8 @@ void Graph2Form::SetPoints(int points) {
   store_.h[0] = (plotRight_ - plotLeft_) / static_cast<float>(points);
   controls_.SetText("txtLinReg", std::to_string(points));
   for (GraphLook& look : looks_) look.linReg = points;
-  controls_.SetEnabled("mnuPasteGraph", false);
+  // Paste stays while a graph waits on the clipboard, whatever the side.
+  controls_.SetEnabled("mnuPasteGraph", context_.exchange().twoDimensional.holdsGraph);
   controls_.SetText("NumPoints", std::to_string(points));
   ChangePointsMenu(points);
   SetTransformTips();

@@ -410,6 +410,24 @@ TEST(GraphClipboard2D, APasteOfAnotherSideOnAnEmptyFormTakesItsSide) {
   EXPECT_EQ(Sample(g, 0, 100, 3), Sample(f, 0, 100, 3));
 }
 
+TEST(GraphClipboard2D, ANewSideKeepsPasteWhileAGraphWaits) {
+  TestFrame t;
+  Graph2Form& f = NewForm(t, 64);
+  Plot(f, "x*y");
+  ASSERT_TRUE(f.PictureMouse(0, MouseAction::Down, 0.1, 0.1, MouseButton::Right));
+  f.RunMenu("mnuCopyGraph");
+  // A form made after the copy, then given another side from its menu.
+  int code = 0;
+  Graph2Form& g = *NewFormOf<Graph2Form>(t.frame, code);
+  g.RunMenu("mnu128");
+  ASSERT_EQ(g.Points(), 128);
+  EXPECT_TRUE(g.controls()["mnuPasteGraph"].enabled);
+  g.RunMenu("mnuPasteGraph");
+  EXPECT_EQ(g.Points(), 64);
+  ASSERT_EQ(g.NumGraphsPlotted(), 1);
+  EXPECT_EQ(Sample(g, 0, 16, 48), (48 / 64.0f - 0.5f) * (16 / 64.0f - 0.5f));
+}
+
 TEST(GraphClipboard2D, ClippingCopiesTheZoomedPartOrTheWholeUnzoomedGraph) {
   TestFrame t;
   Graph2Form& f = NewForm(t, 256);
