@@ -82,7 +82,6 @@ void Graph1Form::BuildControls() {
   controls_.Add("chkAutoFit", ControlKind::Check, "Auto fit").value = 1;
   controls_.Add("GraphCaption", ControlKind::Label, "");
   controls_.Add("AnalysisLabel", ControlKind::Label, "");
-  controls_.Add("TxtAnGr1", ControlKind::Text, "1");
   for (const char* name : {"wavlevels", "WavSerLev", "HighestMag", "WSerNumTerms"})
     controls_.Add(name, ControlKind::Text, "");
   BuildSideBoxControls();

@@ -11,6 +11,7 @@
 #include "form2d/graph2_form.h"
 #include "form2d/image_files.h"
 #include "kit/form_context.h"
+#include "kit/graph_clipboard.h"
 #include "kit/measuring_box.h"
 #include "kit/named_calls.h"
 #include "kit/typed_forms.h"
@@ -333,13 +334,15 @@ void Graph2Form::PasteTheGraph() {
     context_.Beep();
     return;
   }
-  if (area.points != n_ || graphCount_ == kMaxGraphs) {
-    if (graphCount_ > 0) {
-      Graph2Form* form = FormOfSide(area.points);
-      if (form) form->PasteTheGraph();
+  switch (WherePasted(area.points, n_, graphCount_, graphCount_ == kMaxGraphs)) {
+    case PasteTarget::NewForm:
+      if (Graph2Form* form = FormOfSide(area.points)) form->PasteTheGraph();
       return;
-    }
-    SetPoints(area.points);
+    case PasteTarget::ThisFormResized:
+      SetPoints(area.points);
+      break;
+    case PasteTarget::ThisForm:
+      break;
   }
   const int g = graphCount_;
   const auto s = static_cast<std::size_t>(g);
