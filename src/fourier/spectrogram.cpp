@@ -74,7 +74,9 @@ constexpr int kColumnBlock = 8;
 
 // The columns c0 .. c0 + count - 1 (0-based) of the spectrogram: each frame
 // windowed from the padded signal (padded[k] is sig[k - winlen]), its wrapped
-// end averaged into B[0], one real FFT, rows 0..nrows kept in `block`.
+// end averaged into B[0], one real FFT, rows 0..nrows kept in `block`: row
+// r of column c0 + k at r * kColumnBlock + k, so that each row of the
+// matrices is written from one contiguous run.
 void TransformColumns(const double* padded, const SpectrogramShape& s, int c0, int count, FrameWork& w,
                       double* blockRe, double* blockIm) {
   const int winlen = s.winlen;
@@ -86,8 +88,11 @@ void TransformColumns(const double* padded, const SpectrogramShape& s, int c0, i
     for (int i = 0; i <= winlen; ++i) b[i] = p[i] * w.window[Index(i)];
     b[0] = (b[winlen] + b[0]) / 2;
     RealFFT(winlen, b, w.y.data(), w.sine.data(), w.tan.data(), w.m - 1);
-    std::copy(b, b + rows, blockRe + Index(k) * rows);
-    std::copy(w.y.data(), w.y.data() + rows, blockIm + Index(k) * rows);
+    const double* y = w.y.data();
+    for (std::size_t r = 0; r < rows; ++r) {
+      blockRe[r * kColumnBlock + Index(k)] = b[r];
+      blockIm[r * kColumnBlock + Index(k)] = y[r];
+    }
   }
 }
 
@@ -97,10 +102,8 @@ void StoreColumns(const double* blockRe, const double* blockIm, int c0, int coun
   for (std::size_t r = 0; r < rows; ++r) {
     double* re = spectrum.re.data() + r * ncols + Index(c0);
     double* im = spectrum.im.data() + r * ncols + Index(c0);
-    for (std::size_t k = 0; k < Index(count); ++k) {
-      re[k] = blockRe[k * rows + r];
-      im[k] = blockIm[k * rows + r];
-    }
+    std::copy(blockRe + r * kColumnBlock, blockRe + r * kColumnBlock + count, re);
+    std::copy(blockIm + r * kColumnBlock, blockIm + r * kColumnBlock + count, im);
   }
 }
 
@@ -140,15 +143,28 @@ std::vector<double> ColumnReferences(const Spectrum& spectrum) {
   return reference;
 }
 
-// The column's frame times W, from rows 0..W/2 of column c (1-based), into
-// w.x[0..W-1]; w.x[W] stays 0.
-void InverseColumn(const Spectrum& spectrum, int c, FrameWork& w) {
-  const int half = spectrum.shape.winlen / 2;
-  for (int r = 0; r <= half; ++r) {
-    w.x[Index(r)] = spectrum.Re(r, c);
-    w.y[Index(r)] = spectrum.Im(r, c);
+// Columns c0 .. c0 + count - 1 (0-based) read row by row into `block`,
+// laid out as TransformColumns leaves it: the reverse of StoreColumns.
+void LoadColumns(const Spectrum& spectrum, int c0, int count, double* blockRe, double* blockIm) {
+  const std::size_t ncols = Index(spectrum.shape.ncols);
+  const std::size_t rows = Index(spectrum.shape.nrows) + 1;
+  for (std::size_t r = 0; r < rows; ++r) {
+    const double* re = spectrum.re.data() + r * ncols + Index(c0);
+    const double* im = spectrum.im.data() + r * ncols + Index(c0);
+    std::copy(re, re + count, blockRe + r * kColumnBlock);
+    std::copy(im, im + count, blockIm + r * kColumnBlock);
   }
-  RealInverseFFT(spectrum.shape.winlen, w.m - 6, w.x.data(), w.y.data(), w.sine.data(), w.tan.data());
+}
+
+// The frame times W of column k of a block, from its rows 0..W/2, into
+// w.x[0..W-1]; w.x[W] stays 0.
+void InverseColumn(const double* blockRe, const double* blockIm, int k, int winlen, FrameWork& w) {
+  const std::size_t rows = Index(winlen / 2) + 1;
+  for (std::size_t r = 0; r < rows; ++r) {
+    w.x[r] = blockRe[r * kColumnBlock + Index(k)];
+    w.y[r] = blockIm[r * kColumnBlock + Index(k)];
+  }
+  RealInverseFFT(winlen, w.m - 6, w.x.data(), w.y.data(), w.sine.data(), w.tan.data());
 }
 
 // Adds one frame into the overlap sums a and d, whose index 0 is the frame's
@@ -307,10 +323,16 @@ bool InvertSpectrogram(const Spectrum& spectrum, SpecWindow kind, InversionMetho
     const int first = half - width, last = half + width;
     // a and d hold indices -2h .. n + 2h; frame c starts at -h + c*step.
     std::vector<double> a(Index(s.n) + 2 * Index(winlen) + 1, 0.0), d(a.size(), 0.0);
-    for (int c = 1; c <= s.ncols; ++c) {
-      InverseColumn(spectrum, c, work);
-      const std::size_t start = Index(half + (c - 1) * s.step);
-      AccumulateFrame(method, work, winlen, first, last, a.data() + start, d.data() + start);
+    const std::size_t rows = Index(half) + 1;
+    std::vector<double> blockRe(Index(kColumnBlock) * rows), blockIm(blockRe.size());
+    for (int c0 = 0; c0 < s.ncols; c0 += kColumnBlock) {
+      const int count = std::min(kColumnBlock, s.ncols - c0);
+      LoadColumns(spectrum, c0, count, blockRe.data(), blockIm.data());
+      for (int k = 0; k < count; ++k) {
+        InverseColumn(blockRe.data(), blockIm.data(), k, winlen, work);
+        const std::size_t start = Index(half + (c0 + k) * s.step);
+        AccumulateFrame(method, work, winlen, first, last, a.data() + start, d.data() + start);
+      }
     }
     for (int j = 0; j <= s.n; ++j)
       if (d[Index(j + winlen)] == 0.0) return false;
