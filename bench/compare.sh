@@ -20,6 +20,10 @@ done
 if [[ -x "$build/bench/bench_wavelet" ]] && /usr/bin/python3 -c "import pywt" 2> /dev/null; then
   /usr/bin/python3 "$root/bench/pywt_yardstick.py" "$tmp/pywt_yardstick.json"
 fi
+# SciPy's stft and istft on the spectrogram cases, when python3-scipy is there.
+if [[ -x "$build/bench/bench_spectrogram" ]] && /usr/bin/python3 -c "import scipy.signal" 2> /dev/null; then
+  /usr/bin/python3 "$root/bench/scipy_stft_yardstick.py" "$tmp/scipy_stft_yardstick.json"
+fi
 if [[ $found -eq 0 ]]; then
   echo "no benchmark programs under $build/bench: build with the default preset first" >&2
   exit 1
