@@ -115,6 +115,7 @@ BAD = {
     "mode_4.spg": spg(mode=4),
     "mode_negative.spg": spg(mode=-1),
     "choice_2.spg": spg(choice=2),
+    "choice_negative.spg": spg(choice=-1),
     "filter_5.spg": spg(filt=5),
     "filter_negative.spg": spg(filt=-1),
 }

@@ -242,7 +242,7 @@ TEST(SpgFile, TakesTheWindowLengthsASpectrogramOfTheSignalAccepts) {
 TEST(SpgFile, RefusesWindowsStepsAndListIndicesNoSpectrogramCouldHave) {
   for (const char* name : {"window_128_of_128.spg", "window_96.spg", "window_32.spg", "window_negative.spg",
                            "window_huge.spg", "step_0.spg", "step_negative.spg", "step_65.spg", "mode_4.spg",
-                           "mode_negative.spg", "choice_2.spg", "filter_5.spg", "filter_negative.spg"})
+                           "mode_negative.spg", "choice_2.spg", "choice_negative.spg", "filter_5.spg", "filter_negative.spg"})
     EXPECT_FALSE(ReadSpgFile(Bytes(name))) << name;
 }
 
