@@ -165,6 +165,8 @@ std::span<const SideBoxRow<Graph1Form>> Graph1Form::SideBoxTable() {
       {{"mnuArrangeDecrMags", "", "Sort magnitudes", kPanelAnalysis, 5}, &G::OpenAnalysis, &G::PerformAnalysis},
       {{"mnuArrangeDecrMag", "", "Sort magnitudes", kPanelAnalysis, 5}, &G::OpenAnalysis, &G::PerformAnalysis},
       {{"mnuStatistics", "", "Statistics", kPanelInterpolate, 11}, &G::OpenStatistics, &G::InterpolateGo},
+      {{"mnuSpectrogram", "", "Spectrogram", kPanelInterpolate, 11}, &G::OpenInterpolate, &G::InterpolateGo},
+      {{"mnuQuantize(2)", "", "Denoise (Gabor)", kPanelInterpolate, 11}, &G::OpenInterpolate, &G::InterpolateGo},
       {{"mnuInterpolateMethod(0)", "", "Haar Interpolate", kPanelInterpolate, 11}, &G::OpenInterpolate,
        &G::InterpolateGo},
       {{"mnuInterpolateMethod(1)", "", "D-D 4,2 Interpolate", kPanelInterpolate, 11}, &G::OpenInterpolate,

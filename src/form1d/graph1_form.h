@@ -71,7 +71,10 @@ enum SideBoxPanel : int {
 // A whole result for a new form, as other kinds of form give it too.
 using Graph1Result = OneDimensionalResult;
 
-class Graph1Form final : public Form, public OneDimensionalReceiver, private formula::FormulaHost {
+class Graph1Form final : public Form,
+                         public OneDimensionalReceiver,
+                         public AudioReceiver,
+                         private formula::FormulaHost {
  public:
   static constexpr FormKind kKind = FormKind::Graph1;
 
@@ -81,6 +84,11 @@ class Graph1Form final : public Form, public OneDimensionalReceiver, private for
   // Files and shows a result on this new, empty form; other kinds of form
   // give their one-dimensional results this way.
   void ShowResult(const Graph1Result& result) override;
+  // The audio box's rate and volume, and 16 bits with `sixteenBits`.
+  void AudioSettings(const std::string& rate, const std::string& volume, bool sixteenBits) override;
+  // The spectrogram of the graph TxtGraphStat names, in a new form; with
+  // `gabor` computed at once and prepared for denoising.
+  void ComputeSpectrogram(bool gabor);
 
   // The graph store.
   void SetPoints(int n);

@@ -246,4 +246,23 @@ void Graph1Form::OpenAudio(const SideBoxCommand&) {
   controls_.SetEnabled("cmdSound(1)", false);
 }
 
+void Graph1Form::AudioSettings(const std::string& rate, const std::string& volume, bool sixteenBits) {
+  controls_.SetText("TxtSound(1)", rate);
+  controls_.SetText("TxtSound(2)", volume);
+  if (sixteenBits) controls_.SetFromUser("OpBitRate(1)", "1");
+}
+
+void Graph1Form::ComputeSpectrogram(bool gabor) {
+  const int g = graphNumber_("TxtGraphStat", graphCount_, AnyBadNumber(1, NumberReading::Evaluated));
+  if (g < 0) return;
+  SpectrogramCalls* spectrogram = NewFormFor<SpectrogramCalls>(context_, FormKind::Spectrogram);
+  if (!spectrogram) return;
+  const double* y = GraphValues(g);
+  spectrogram->SetSignalValues(std::vector<double>(y, y + n_ + 1), n_, GraphLeft(g), GraphRight(g), GraphStep(g));
+  spectrogram->AudioSettings(controls_.Text("TxtSound(1)"), controls_.Text("TxtSound(2)"),
+                             controls_["OpBitRate(1)"].value != 0);
+  spectrogram->ShowSpecgramBox();
+  if (gabor && spectrogram->ComputeTheSpectrogram()) spectrogram->DenoiseOption();
+}
+
 }  // namespace keldo::form1d

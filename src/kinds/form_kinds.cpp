@@ -8,6 +8,7 @@
 #include "imageproc/image_processor_menu.h"
 #include "kit/basic_form.h"
 #include "sound/sound_editor_form.h"
+#include "timefreq/spectrogram_form.h"
 #include "timefreq/timefreq_menus.h"
 #include "workshop/workshop_menu.h"
 
@@ -64,7 +65,7 @@ const FormKindInfo kKinds[] = {
      .formExtension = ".spg",
      .formFilter = "Spectrograph (*.spg)",
      .openFormPosition = 4,
-     .maker = MakeMenuOnlyForm<FormKind::Spectrogram, timefreq::SpectrogramMenuBar>},
+     .maker = timefreq::MakeSpectrogramForm},
     {.kind = FormKind::Scalogram,
      .word = "scalogram",
      .captionWord = "Scalogram ",

@@ -53,6 +53,7 @@ struct GraphSummary {
     std::string name;
     std::string text;
     std::vector<double> numbers;  // used when the text is empty and this is not
+    std::vector<std::string> texts = {};  // a list of texts, used when not empty
   };
   std::vector<Field> fields;
 };

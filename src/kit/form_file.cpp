@@ -10,7 +10,7 @@ namespace keldo {
 
 std::optional<std::string> SaveFormFile(FormContext& context, const std::string& knownPath, bool askForName,
                                         const char* filter, const char* extension,
-                                        const std::function<bool(const std::string&)>& write) {
+                                        const std::function<bool(const std::string&)>& write, int failureMessage) {
   std::string path = knownPath;
   if (askForName || path.empty()) {
     const auto chosen = context.services().fileDialog->Run({platform::FileDialogMode::Save, "Save form", filter, 1,
@@ -23,7 +23,7 @@ std::optional<std::string> SaveFormFile(FormContext& context, const std::string&
   const bool saved = write(path);
   context.ShowIdle();
   if (!saved) {
-    context.ShowError(36);
+    context.ShowError(failureMessage);
     return std::nullopt;
   }
   return path;
@@ -32,7 +32,7 @@ std::optional<std::string> SaveFormFile(FormContext& context, const std::string&
 bool SaveTheFormFile(Form& form, std::string& fileName, bool askForName, const FormFileKind& kind,
                      const std::function<bool(const std::string&)>& write) {
   const std::optional<std::string> path =
-      SaveFormFile(form.context(), fileName, askForName, kind.filter, kind.extension, write);
+      SaveFormFile(form.context(), fileName, askForName, kind.filter, kind.extension, write, kind.failureMessage);
   if (!path) return false;
   fileName = *path;
   for (const std::string& item : kind.namedItems) form.controls().SetEnabled(item, true);

@@ -20,13 +20,14 @@ struct FormFileKind {
   const char* filter;     // "(*.kd1)|*.kd1"
   const char* extension;  // ".kd1"
   std::vector<std::string> namedItems;
+  int failureMessage = 36;  // reported when the file cannot be written
 };
 
 // The path written, or nothing after a cancel or a reported failure.
 // `write` writes the form to a path and says whether it could.
 std::optional<std::string> SaveFormFile(FormContext& context, const std::string& knownPath, bool askForName,
                                         const char* filter, const char* extension,
-                                        const std::function<bool(const std::string&)>& write);
+                                        const std::function<bool(const std::string&)>& write, int failureMessage = 36);
 
 // The same for a whole form that keeps its name in `fileName`: the path
 // written becomes its name, the kind's named items are enabled and the form

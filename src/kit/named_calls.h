@@ -77,6 +77,39 @@ class ImageReceiver {
   ~ImageReceiver() = default;
 };
 
+// AudioSettings: a form takes the audio box's sampling rate and volume, as
+// texts, and with `sixteenBits` chooses 16 bits.
+class AudioReceiver {
+ public:
+  virtual void AudioSettings(const std::string& rate, const std::string& volume, bool sixteenBits) = 0;
+
+ protected:
+  ~AudioReceiver() = default;
+};
+
+// SetSignalValues: a time-frequency form takes a signal sig[0..points] over
+// [a, b] in steps dt, with the audio settings to play it.
+class SignalReceiver : public AudioReceiver {
+ public:
+  virtual void SetSignalValues(const std::vector<double>& values, int points, double a, double b, double dt) = 0;
+
+ protected:
+  ~SignalReceiver() = default;
+};
+
+// The spectrogram's calls: ShowSpecgramBox opens its compute box;
+// ComputeTheSpectrogram checks the box and computes (false after a
+// message); DenoiseOption prepares the Gabor threshold formula.
+class SpectrogramCalls : public SignalReceiver {
+ public:
+  virtual void ShowSpecgramBox() = 0;
+  virtual bool ComputeTheSpectrogram() = 0;
+  virtual void DenoiseOption() = 0;
+
+ protected:
+  ~SpectrogramCalls() = default;
+};
+
 // A new form of the kind, numbered, placed and shown, reached through the
 // call it answers; null after reporting 72 or 73 (also when the kind does
 // not answer the call, which then leaves no form behind).

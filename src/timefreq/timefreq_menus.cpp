@@ -30,6 +30,20 @@ constexpr MenuRow kSpectrogram[] = {
     {1, "mnuHelpSideBox", "Help for "},
 };
 
+// The pop-up menu of the spectrogram's picture.
+constexpr MenuRow kSpectrogramPopup[] = {
+    {0, "mnuSpecPopUp", "Spectrogram"},
+    {1, "mnuPrintPopUp", "&Print"},
+    {1, "mnuPlotGraph", "Plot &Graph"},
+    {1, "mnuThresholdPopUp", "&Threshold"},
+    {1, "mnuInvertPopUp", "&Invert"},
+    {1, "mnuRestorePopUp", "&Restore"},
+    {1, "mnuDisplayStylePopUp", "&Display style"},
+    {1, "mnuCopySignal", "&Copy signal"},
+    {1, "mnuVerticalSlice", "&Vertical slice"},
+    {1, "mnuHorizontalSlice", "&Horizontal slice"},
+};
+
 constexpr MenuRow kScalogram[] = {
     {0, "mnuFile", "&File"},
     {1, "mnuOpen", "&Open"},
@@ -52,6 +66,7 @@ constexpr MenuRow kScalogram[] = {
 }  // namespace
 
 std::span<const MenuRow> SpectrogramMenuBar() { return kSpectrogram; }
+std::span<const MenuRow> SpectrogramPopupMenu() { return kSpectrogramPopup; }
 std::span<const MenuRow> ScalogramMenuBar() { return kScalogram; }
 
 }  // namespace keldo::timefreq

@@ -335,8 +335,7 @@ TEST(ResetMenu, FollowsTheCountForBuiltCommands) {
       {"mnuSaveGraph", {false, true, true, true}},     {"mnuTrace", {false, true, true, true}},
       {"mnuOpenSave(3)", {false, true, true, true}},   {"mnuOpenSave(4)", {false, true, true, true}},
       {"mnuOpenSave(5)", {false, true, true, true}},
-      // Not built yet: disabled whatever the count.
-      {"mnuSpectrogram", {false, false, false, false}}, {"mnuTransforms", {false, true, true, true}},
+      {"mnuSpectrogram", {false, true, true, true}},   {"mnuTransforms", {false, true, true, true}},
       {"mnuStatistics", {false, true, true, true}},
       {"mnuOpenSave(6)", {false, true, true, true}}, {"mnuDownSample", {false, true, true, true}},
       {"mnuScalarProduct", {false, false, true, true}}, {"mnuNormDifference", {false, false, true, true}},
