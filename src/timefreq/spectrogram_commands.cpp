@@ -10,6 +10,7 @@
 #include "common/number_text.h"
 #include "kit/form_context.h"
 #include "kit/form_file.h"
+#include "kit/slices.h"
 #include "platform/audio.h"
 #include "platform/services.h"
 #include "timefreq/spectrogram_form.h"
@@ -19,18 +20,7 @@
 namespace keldo::timefreq {
 namespace {
 
-constexpr int kMinPoints = 64;
-constexpr int kMaxPoints = 65536;
-
 const FormFileKind kFormFile{"Spectrograph (*.spg)|*.spg", ".spg", {"mnuSave"}, 66};
-
-// The grid of a one-dimensional form that holds `count` values: the
-// smallest power of two from 64 up that is not below count - 1.
-int PointsFor(std::size_t count) {
-  int n = kMinPoints;
-  while (n < kMaxPoints && static_cast<std::size_t>(n) + 1 < count) n *= 2;
-  return n;
-}
 
 int SelectedIndex(const ControlModel& controls, const std::string& base, int count) {
   for (int k = 0; k < count; ++k)
@@ -70,20 +60,9 @@ void SpectrogramForm::InvertTheSpectrogram() {
 }
 
 bool SpectrogramForm::SendToNewForm(const std::vector<double>& values, double a, double b, const std::string& remarks) {
-  const int points = PointsFor(values.size());
-  std::vector<double> y(static_cast<std::size_t>(points) + 1, 0.0);
-  std::copy_n(values.begin(), std::min(values.size(), y.size()), y.begin());
-  // Values that do not fill the grid keep their spacing; zeros follow them.
-  const double h = values.size() > 1 ? (b - a) / static_cast<double>(values.size() - 1) : (b - a);
-  OneDimensionalResult result = OneDimensionalResult::Of(points, std::move(y), a, a + h * points, h);
-  result.remarks = remarks;
-  OneDimensionalReceiver* form = NewFormFor<OneDimensionalReceiver>(context_, FormKind::Graph1);
-  if (!form) return false;
-  form->ShowResult(result);
-  if (auto* audio = dynamic_cast<AudioReceiver*>(form))
-    audio->AudioSettings(controls_.Text("TxtSound(1)"), controls_.Text("TxtSound(2)"),
-                         controls_["OpBitRate(1)"].value != 0);
-  return true;
+  return SendToOneDimensionalForm(context_, values, a, b, remarks,
+                                  {controls_.Text("TxtSound(1)"), controls_.Text("TxtSound(2)"),
+                                   controls_["OpBitRate(1)"].value != 0});
 }
 
 void SpectrogramForm::DenoiseOption() {
@@ -164,8 +143,8 @@ SpgFile SpectrogramForm::ToFile() const {
   f.step = spectrum_.shape.step;
   f.samplingValue = Val(controls_.Text("TxtSound(1)"));
   f.displayMaximum = static_cast<std::int32_t>(std::clamp(spectrogramMax_, 0.0, static_cast<double>(INT_MAX)));
-  f.displayMode = static_cast<std::int16_t>(SelectedIndex(controls_, "OpMag", 4));
-  f.displayChoice = static_cast<std::int16_t>(SelectedIndex(controls_, "OpMagPhase", 2));
+  f.displayMode = static_cast<std::int16_t>(kDisplayBox.MagnitudeMode(controls_));
+  f.displayChoice = static_cast<std::int16_t>(kDisplayBox.ShowsPhase(controls_) ? 1 : 0);
   f.flag = present_ ? 'Y' : 'N';
   const Control* filter = controls_.Find("SpecFilter");
   f.filterIndex = static_cast<std::int16_t>(filter ? filter->value : 0);
@@ -193,9 +172,7 @@ bool SpectrogramForm::ReadFrom(const SpgFile& f) {
   Control& filter = controls_["SpecFilter"];
   if (f.filterIndex >= 0 && f.filterIndex < static_cast<int>(filter.items.size()))
     controls_.SetFromUser("SpecFilter", filter.items[static_cast<std::size_t>(f.filterIndex)]);
-  if (f.displayMode >= 0 && f.displayMode < 4) controls_.SetFromUser(IndexedName("OpMag", f.displayMode), "1");
-  if (f.displayChoice >= 0 && f.displayChoice < 2)
-    controls_.SetFromUser(IndexedName("OpMagPhase", f.displayChoice), "1");
+  kDisplayBox.Select(controls_, f.displayMode, f.displayChoice);
   if (f.samplingValue > 0) controls_.SetText("TxtSound(1)", PlainNumber(f.samplingValue));
   if (!modifications_.SetStored(f.modifications)) return false;
   modifications_.SetReport(f.report);
@@ -250,8 +227,7 @@ std::vector<GraphSummary> SpectrogramForm::Graphs() const {
   real.fields.push_back({"modifications", "", {}, modifications_.All()});
   out.push_back(std::move(real));
   out.push_back(matrix("imag", spectrum_.im));
-  const bool phaseView = controls_.Find("OpMagPhase(1)")->value != 0;
-  const std::vector<std::int16_t>& levels = phaseView ? phase_ : magnitude_;
+  const std::vector<std::int16_t>& levels = kDisplayBox.ShowsPhase(controls_) ? phase_ : magnitude_;
   out.push_back(matrix("display", std::vector<double>(levels.begin(), levels.end())));
   return out;
 }

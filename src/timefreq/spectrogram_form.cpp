@@ -98,15 +98,7 @@ void SpectrogramForm::BuildControls() {
   filter.value = 2;
   Control& go0 = controls_.Add("GoButton(0)", ControlKind::Button, "&Compute");
   go0.tip = "Computes the spectrogram of the signal.";
-  // The display box.
-  const char* modes[] = {"Log (global)", "Linear (global)", "Log (local)", "Linear (local)"};
-  for (int k = 0; k < 4; ++k) controls_.AddOption(IndexedName("OpMag", k), modes[k], "OpMag", k == 0);
-  controls_.AddOption("OpMagPhase(0)", "G1: Magnitude", "OpMagPhase", true);
-  controls_.AddOption("OpMagPhase(1)", "G2: Phase", "OpMagPhase");
-  controls_.AddOption("OpSignalDisplay(0)", "Dots", "OpSignalDisplay");
-  controls_.AddOption("OpSignalDisplay(1)", "Lines", "OpSignalDisplay", true);
-  Control& go1 = controls_.Add("GoButton(1)", ControlKind::Button, "&Apply");
-  go1.tip = "Redraws the spectrogram in the style chosen.";
+  kDisplayBox.AddControls(controls_);
   // The threshold box.
   controls_.Add("LabMaximum", ControlKind::Label, "Maximum = 0");
   controls_.Add("txtThreshold", ControlKind::Text, "0").tip = "Cells of smaller magnitude are set to 0.";
@@ -306,10 +298,8 @@ void SpectrogramForm::SetDataValues() {
 
 void SpectrogramForm::UpdateDisplay() {
   if (!present_) return;
-  int mode = 0;
-  for (int k = 0; k < 4; ++k)
-    if (controls_[IndexedName("OpMag", k)].value) mode = k;
-  fourier::GetImageArray(spectrum_, static_cast<fourier::MagnitudeMode>(mode), magnitude_, phase_, spectrogramMax_);
+  const auto mode = static_cast<fourier::MagnitudeMode>(kDisplayBox.MagnitudeMode(controls_));
+  fourier::GetImageArray(spectrum_, mode, magnitude_, phase_, spectrogramMax_);
   controls_.SetText("LabMaximum", "Maximum = " + PlainNumber(spectrogramMax_));
 }
 
@@ -353,7 +343,7 @@ void SpectrogramForm::Paint(int picture, platform::Surface& surface) const {
     surface.Clear(platform::kWhite);
     if (!present_) return;
     const fourier::SpectrogramShape& s = spectrum_.shape;
-    const bool phaseView = controls_.Find("OpMagPhase(1)")->value != 0;
+    const bool phaseView = kDisplayBox.ShowsPhase(controls_);
     const std::vector<std::int16_t>& levels = phaseView ? phase_ : magnitude_;
     // Row 0, the zero frequency, at the bottom; each cell a block of pixels.
     platform::RgbImage image(s.ncols, s.nrows + 1, platform::kWhite);
@@ -371,7 +361,7 @@ void SpectrogramForm::Paint(int picture, platform::Surface& surface) const {
   if (signal_.empty()) return;
   const Picture p = Pictures()[1];
   surface.SetScale(p.scale);
-  const bool dots = controls_.Find("OpSignalDisplay(0)")->value != 0;
+  const bool dots = kDisplayBox.SignalAsDots(controls_);
   const platform::Rgb colour = platform::MakeRgb(0, 255, 0);
   if (dots) {
     std::vector<platform::UserPoint> points(signal_.size());
@@ -420,7 +410,7 @@ bool SpectrogramForm::PictureMouse(int picture, MouseAction action, double x, do
 }
 
 void SpectrogramForm::ControlChanged(const std::string& name) {
-  if (name.rfind("OpMag", 0) == 0 || name.rfind("OpSignalDisplay", 0) == 0) RedrawSpectrogram();
+  if (kDisplayBox.Redraws(name)) RedrawSpectrogram();
 }
 
 std::array<double, 4> SpectrogramForm::Window() const { return {a_, b_, 0.0, 1.0 / (2.0 * dt_)}; }

@@ -18,10 +18,14 @@
 #include "kit/formula_box.h"
 #include "kit/modification_list.h"
 #include "kit/named_calls.h"
+#include "kit/spectrum_display_box.h"
 
 namespace keldo::timefreq {
 
 struct SpgFile;
+
+// The display box: magnitude or phase as OpMagPhase, redrawn by GoButton(1).
+inline constexpr SpectrumDisplayBox kDisplayBox{"OpMagPhase", 1};
 
 // Side-box panels (PicSideBox) by number.
 enum SpectrogramPanel : int {

@@ -15,9 +15,7 @@ FormLayout MakeLayout() {
   l.sideBox = {
       {kPanelCompute, Rows({Field("Window length:", "SpSetting(0)"), Field("Step size:", "SpSetting(1)"),
                             Field("Window:", "SpecFilter"), Item("GoButton(0)")})},
-      {kPanelDisplay, Rows({Item("OpMag(0)"), Item("OpMag(1)"), Item("OpMag(2)"), Item("OpMag(3)"),
-                            Item("OpMagPhase(0)"), Item("OpMagPhase(1)"), Item("OpSignalDisplay(0)"),
-                            Item("OpSignalDisplay(1)"), Item("GoButton(1)")})},
+      {kPanelDisplay, kDisplayBox.Panel()},
       {kPanelThreshold, Rows({Item("LabMaximum"), Field("Threshold:", "txtThreshold"), Item("GoButton(2)")})},
       {kPanelFormula, Rows({Item("GoButton(3)"), Item("PercentDone")})},
       {kPanelInvert, Rows({Title("LabelInvert"), Group("Inversion method",
