@@ -261,5 +261,45 @@ TEST(SpectrogramForm, AVerticalSliceHoldsTheColumnUnderThePointer) {
   for (int r = 0; r <= 64; ++r) EXPECT_NEAR(slice->GraphValues(0)[r], Magnitude(sp, r, 3), kRounding) << r;
 }
 
+TEST(SpectrogramForm, AFileBuiltByteByByteOpensAndReplaysItsList) {
+  TestFrame t;
+  Form* form = t.frame.OpenFormFile(FormKind::Spectrogram, KELDO_TEST_DATA "/spg/basic.spg", "basic.spg");
+  ASSERT_NE(form, nullptr);
+  auto* s = FormAs<SpectrogramForm>(form);
+  ASSERT_NE(s, nullptr);
+  EXPECT_EQ(s->Caption(), "basic.spg");
+  ASSERT_TRUE(s->Present());
+  // 128 points of (i mod 7) - 3 + i/8 over [0, 1], window 64 (Hamming), step 8.
+  ASSERT_EQ(s->Signal().size(), 129u);
+  EXPECT_EQ(s->Signal()[10], 3 - 3 + 10 / 8.0);
+  EXPECT_EQ(s->Spectrum().shape.winlen, 64);
+  EXPECT_EQ(s->Spectrum().shape.step, 8);
+  EXPECT_EQ(s->Spectrum().shape.ncols, 17);
+  EXPECT_EQ(s->controls().Text("SpecFilter"), "Hamming");
+  EXPECT_EQ(s->Modifications().All(), (std::vector<std::string>{"B", "T:0.5", "G:(g1)(g1>2)"}));
+  EXPECT_EQ(s->controls().Text("txtModReport"), "1. Threshold\r\nValue: 0.5\r\n2. Formula\r\n(g1)(g1>2)\r\n");
+  EXPECT_EQ(s->controls().Text("txtInformation"), "Filter: Hamming\r\nWindow length: 64\r\nShift: 8\r\n");
+  // The replayed formula kept the cells above 2 and cleared the others.
+  const fourier::Spectrum& sp = s->Spectrum();
+  int kept = 0;
+  for (std::size_t k = 0; k < sp.re.size(); ++k) {
+    const double m = std::hypot(sp.re[k], sp.im[k]);
+    EXPECT_TRUE(m == 0.0 || m > 2.0) << k;
+    kept += m > 2.0;
+  }
+  EXPECT_GT(kept, 0);
+  EXPECT_TRUE(t.lines.empty());
+}
+
+TEST(SpectrogramForm, AFileThatIsNoFormFileOpensNothing) {
+  TestFrame t;
+  for (const char* name : {"nonsense.spg", "empty.spg", "trailing.spg", "count_63.spg", "window_96.spg"}) {
+    t.lines.clear();
+    EXPECT_EQ(t.frame.OpenFormFile(FormKind::Spectrogram, std::string(KELDO_TEST_DATA "/spg/") + name, name), nullptr);
+    EXPECT_EQ(t.lines, std::vector<std::string>{"message 73: Error loading form."}) << name;
+    EXPECT_TRUE(t.frame.OpenForms().empty()) << name;
+  }
+}
+
 }  // namespace
 }  // namespace keldo
