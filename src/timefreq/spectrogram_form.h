@@ -83,6 +83,10 @@ class SpectrogramForm final : public Form, public SpectrogramCalls, private form
   std::vector<Picture> Pictures() const override;
   void Paint(int picture, platform::Surface& surface) const override;
   bool PictureMouse(int picture, MouseAction action, double x, double y, MouseButton button) override;
+  // A script's pointer is on the spectrogram, in time and frequency.
+  bool Mouse(MouseAction action, double x, double y, MouseButton button) override {
+    return PictureMouse(0, action, x, y, button);
+  }
   bool TracksPointer() const override;
   const std::string& CursorText() const override { return cursorText_; }
   const FormLayout& Layout() const override;
