@@ -170,6 +170,17 @@ void SpectrogramForm::BindCommands() {
     item.value = item.value ? 0 : 1;
     if (!item.value) cursorText_.clear();
   });
+  // Gabor denoising of the signal shown: the threshold formula from the
+  // noise estimate, ready to plot and invert.
+  OnMenu("mnuDenoise", [this](int) {
+    if (present_) DenoiseOption();
+    else context_.Beep();
+  });
+  // The spectrogram alone, without the signal under it.
+  OnMenu("mnuViewOnly", [this](int) {
+    Control& item = controls_["mnuViewOnly"];
+    item.value = item.value ? 0 : 1;
+  });
   OnMenu("mnuHelpSpectrogram", [this](int) { context_.GetHelp("KELDSPGR.HLP", ""); });
   OnMenu("mnuHelpSideBox", [this](int) {
     const std::string& caption = controls_.Text("mnuHelpSideBox");
@@ -325,6 +336,7 @@ std::vector<Picture> SpectrogramForm::Pictures() const {
     image.bottomLabels[static_cast<std::size_t>(k)] = controls_.Text(IndexedName("LabTime", k));
     image.leftLabels[static_cast<std::size_t>(k)] = controls_.Text(IndexedName("LabFreq", 4 - k));
   }
+  if (controls_.Find("mnuViewOnly")->value != 0) return {image};
   Picture signal;
   signal.row = 1;
   double low = 0.0, high = 0.0;
@@ -359,8 +371,9 @@ void SpectrogramForm::Paint(int picture, platform::Surface& surface) const {
   }
   surface.Clear(platform::kBlack);
   if (signal_.empty()) return;
-  const Picture p = Pictures()[1];
-  surface.SetScale(p.scale);
+  const std::vector<Picture> pictures = Pictures();
+  if (pictures.size() < 2) return;
+  surface.SetScale(pictures[1].scale);
   const bool dots = kDisplayBox.SignalAsDots(controls_);
   const platform::Rgb colour = platform::MakeRgb(0, 255, 0);
   if (dots) {

@@ -244,6 +244,23 @@ TEST(SpectrogramForm, GaborDenoisingComputesAndPreparesTheFormula) {
   EXPECT_TRUE(s.controls()["PicSideBox(3)"].visible);
 }
 
+TEST(SpectrogramForm, TheGraphMenuDenoisesAndTheViewMenuHidesTheSignal) {
+  TestFrame t;
+  Graph1Form& f = NewGraphForm(t, 1024);
+  Plot(f, "sin(40*x)");
+  SpectrogramForm& s = OpenSpectrogram(t, f);
+  EXPECT_EQ(s.Pictures().size(), 2u);
+  s.RunMenu("mnuDenoise");
+  EXPECT_EQ(t.lines, std::vector<std::string>{"beep"});  // nothing computed yet
+  Compute(s, "128", "32", "Boxcar");
+  s.RunMenu("mnuDenoise");
+  EXPECT_EQ(s.controls().Text("Formula").rfind("(g1)(g1 > c)\\c=sqr(2log(128))*(", 0), 0u) << s.controls().Text("Formula");
+  s.RunMenu("mnuViewOnly");
+  EXPECT_EQ(s.Pictures().size(), 1u);
+  s.RunMenu("mnuViewOnly");
+  EXPECT_EQ(s.Pictures().size(), 2u);
+}
+
 TEST(SpectrogramForm, AVerticalSliceHoldsTheColumnUnderThePointer) {
   TestFrame t;
   Graph1Form& f = NewGraphForm(t, 512);
