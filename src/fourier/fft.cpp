@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cmath>
+#include <cstdlib>
 #include <cstdint>
 #include <cstring>
 #include <map>
@@ -351,9 +352,13 @@ __attribute__((target("avx512f,avx512vl"))) void BitReverseTilesMany(double* x, 
   BitReverseTilesBody<kStages>(x, y, m, s1, t1);
 }
 
-// Whether the processor has the 32 vector registers of AVX-512.
+// Whether the processor has the 32 vector registers of AVX-512. The
+// environment variable KELDO_NO_AVX512 (any value) takes the paths of the
+// processors without them, so that one machine can measure both; the
+// results are the same to the bit.
 bool ManyRegisters() {
-  static const bool many = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512vl");
+  static const bool many = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512vl") &&
+                           std::getenv("KELDO_NO_AVX512") == nullptr;
   return many;
 }
 
