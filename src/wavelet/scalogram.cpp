@@ -1,0 +1,298 @@
+#include "wavelet/scalogram.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <new>
+
+namespace keldo::wavelet {
+namespace {
+
+constexpr double kPi = 3.14159265358979;
+constexpr double kHatConstant = 4.57565215012204;
+// exp(x) is exactly 0 in double precision for every x below -745.2: a
+// sample whose exponent lies beyond this is 0 without calling exp.
+constexpr double kExpUnderflow = 746.0;
+
+constexpr std::array<std::string_view, 5> kLabels{
+    "1. Mexican hat (real)", "2. Haar (real)", "3. Gabor cosine (real)", "4. Gabor sine (real)",
+    "5. Gabor (complex)"};
+
+// Catalogue numbers of the parameter checks.
+constexpr int kOctavesTooFew = 58;
+constexpr int kOctavesTooMany = 59;
+constexpr int kVoicesTooFew = 60;
+constexpr int kTooManyVoices = 61;
+constexpr int kWidthNotPositive = 62;
+constexpr int kFreqNotPositive = 63;
+constexpr int kMostOctaves = 256;
+
+std::size_t Index(int i) { return static_cast<std::size_t>(i); }
+
+int ExponentOf(int n) {
+  int m = 0;
+  while ((1 << m) < n) ++m;
+  return m;
+}
+
+// The centre of every wavelet: b/2 on an interval that starts at or after
+// 0, 0 on one that starts before.
+double CentreOf(double a, double b) { return a >= 0.0 ? b / 2 : 0.0; }
+
+void MexicanHatValues(int n, double* out, double a, double c0, double dx, double s, double q, double w) {
+  const double c = kHatConstant * (w * w);
+  const double amplitude = 2 * kPi * std::sqrt(c) * q;
+  for (int i = 0; i <= n; ++i) {
+    const double t = a + i * dx;
+    const double u = (c0 - t) * s;
+    const double g = kPi * (u * u);
+    const double ratio = g / c;
+    out[i] = ratio > kExpUnderflow ? 0.0 : (1 - 2 * g / c) * amplitude * std::exp(-g / c);
+  }
+}
+
+void HaarValues(int n, double* out, double a, double c0, double dx, double s, double q, double w) {
+  const double amplitude = q / std::sqrt(w);
+  for (int i = 0; i <= n; ++i) {
+    const double t = a + i * dx;
+    const double u = (t - c0) * s / w;
+    out[i] = (u > -0.5 && u < 0.0) ? amplitude : (u > 0.0 && u < 0.5) ? -amplitude : 0.0;
+  }
+}
+
+// The Gabor wavelet's parts: into `cosine` and `sine` when each is given.
+// Both parts of a sample share its envelope exp(-pi u^2) q.
+void GaborValues(int n, double* cosine, double* sine, double a, double c0, double dx, double f, double s, double q,
+                 double w) {
+  const double turn = 2 * kPi * f;
+  for (int i = 0; i <= n; ++i) {
+    const double t = a + i * dx;
+    const double u = (c0 - t) * s / w;
+    const double g = kPi * (u * u);
+    if (g > kExpUnderflow) {
+      if (cosine) cosine[i] = 0.0;
+      if (sine) sine[i] = 0.0;
+      continue;
+    }
+    const double envelope = std::exp(-g) * q;
+    const double angle = turn * u;
+    if (cosine) cosine[i] = envelope * std::cos(angle) / w;
+    if (sine) sine[i] = envelope * std::sin(angle) / w;
+  }
+}
+
+// One row's wavelet spectrum against the signal's, for k = 0..n/2 (the
+// inverse reads no more): S[k] += s (Wr^2 + Wi^2), then W = Z W dx.
+void MultiplyRow(int n, const double* x, const double* y, double* wr, double* wi, double* sum, double s,
+                 double dx) {
+  const int h = n / 2;
+  for (int k = 0; k <= h; ++k) {
+    const double re = wr[k], im = wi[k];
+    sum[k] += s * (re * re + im * im);
+    const double p = x[k] * re - y[k] * im;
+    const double q = x[k] * im + y[k] * re;
+    wr[k] = p * dx;
+    wi[k] = q * dx;
+  }
+}
+
+// The inverse transform of a row's product, its halves exchanged on the
+// way into `row` (columns 0..n-1); column n is the end entry's product.
+void InvertInto(int n, ScalogramWork& work, double* wr, double* wi, double endValue, double* row) {
+  const int m = ExponentOf(n), h = n / 2;
+  fourier::RealInverseFFT(n, m - 6, wr, wi, work.tables.sine.data(), work.tables.tan.data());
+  std::copy(wr + h, wr + n, row);
+  std::copy(wr, wr + h, row + h);
+  row[n] = endValue;
+}
+
+// Row r >= 1 from samples already in wr[0..n]: its spectrum, the product,
+// the inverse, into `row`.
+void WaveletRow(int n, double s, double dx, ScalogramWork& work, double* wr, double* wi, double* sum, double* row) {
+  const int m = ExponentOf(n);
+  const double endSample = wr[n];
+  fourier::RealFFT(n, wr, wi, work.tables.sine.data(), work.tables.tan.data(), m - 1);
+  MultiplyRow(n, work.x.data(), work.y.data(), wr, wi, sum, s, dx);
+  // At k = n: X[n] = sig[n], Y[n] = 0, and the wavelet's own end entries.
+  InvertInto(n, work, wr, wi, work.x[Index(n)] * endSample * dx, row);
+}
+
+// Row 0: the low-pass spectrum phi from the accumulator, real, in the
+// place of a wavelet's spectrum.
+void LowPassRow(int n, double dx, ScalogramWork& work, const double* sum, double* row) {
+  double* phi = work.phi.data();
+  CreateScaleTransform(n, FMAXWI(n, sum), phi, sum);
+  double* wr = work.wr.data();
+  double* wi = work.wi.data();
+  const double* x = work.x.data();
+  const double* y = work.y.data();
+  for (int k = 0; k <= n / 2; ++k) {
+    wr[k] = x[k] * phi[k] * dx;
+    wi[k] = y[k] * phi[k] * dx;
+  }
+  InvertInto(n, work, wr, wi, x[n] * phi[n] * dx, row);
+}
+
+// The matrices of a shape; `re` always, `im` for the complex wavelet.
+void SizeResult(const ScalogramShape& shape, bool complex, Scalogram& result) {
+  const std::size_t cells = shape.Cells();
+  if (result.shape != shape || result.re.size() != cells) {
+    result.re = std::vector<double>();
+    result.re.resize(cells, 0.0);
+  }
+  if (complex && result.im.size() != cells) {
+    result.im = std::vector<double>();
+    result.im.resize(cells, 0.0);
+  }
+  result.shape = shape;
+  result.complex = complex;
+}
+
+bool AskToStop(int r, const ScalogramRowCallback& onRow) {
+  return r % 4 == 0 && onRow && onRow(r) == ScalogramProgress::Stop;
+}
+
+double DxOf(const ScalogramSetup& setup, int n) { return (setup.b - setup.a) / n; }
+
+template <typename Create>
+ScalogramStatus ComputeWith(const double* sig, int n, const ScalogramSetup& setup, bool complex, Scalogram& result,
+                            Create create) {
+  try {
+    ScalogramWork work(sig, n);
+    SizeResult(ScalogramShape::Of(n, setup.octaves, setup.voices), complex, result);
+    return create(work);
+  } catch (const std::bad_alloc&) {
+    result = Scalogram();
+    return ScalogramStatus::NoMemory;
+  }
+}
+
+}  // namespace
+
+std::span<const std::string_view> ScalWaveletLabels() { return kLabels; }
+
+bool ScalWaveletOfLabel(std::string_view label, ScalWavelet& wavelet) {
+  if (label.empty() || label[0] < '1' || label[0] > '5') return false;
+  if (label.size() > 1 && label[1] >= '0' && label[1] <= '9') return false;
+  wavelet = static_cast<ScalWavelet>(label[0] - '0');
+  return true;
+}
+
+ScalogramProblem CheckScalogramParameters(int octaves, int voices, double width, double freq, ScalWavelet wavelet) {
+  if (octaves < 1) return {kOctavesTooFew, ScalogramField::Octaves};
+  if (octaves > kMostOctaves) return {kOctavesTooMany, ScalogramField::Octaves};
+  if (voices < 1) return {kVoicesTooFew, ScalogramField::Voices};
+  if (static_cast<long long>(octaves) * voices > kMostOctaves) return {kTooManyVoices, ScalogramField::Voices};
+  if (!(width > 0.0)) return {kWidthNotPositive, ScalogramField::Width};
+  if (static_cast<int>(wavelet) > 2 && !(freq > 0.0)) return {kFreqNotPositive, ScalogramField::Freq};
+  return {};
+}
+
+double ScaleOfRow(int r, int voices) { return std::pow(2.0, static_cast<double>(r - 1) / voices); }
+
+void RealWaveletValues(int n, double* out, double a, double b, double dx, double f, int r, int v, ScalWavelet type,
+                       double w) {
+  const double c0 = CentreOf(a, b);
+  const double s = ScaleOfRow(r, v);
+  const double q = std::sqrt(s);
+  switch (type) {
+    case ScalWavelet::MexicanHat: MexicanHatValues(n, out, a, c0, dx, s, q, w); break;
+    case ScalWavelet::Haar: HaarValues(n, out, a, c0, dx, s, q, w); break;
+    case ScalWavelet::GaborSine: GaborValues(n, nullptr, out, a, c0, dx, f, s, q, w); break;
+    case ScalWavelet::GaborCosine:
+    case ScalWavelet::GaborComplex: GaborValues(n, out, nullptr, a, c0, dx, f, s, q, w); break;
+  }
+}
+
+void ComplexWaveletValues(int n, double* out, double a, double b, double dx, double f, int r, int v, double w,
+                          WaveletPart part) {
+  RealWaveletValues(n, out, a, b, dx, f, r, v,
+                    part == WaveletPart::Cosine ? ScalWavelet::GaborCosine : ScalWavelet::GaborSine, w);
+}
+
+double FMAXWI(int n, const double* S) {
+  double largest = 0.0;
+  for (int i = 10; i <= n / 8; ++i) largest = std::max(largest, std::fabs(S[i]));
+  return largest;
+}
+
+void CreateScaleTransform(int n, double c, double* phi, const double* S) {
+  std::fill(phi, phi + n + 1, 0.0);
+  for (int k = 0; k <= n / 2; ++k) {
+    const double e = c - S[k];
+    if (e < 0.001 * c) break;
+    phi[k] = phi[n - k] = std::sqrt(std::fabs(e));
+  }
+}
+
+ScalogramWork::ScalogramWork(const double* sig, int size)
+    : n(size),
+      tables(size),
+      x(sig, sig + size + 1),
+      y(Index(size) + 5, 0.0),
+      wr(Index(size) + 5, 0.0),
+      wi(Index(size) + 5, 0.0),
+      wr2(Index(size) + 5, 0.0),
+      wi2(Index(size) + 5, 0.0),
+      sum(Index(size) + 1, 0.0),
+      sum2(Index(size) + 1, 0.0),
+      phi(Index(size) + 1, 0.0) {
+  x.resize(Index(size) + 5, 0.0);
+  fourier::RealFFT(n, x.data(), y.data(), tables.sine.data(), tables.tan.data(), tables.m - 1);
+  // The transform reads sig[0..n-1]; the end entries are the sample and 0.
+  x[Index(n)] = sig[n];
+  y[Index(n)] = 0.0;
+}
+
+ScalogramStatus CreateTheRealScalogram(const ScalogramSetup& setup, ScalogramWork& work,
+                                       const ScalogramRowCallback& onRow, Scalogram& result) {
+  const int n = work.n;
+  const double dx = DxOf(setup, n);
+  std::fill(work.sum.begin(), work.sum.end(), 0.0);
+  for (int r = 1; r <= result.shape.nscales; ++r) {
+    const double s = ScaleOfRow(r, setup.voices);
+    RealWaveletValues(n, work.wr.data(), setup.a, setup.b, dx, setup.freq, r, setup.voices, setup.wavelet,
+                      setup.width);
+    WaveletRow(n, s, dx, work, work.wr.data(), work.wi.data(), work.sum.data(), result.RealRow(r).data());
+    if (AskToStop(r, onRow)) return ScalogramStatus::Stopped;
+  }
+  LowPassRow(n, dx, work, work.sum.data(), result.RealRow(0).data());
+  return ScalogramStatus::Done;
+}
+
+// The cosine and sine passes go row by row together: each row's two parts
+// share their envelope, and each pass keeps its own accumulator, so the
+// rows are those of two passes one after the other.
+ScalogramStatus CreateTheComplexScalogram(const ScalogramSetup& setup, ScalogramWork& work,
+                                          const ScalogramRowCallback& onRow, Scalogram& result) {
+  const int n = work.n;
+  const double dx = DxOf(setup, n);
+  std::fill(work.sum.begin(), work.sum.end(), 0.0);
+  std::fill(work.sum2.begin(), work.sum2.end(), 0.0);
+  const double c0 = CentreOf(setup.a, setup.b);
+  for (int r = 1; r <= result.shape.nscales; ++r) {
+    const double s = ScaleOfRow(r, setup.voices);
+    GaborValues(n, work.wr.data(), work.wr2.data(), setup.a, c0, dx, setup.freq, s, std::sqrt(s), setup.width);
+    WaveletRow(n, s, dx, work, work.wr.data(), work.wi.data(), work.sum.data(), result.RealRow(r).data());
+    WaveletRow(n, s, dx, work, work.wr2.data(), work.wi2.data(), work.sum2.data(), result.ImagRow(r).data());
+    if (AskToStop(r, onRow)) return ScalogramStatus::Stopped;
+  }
+  LowPassRow(n, dx, work, work.sum.data(), result.RealRow(0).data());
+  LowPassRow(n, dx, work, work.sum2.data(), result.ImagRow(0).data());
+  return ScalogramStatus::Done;
+}
+
+ScalogramStatus ComputeRealScalogram(const double* sig, int n, const ScalogramSetup& setup,
+                                     const ScalogramRowCallback& onRow, Scalogram& result) {
+  return ComputeWith(sig, n, setup, false, result,
+                     [&](ScalogramWork& work) { return CreateTheRealScalogram(setup, work, onRow, result); });
+}
+
+ScalogramStatus ComputeComplexScalogram(const double* sig, int n, const ScalogramSetup& setup,
+                                        const ScalogramRowCallback& onRow, Scalogram& result) {
+  return ComputeWith(sig, n, setup, true, result,
+                     [&](ScalogramWork& work) { return CreateTheComplexScalogram(setup, work, onRow, result); });
+}
+
+}  // namespace keldo::wavelet
