@@ -24,6 +24,10 @@ fi
 if [[ -x "$build/bench/bench_spectrogram" ]] && /usr/bin/python3 -c "import scipy.signal" 2> /dev/null; then
   /usr/bin/python3 "$root/bench/scipy_stft_yardstick.py" "$tmp/scipy_stft_yardstick.json"
 fi
+# PyWavelets' cwt on the scalogram cases, when python3-pywt is there.
+if [[ -x "$build/bench/bench_scalogram" ]] && /usr/bin/python3 -c "import pywt" 2> /dev/null; then
+  /usr/bin/python3 "$root/bench/pywt_cwt_yardstick.py" "$tmp/pywt_cwt_yardstick.json"
+fi
 if [[ $found -eq 0 ]]; then
   echo "no benchmark programs under $build/bench: build with the default preset first" >&2
   exit 1
