@@ -40,15 +40,44 @@ int ExponentOf(int n) {
 // 0, 0 on one that starts before.
 double CentreOf(double a, double b) { return a >= 0.0 ? b / 2 : 0.0; }
 
+// The sample grids of the usual intervals are mirrored, to the bit, about
+// the sample nearest the centre: with k0 that sample, C - t at 2 k0 - i is
+// exactly -(C - t) at i (an interval [0, b] or [-b, b] whose steps are exact
+// binary fractions), and so is u. Every wavelet here is even or odd in u, so
+// such a sample takes its mirror's value (negated for an odd part) rather
+// than calling exp, cos and sin again; the result is the one the formula
+// gives, the library's cos being even and its sin odd to the bit. A grid
+// that is not mirrored computes every sample.
+int MirrorIndex(int n, double a, double c0, double dx) {
+  const double k = std::nearbyint((c0 - a) / dx);
+  return k >= 0.0 && k <= n ? static_cast<int>(k) : -1;
+}
+
+// C - t[i], of which u is a multiple: opposite offsets give opposite u to
+// the bit, rounding being symmetric in sign.
+inline double OffsetOf(int i, double a, double c0, double dx) { return c0 - (a + i * dx); }
+
+// The sample below i that mirrors it about k0, or -1.
+inline int MirrorOf(int i, int k0) {
+  const int j = 2 * k0 - i;
+  return k0 >= 0 && j >= 0 && j < i ? j : -1;
+}
+
 void MexicanHatValues(int n, double* out, double a, double c0, double dx, double s, double q, double w) {
   const double c = kHatConstant * (w * w);
   const double amplitude = 2 * kPi * std::sqrt(c) * q;
+  const int k0 = MirrorIndex(n, a, c0, dx);
   for (int i = 0; i <= n; ++i) {
-    const double t = a + i * dx;
-    const double u = (c0 - t) * s;
-    const double g = kPi * (u * u);
-    const double ratio = g / c;
-    out[i] = ratio > kExpUnderflow ? 0.0 : (1 - 2 * g / c) * amplitude * std::exp(-g / c);
+    const double offset = OffsetOf(i, a, c0, dx);
+    const int j = MirrorOf(i, k0);
+    if (j >= 0 && OffsetOf(j, a, c0, dx) == -offset) {
+      out[i] = out[j];
+      continue;
+    }
+    const double u = offset * s;
+    // g/c once: 2g/c is 2 (g/c) and -g/c is -(g/c) to the bit.
+    const double ratio = kPi * (u * u) / c;
+    out[i] = ratio > kExpUnderflow ? 0.0 : (1 - 2 * ratio) * amplitude * std::exp(-ratio);
   }
 }
 
@@ -61,24 +90,34 @@ void HaarValues(int n, double* out, double a, double c0, double dx, double s, do
   }
 }
 
-// The Gabor wavelet's parts: into `cosine` and `sine` when each is given.
-// Both parts of a sample share its envelope exp(-pi u^2) q.
+// The Gabor wavelet's parts, the cosine part into `cosine` when kCosine
+// and the sine part into `sine` when kSine. Both parts of a sample share
+// its envelope exp(-pi u^2) q, and its cosine and sine come from one call
+// when both are wanted.
+template <bool kCosine, bool kSine>
 void GaborValues(int n, double* cosine, double* sine, double a, double c0, double dx, double f, double s, double q,
                  double w) {
   const double turn = 2 * kPi * f;
+  const int k0 = MirrorIndex(n, a, c0, dx);
   for (int i = 0; i <= n; ++i) {
-    const double t = a + i * dx;
-    const double u = (c0 - t) * s / w;
+    const double offset = OffsetOf(i, a, c0, dx);
+    const int j = MirrorOf(i, k0);
+    if (j >= 0 && OffsetOf(j, a, c0, dx) == -offset) {
+      if constexpr (kCosine) cosine[i] = cosine[j];
+      if constexpr (kSine) sine[i] = -sine[j];
+      continue;
+    }
+    const double u = offset * s / w;
     const double g = kPi * (u * u);
     if (g > kExpUnderflow) {
-      if (cosine) cosine[i] = 0.0;
-      if (sine) sine[i] = 0.0;
+      if constexpr (kCosine) cosine[i] = 0.0;
+      if constexpr (kSine) sine[i] = 0.0;
       continue;
     }
     const double envelope = std::exp(-g) * q;
     const double angle = turn * u;
-    if (cosine) cosine[i] = envelope * std::cos(angle) / w;
-    if (sine) sine[i] = envelope * std::sin(angle) / w;
+    if constexpr (kCosine) cosine[i] = envelope * std::cos(angle) / w;
+    if constexpr (kSine) sine[i] = envelope * std::sin(angle) / w;
   }
 }
 
@@ -199,9 +238,9 @@ void RealWaveletValues(int n, double* out, double a, double b, double dx, double
   switch (type) {
     case ScalWavelet::MexicanHat: MexicanHatValues(n, out, a, c0, dx, s, q, w); break;
     case ScalWavelet::Haar: HaarValues(n, out, a, c0, dx, s, q, w); break;
-    case ScalWavelet::GaborSine: GaborValues(n, nullptr, out, a, c0, dx, f, s, q, w); break;
+    case ScalWavelet::GaborSine: GaborValues<false, true>(n, nullptr, out, a, c0, dx, f, s, q, w); break;
     case ScalWavelet::GaborCosine:
-    case ScalWavelet::GaborComplex: GaborValues(n, out, nullptr, a, c0, dx, f, s, q, w); break;
+    case ScalWavelet::GaborComplex: GaborValues<true, false>(n, out, nullptr, a, c0, dx, f, s, q, w); break;
   }
 }
 
@@ -273,7 +312,8 @@ ScalogramStatus CreateTheComplexScalogram(const ScalogramSetup& setup, Scalogram
   const double c0 = CentreOf(setup.a, setup.b);
   for (int r = 1; r <= result.shape.nscales; ++r) {
     const double s = ScaleOfRow(r, setup.voices);
-    GaborValues(n, work.wr.data(), work.wr2.data(), setup.a, c0, dx, setup.freq, s, std::sqrt(s), setup.width);
+    GaborValues<true, true>(n, work.wr.data(), work.wr2.data(), setup.a, c0, dx, setup.freq, s, std::sqrt(s),
+                            setup.width);
     WaveletRow(n, s, dx, work, work.wr.data(), work.wi.data(), work.sum.data(), result.RealRow(r).data());
     WaveletRow(n, s, dx, work, work.wr2.data(), work.wi2.data(), work.sum2.data(), result.ImagRow(r).data());
     if (AskToStop(r, onRow)) return ScalogramStatus::Stopped;
