@@ -118,6 +118,11 @@ BAD = {
     "choice_negative.spg": spg(choice=-1),
     "filter_5.spg": spg(filt=5),
     "filter_negative.spg": spg(filt=-1),
+    # An input the reader fuzzer reported as slow once, while the machine was
+    # busy; it reads in 2 ms.
+    "fuzz_stall.spg": bytes.fromhex(
+        "00000000000000000000080000010001000000000000000000000001000000000"
+        "00d000000000000000000010000040000001000000000000001050000010000250000"),
 }
 
 

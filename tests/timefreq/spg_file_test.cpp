@@ -201,7 +201,8 @@ TEST(SpgFile, RefusesEveryFileCutShort) {
 }
 
 TEST(SpgFile, RefusesEmptyNonsenseAndTrailingBytes) {
-  for (const char* name : {"empty.spg", "nonsense.spg", "trailing.spg"}) EXPECT_FALSE(ReadSpgFile(Bytes(name))) << name;
+  for (const char* name : {"empty.spg", "nonsense.spg", "trailing.spg", "fuzz_stall.spg"})
+    EXPECT_FALSE(ReadSpgFile(Bytes(name))) << name;
 }
 
 TEST(SpgFile, RefusesNegativeAndHugeLengths) {
