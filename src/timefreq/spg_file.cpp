@@ -4,21 +4,12 @@
 #include <cstdint>
 
 #include "common/bytes.h"
+#include "timefreq/form_file_parts.h"
 
 namespace keldo::timefreq {
 namespace {
 
-constexpr std::int32_t kSmallestSignal = 64;
-constexpr std::int32_t kLargestSignal = 65536;
 constexpr std::int64_t kSmallestWindow = 64;
-// Doubles: left, right, dt, sampling value and df.
-constexpr std::int64_t kDoubleBytes = 8;
-// A list entry is at least its 4-byte length.
-constexpr std::int64_t kEntryLengthBytes = 4;
-
-bool IsSignalCount(std::int32_t count) {
-  return count >= kSmallestSignal && count <= kLargestSignal && std::has_single_bit(static_cast<std::uint32_t>(count));
-}
 
 // The longest window a spectrogram of sig[0..count] accepts: 32 for 64
 // points (so none of the accepted lengths fits), 64 for 128 and 256, and
@@ -36,14 +27,6 @@ bool WindowAndStepFit(std::int32_t count, std::int32_t winlenPart, std::int32_t 
   if (winlen < kSmallestWindow || winlen > LongestWindow(count)) return false;
   if (!std::has_single_bit(static_cast<std::uint64_t>(winlen))) return false;
   return step >= 1 && step <= winlen;
-}
-
-// A 32-bit length that is not negative, then that many bytes.
-bool ReadLengthAndText(ByteReader& in, std::string& text) {
-  const std::int32_t length = in.I32();
-  if (!in.ok() || length < 0) return false;
-  text = in.Chars(length);
-  return in.ok();
 }
 
 // The settings between the caption and the signal.
@@ -66,24 +49,6 @@ bool ReadSettings(ByteReader& in, SpgFile& file) {
          file.displayChoice < kDisplayChoices && file.filterIndex >= 0 && file.filterIndex < kFilters;
 }
 
-bool ReadSignal(ByteReader& in, SpgFile& file) {
-  const std::int32_t count = in.I32();
-  if (!in.ok() || !IsSignalCount(count)) return false;
-  if (!WindowAndStepFit(count, file.winlenPart, file.step)) return false;
-  if (!in.Room(static_cast<std::int64_t>(count) + 1, kDoubleBytes)) return false;
-  in.Values(file.signal, static_cast<std::size_t>(count) + 1);
-  return in.ok();
-}
-
-bool ReadModifications(ByteReader& in, SpgFile& file) {
-  const std::int32_t count = in.I32();
-  if (!in.ok() || !in.Room(count, kEntryLengthBytes)) return false;
-  file.modifications.resize(static_cast<std::size_t>(count));
-  for (std::string& entry : file.modifications)
-    if (!ReadLengthAndText(in, entry)) return false;
-  return true;
-}
-
 }  // namespace
 
 std::vector<std::uint8_t> WriteSpgFile(const SpgFile& file) {
@@ -102,12 +67,8 @@ std::vector<std::uint8_t> WriteSpgFile(const SpgFile& file) {
   out.Char(file.flag);
   out.I16(file.filterIndex);
   out.F64(file.df);
-  out.I32(static_cast<std::int32_t>(file.signal.size()) - 1);
-  for (double v : file.signal) out.F64(v);
-  out.I32(static_cast<std::int32_t>(file.modifications.size()));
-  for (const std::string& entry : file.modifications) out.CountedText(entry);
-  out.CountedText(file.report);
-  out.CountedText(file.information);
+  WriteSignal(out, file.signal);
+  WriteListAndTexts(out, file.modifications, file.report, file.information);
   return out.bytes;
 }
 
@@ -116,11 +77,8 @@ std::optional<SpgFile> ReadSpgFile(const std::vector<std::uint8_t>& bytes) {
   SpgFile file;
   if (!ReadLengthAndText(in, file.caption)) return std::nullopt;
   if (!ReadSettings(in, file)) return std::nullopt;
-  if (!ReadSignal(in, file)) return std::nullopt;
-  if (!ReadModifications(in, file)) return std::nullopt;
-  if (!ReadLengthAndText(in, file.report)) return std::nullopt;
-  if (!ReadLengthAndText(in, file.information)) return std::nullopt;
-  if (in.Left() != 0) return std::nullopt;
+  if (!ReadSignal(in, file.signal, [&](std::int32_t count) { return WindowAndStepFit(count, file.winlenPart, file.step); })) return std::nullopt;
+  if (!ReadListAndTexts(in, file.modifications, file.report, file.information)) return std::nullopt;
   return file;
 }
 
