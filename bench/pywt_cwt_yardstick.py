@@ -16,13 +16,13 @@ x = u sqrt(2 pi / 4.57565215012204), at the scales 4096 / (1.17183 s).
 import json
 import os
 import sys
-import time
 
 for var in ("OMP_NUM_THREADS", "OPENBLAS_NUM_THREADS", "MKL_NUM_THREADS"):
     os.environ[var] = "1"
 
 import numpy as np  # noqa: E402
 import pywt  # noqa: E402
+from yardstick_timing import median_time  # noqa: E402
 
 N, OCTAVES, VOICES = 65536, 8, 16
 DX = 16.0 / N
@@ -33,15 +33,6 @@ def signal():
     i = np.arange(N + 1, dtype=np.float64)
     return (np.sin(0.01 * i + 1e-6 * i * i) + 0.1 * np.cos(0.37 * i))[:N]
 
-
-def median_time(fn, repeats=5):
-    times = []
-    for _ in range(repeats):
-        start = time.perf_counter()
-        fn()
-        times.append(time.perf_counter() - start)
-    times.sort()
-    return times[len(times) // 2]
 
 
 def main():
@@ -56,7 +47,7 @@ def main():
     out = {"benchmarks": []}
     for name, fn in cases:
         fn()
-        seconds = median_time(fn)
+        seconds = median_time(fn, 5)
         out["benchmarks"].append({"name": "BM_Scalogram/%s/yardstick" % name, "run_type": "iteration",
                                   "real_time": seconds * 1e3, "time_unit": "ms"})
     with open(sys.argv[1], "w") as f:

@@ -11,10 +11,10 @@ scipy.signal.istft of its result with the same settings.
 """
 import json
 import sys
-import time
 
 import numpy as np
 from scipy import signal as sps
+from yardstick_timing import median_time
 
 N, WINDOW, STEP = 65536, 1024, 256
 
@@ -23,15 +23,6 @@ def signal():
     i = np.arange(N + 1, dtype=np.float64)
     return np.sin(0.01 * i + 1e-6 * i * i) + 0.1 * np.cos(0.37 * i)
 
-
-def median_time(fn, repeats=21):
-    times = []
-    for _ in range(repeats):
-        start = time.perf_counter()
-        fn()
-        times.append(time.perf_counter() - start)
-    times.sort()
-    return times[len(times) // 2]
 
 
 def main():
@@ -43,7 +34,7 @@ def main():
     istft()
     out = {"benchmarks": []}
     for name, fn in (("Compute", stft), ("Invert", istft)):
-        seconds = median_time(fn)
+        seconds = median_time(fn, 21)
         out["benchmarks"].append({"name": "BM_Spectrogram/%s/yardstick" % name, "run_type": "iteration",
                                   "real_time": seconds * 1e6, "time_unit": "us"})
     with open(sys.argv[1], "w") as f:

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Writes scalogram form files (.scg) byte by byte with struct, for the
+"""Writes scalogram form files (.scg) byte by byte, for the
 reader tests and as seeds of the reader's fuzz target. Run from anywhere:
 
     /usr/bin/python3 make_scg_files.py
@@ -17,7 +17,8 @@ so a test can check every sample without trusting any writer of ours. The
 bad files each break one thing in an otherwise good file.
 """
 import os
-import struct
+
+from binary_fields import f64, i16, i32, text
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 OUT = os.path.join(HERE, "scg")
@@ -27,22 +28,6 @@ SEEDS = os.path.join(HERE, "..", "..", "fuzz", "seeds", "scg_file")
 def SIGNAL(i):
     return (i % 5) - 2 + i / 16.0
 
-
-def i16(v):
-    return struct.pack("<h", v)
-
-
-def i32(v):
-    return struct.pack("<i", v)
-
-
-def f64(v):
-    return struct.pack("<d", v)
-
-
-def text(s, length=None):
-    b = s.encode("latin-1")
-    return i32(len(b) if length is None else length) + b
 
 
 def scg(caption="Scalogram 1", display_flags=(-1, 0), left=0.0, right=2.0, dx=2.0 / 128, wavelet=b"3",

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Writes spectrogram form files (.spg) byte by byte with struct, for the
+"""Writes spectrogram form files (.spg) byte by byte, for the
 reader tests and as seeds of the reader's fuzz target. Run from anywhere:
 
     /usr/bin/python3 make_spg_files.py
@@ -15,7 +15,8 @@ so a test can check every sample without trusting any writer of ours. The
 bad files each break one thing in an otherwise good file.
 """
 import os
-import struct
+
+from binary_fields import f64, i16, i32, text
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 OUT = os.path.join(HERE, "spg")
@@ -25,22 +26,6 @@ SEEDS = os.path.join(HERE, "..", "..", "fuzz", "seeds", "spg_file")
 def SIGNAL(i):
     return (i % 7) - 3 + i / 8.0
 
-
-def i16(v):
-    return struct.pack("<h", v)
-
-
-def i32(v):
-    return struct.pack("<i", v)
-
-
-def f64(v):
-    return struct.pack("<d", v)
-
-
-def text(s, length=None):
-    b = s.encode("latin-1")
-    return i32(len(b) if length is None else length) + b
 
 
 def spg(caption="Spectrogram 1", left=0.0, right=1.0, dt=1.0 / 128, rows=32, winlen_part=32, step=8,
