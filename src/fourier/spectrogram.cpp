@@ -44,6 +44,9 @@ int ExponentOf(int n) {
 
 std::size_t Index(int i) { return static_cast<std::size_t>(i); }
 
+// Log levels of the squared magnitude: each level 0.92 of the one before.
+const double kLevelsPerNeper = 1.0 / std::log(1.0 / 0.92);
+
 // The arctangent of y/x, 0 for a zero real part; the caller places the
 // quadrant.
 double SafeAtn(double y, double x) { return x == 0.0 ? 0.0 : std::atan(y / x); }
@@ -105,28 +108,6 @@ void StoreColumns(const double* blockRe, const double* blockIm, int c0, int coun
     std::copy(blockRe + r * kColumnBlock, blockRe + r * kColumnBlock + count, re);
     std::copy(blockIm + r * kColumnBlock, blockIm + r * kColumnBlock + count, im);
   }
-}
-
-// The magnitude level of the squared magnitude p against the reference.
-std::int16_t LogLevel(double p, double reference) {
-  if (p == 0.0) return 255;
-  static const double c = 1.0 / std::log(1.0 / 0.92);
-  const double level = c * std::log(p / reference);
-  if (level < -255) return 255;
-  return static_cast<std::int16_t>(std::clamp(std::trunc(-level), 0.0, 255.0));
-}
-
-// Before the inversion of the whole array: trunc(p * 256 / M) in 0..255.
-std::int16_t LinearLevel(double p, double reference) {
-  if (p == 0.0) return 0;
-  return static_cast<std::int16_t>(std::clamp(std::trunc(p * 256 / reference), 0.0, 255.0));
-}
-
-std::int16_t PhaseLevel(double re, double im) {
-  const double theta = Phase(re, im);
-  if (theta == 0.0) return 128;
-  const double steps = std::min(127.0, std::trunc(std::fabs(theta) * 127 / kProgramPi));
-  return static_cast<std::int16_t>(theta > 0 ? 128 + steps : 128 - steps);
 }
 
 // The largest p of each column; a column of zeros takes 1.
@@ -275,6 +256,25 @@ double Phase(double re, double im) {
   return im >= 0 ? theta + pi : theta - pi;
 }
 
+std::int16_t MagnitudeLogLevel(double value, double reference, double levelsPerNeper) {
+  if (value == 0.0) return 255;
+  const double level = levelsPerNeper * std::log(value / reference);
+  if (level < -255) return 255;
+  return static_cast<std::int16_t>(std::clamp(std::trunc(-level), 0.0, 255.0));
+}
+
+std::int16_t MagnitudeLinearLevel(double value, double reference) {
+  if (value == 0.0) return 0;
+  return static_cast<std::int16_t>(std::clamp(std::trunc(value * 256 / reference), 0.0, 255.0));
+}
+
+std::int16_t PhaseLevel(double re, double im) {
+  const double theta = Phase(re, im);
+  if (theta == 0.0) return 128;
+  const double steps = std::min(127.0, std::trunc(std::fabs(theta) * 127 / kProgramPi));
+  return static_cast<std::int16_t>(theta > 0 ? 128 + steps : 128 - steps);
+}
+
 void GetImageArray(const Spectrum& spectrum, MagnitudeMode mode, std::vector<std::int16_t>& magnitude,
                    std::vector<std::int16_t>& phase, double& maximum) {
   const std::size_t cells = spectrum.re.size();
@@ -296,7 +296,8 @@ void GetImageArray(const Spectrum& spectrum, MagnitudeMode mode, std::vector<std
     const double re = spectrum.re[cell], im = spectrum.im[cell];
     const double p = re * re + im * im;
     const double m = local ? reference[cell % ncols] : global;
-    magnitude[cell] = linear ? static_cast<std::int16_t>(255 - LinearLevel(p, m)) : LogLevel(p, m);
+    magnitude[cell] = linear ? static_cast<std::int16_t>(255 - MagnitudeLinearLevel(p, m))
+                             : MagnitudeLogLevel(p, m, kLevelsPerNeper);
     phase[cell] = PhaseLevel(re, im);
   }
 }

@@ -71,6 +71,17 @@ double FMAX(const Spectrum& spectrum);
 // The angle of (re, im) in the four quadrants, in radians; SafeAtn guards a
 // zero real part.
 double Phase(double re, double im);
+// One cell's levels, shared with the scalogram's complex display.
+// MagnitudeLogLevel: 255 for a value of 0; otherwise L = levelsPerNeper *
+// ln(value / reference), 255 when L is below -255, else trunc(-L) clamped to
+// 0..255 (levelsPerNeper = 1 / ln(1 / ratio) makes each level `ratio` of
+// the one before). MagnitudeLinearLevel: trunc(value * 256 / reference)
+// clamped to 0..255, 0 for a value of 0 (a display inverts it, 255 minus
+// it). PhaseLevel: 128 for theta = Phase(re, im) equal to 0, else 128 plus
+// or minus min(127, trunc(|theta| * 127 / pi)) by the sign of theta.
+std::int16_t MagnitudeLogLevel(double value, double reference, double levelsPerNeper);
+std::int16_t MagnitudeLinearLevel(double value, double reference);
+std::int16_t PhaseLevel(double re, double im);
 // GetImageArray: magnitude levels 0..255 (log: 0.92 a level below the
 // reference, 255 for a zero cell; linear: 255 - trunc(p * 256 / M), of the
 // squared magnitude p) and phase levels 1..255 (128 for theta 0). The
