@@ -54,6 +54,7 @@ struct GraphSummary {
     std::string text;
     std::vector<double> numbers;  // used when the text is empty and this is not
     std::vector<std::string> texts = {};  // a list of texts, used when not empty
+    bool numberList = false;  // the numbers as a list even when there are none or one
   };
   std::vector<Field> fields;
 };

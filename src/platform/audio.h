@@ -18,6 +18,10 @@ class Audio {
   virtual long long Position() const = 0;
   // Returns when the current sound has ended, letting events run meanwhile.
   virtual void WaitUntilDone() = 0;
+  // A number that changes with every Play and every Stop, and with nothing
+  // else: whoever started a sound can tell that it was since stopped or
+  // replaced (a sound that simply ran out keeps its number).
+  virtual long long SoundNumber() const = 0;
 };
 
 }  // namespace keldo::platform

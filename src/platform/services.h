@@ -15,6 +15,7 @@
 #include "platform/random.h"
 #include "platform/screen.h"
 #include "platform/surface.h"
+#include "platform/timer.h"
 
 namespace keldo::platform {
 
@@ -32,6 +33,7 @@ struct Services {
   Help* help = nullptr;
   Screen* screen = nullptr;
   SurfaceFactory* surfaces = nullptr;
+  Timers* timers = nullptr;
 };
 
 }  // namespace keldo::platform

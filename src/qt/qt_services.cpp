@@ -18,6 +18,7 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QStringList>
+#include <QTimer>
 
 #include "platform/headless/simple_images.h"
 #include "platform/help_index.h"
@@ -140,6 +141,7 @@ bool QtAudio::Play(const std::vector<std::int16_t>& samples, int sampleRate) {
 }
 
 void QtAudio::Stop() {
+  ++soundNumber_;
   if (sink_) sink_->stop();
   sink_.reset();
   buffer_.reset();
@@ -154,6 +156,28 @@ void QtAudio::WaitUntilDone() {
 bool QtAudio::IsPlaying() const { return sink_ && sink_->state() == QAudio::ActiveState; }
 
 long long QtAudio::Position() const { return buffer_ ? buffer_->pos() / 2 : 0; }
+
+QtTimers::~QtTimers() {
+  for (auto& [id, timer] : timers_) delete timer;
+}
+
+int QtTimers::Start(int intervalMs, std::function<void()> tick) {
+  auto* timer = new QTimer;
+  timer->setTimerType(Qt::PreciseTimer);
+  QObject::connect(timer, &QTimer::timeout, [tick = std::move(tick)] { tick(); });
+  timer->start(intervalMs < 1 ? 1 : intervalMs);
+  timers_[++lastId_] = timer;
+  return lastId_;
+}
+
+void QtTimers::Stop(int id) {
+  const auto found = timers_.find(id);
+  if (found == timers_.end()) return;
+  found->second->stop();
+  // A tick may stop its own timer: the timer goes when its tick has returned.
+  found->second->deleteLater();
+  timers_.erase(found);
+}
 
 struct QtPrinter::State {
   QPrinter printer{QPrinter::HighResolution};
@@ -267,6 +291,7 @@ QtPlatform::QtPlatform(const std::string& docsFolder) : help(docsFolder) {
   services_.help = &help;
   services_.screen = &screen;
   services_.surfaces = &surfaces;
+  services_.timers = &timers;
 }
 
 void QtPlatform::SetParent(QWidget* parent) {

@@ -5,6 +5,7 @@
 
 #include <QPointer>
 #include <QWidget>
+#include <map>
 #include <memory>
 
 #include "qt/qt_imaging.h"
@@ -13,6 +14,7 @@
 
 class QAudioSink;
 class QBuffer;
+class QTimer;
 
 namespace keldo::qt {
 
@@ -68,8 +70,10 @@ class QtAudio final : public platform::Audio {
   bool IsPlaying() const override;
   long long Position() const override;
   void WaitUntilDone() override;
+  long long SoundNumber() const override { return soundNumber_; }
 
  private:
+  long long soundNumber_ = 0;
   std::unique_ptr<QAudioSink> sink_;
   std::unique_ptr<QBuffer> buffer_;
   QByteArray* bytes_ = nullptr;
@@ -123,6 +127,18 @@ class QtHelp final : public platform::Help {
   mutable QPointer<HelpWindow> window_;
 };
 
+// One QTimer per running timer, ticking on the event loop.
+class QtTimers final : public platform::Timers {
+ public:
+  ~QtTimers() override;
+  int Start(int intervalMs, std::function<void()> tick) override;
+  void Stop(int id) override;
+
+ private:
+  std::map<int, QTimer*> timers_;
+  int lastId_ = 0;
+};
+
 class QtScreen final : public platform::Screen {
  public:
   platform::ScreenSize Size() const override;
@@ -147,6 +163,7 @@ class QtPlatform {
   QtHelp help;
   QtScreen screen;
   QtSurfaceFactory surfaces;
+  QtTimers timers;
 
  private:
   platform::Services services_;

@@ -80,7 +80,8 @@ std::string DumpJson(Frame& frame, const Form* form, const std::vector<std::stri
           out += "[";
           for (std::size_t t = 0; t < f.texts.size(); ++t) out += (t ? ", " : "") + JsonString(f.texts[t]);
           out += "]";
-        } else if (!f.text.empty() || f.numbers.empty()) out += JsonString(f.text);
+        } else if (f.numberList) out += NumbersJson(f.numbers);
+        else if (!f.text.empty() || f.numbers.empty()) out += JsonString(f.text);
         else if (f.numbers.size() == 1) out += JsonNumber(f.numbers[0]);
         else out += NumbersJson(f.numbers);
       }

@@ -46,6 +46,10 @@ bool ReadWholeFile(const std::string& path, std::string& text) {
   return true;
 }
 
+// A timer that never switches itself off stops holding up `wait` after
+// this many ticks past the end of the sound (it stays running).
+constexpr long long kMostTicksAfterSound = 100000;
+
 // Commands that stand for a person's input, which a long command may meet
 // while it yields to the event loop.
 bool IsEventCommand(const std::string& word) {
@@ -193,7 +197,11 @@ bool Runner::Execute(const std::vector<std::string>& words, std::string& reason)
     return reason.empty();
   }
   if (cmd == "wait") {
+    // The timers tick through the rest of the sound, the sound ends, and
+    // the timers still running go on until they switch themselves off.
+    platform_.timers.Advance(platform_.audio.RemainingMilliseconds());
     platform_.audio.Finish();
+    platform_.timers.RunUntilStopped(kMostTicksAfterSound);
     return true;
   }
   reason = "unknown command " + cmd;

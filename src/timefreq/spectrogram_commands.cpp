@@ -124,10 +124,15 @@ void SpectrogramForm::PlaySignal() {
   }
   if (signal_.empty()) return;
   const int bits = controls_["OpBitRate(0)"].value ? 8 : 16;
+  const int sampleRate = static_cast<int>(std::nearbyint(rate));
   sound::WaveControl control;
-  control.Create(bits, static_cast<int>(std::nearbyint(rate)));
+  control.Create(bits, sampleRate);
   control.Write(sound::FillSoundArray(signal_.data(), n_ + 1, bits, volume));
-  if (!control.Play(*context_.services().audio, 0, n_ + 1)) context_.ShowError(39);
+  if (!control.Play(*context_.services().audio, 0, n_ + 1)) {
+    context_.ShowError(39);
+    return;
+  }
+  scanLine_.Start(n_ + 1, sampleRate);
 }
 
 // ------------------------------------------------------------------- files
@@ -206,6 +211,8 @@ std::vector<GraphSummary> SpectrogramForm::Graphs() const {
   signal.values = signal_;
   signal.peak = Peak(signal_);
   signal.fields.push_back({"name", "signal", {}, {}});
+  // Where the scan line stood while the signal last played, in pixels.
+  signal.fields.push_back(scanLine_.DumpField());
   out.push_back(std::move(signal));
   if (!present_) return out;
   const fourier::SpectrogramShape& s = spectrum_.shape;

@@ -353,7 +353,11 @@ std::vector<Picture> SpectrogramForm::Pictures() const {
 void SpectrogramForm::Paint(int picture, platform::Surface& surface) const {
   if (picture == 0) {
     surface.Clear(platform::kWhite);
-    if (!present_) return;
+    // While the signal plays, the scan line over the image.
+    if (!present_) {
+      scanLine_.Draw(surface);
+      return;
+    }
     const fourier::SpectrogramShape& s = spectrum_.shape;
     const bool phaseView = kDisplayBox.ShowsPhase(controls_);
     const std::vector<std::int16_t>& levels = phaseView ? phase_ : magnitude_;
@@ -367,6 +371,7 @@ void SpectrogramForm::Paint(int picture, platform::Surface& surface) const {
         image.Set(c - 1, s.nrows - r, Grey(level));
       }
     surface.DrawImage(image);
+    scanLine_.Draw(surface);
     return;
   }
   surface.Clear(platform::kBlack);

@@ -18,6 +18,7 @@
 #include "kit/formula_box.h"
 #include "kit/modification_list.h"
 #include "kit/named_calls.h"
+#include "kit/scan_line.h"
 #include "kit/spectrum_display_box.h"
 
 namespace keldo::timefreq {
@@ -78,6 +79,8 @@ class SpectrogramForm final : public Form, public SpectrogramCalls, private form
   const fourier::Spectrum& Spectrum() const { return spectrum_; }
   const ModificationList& Modifications() const { return modifications_; }
   const std::vector<double>& Signal() const { return signal_; }
+  // The line that walks over the spectrogram while the signal plays.
+  const ScanLine& PlayScanLine() const { return scanLine_; }
 
   // The plot face: the spectrogram above, the signal below.
   std::vector<Picture> Pictures() const override;
@@ -153,6 +156,7 @@ class SpectrogramForm final : public Form, public SpectrogramCalls, private form
   formula::FormulaState formula_;
   formula::Compiler compiler_{formula_, *this};
   FormulaBox formulaBox_;
+  ScanLine scanLine_{context_.services(), [this] { Touch(); }};
 };
 
 std::unique_ptr<Form> MakeSpectrogramForm(FormContext& context);

@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <string>
+#include <vector>
+
 #include "platform/headless/headless_services.h"
 
 namespace keldo::platform {
@@ -59,6 +63,76 @@ TEST(HeadlessAudio, NoDeviceRefusesToPlay) {
   EXPECT_EQ(a.Position(), 3);
   a.SetDeviceAvailable(false);
   EXPECT_FALSE(a.Play({1}, 8000));
+}
+
+TEST(HeadlessAudio, ItsSoundNumberChangesWithEachPlayAndStopOnly) {
+  HeadlessAudio a;
+  const long long first = a.SoundNumber();
+  ASSERT_TRUE(a.Play(std::vector<std::int16_t>(8000, 0), 8000));
+  const long long playing = a.SoundNumber();
+  EXPECT_NE(playing, first);
+  // 8000 samples at 8000 Hz: a second left; 1 sample: 1/8000 s, rounded up.
+  EXPECT_EQ(a.RemainingMilliseconds(), 1000);
+  a.Finish();
+  EXPECT_EQ(a.SoundNumber(), playing);
+  EXPECT_EQ(a.RemainingMilliseconds(), 0);
+  ASSERT_TRUE(a.Play({1}, 8000));
+  EXPECT_EQ(a.RemainingMilliseconds(), 1);
+  const long long second = a.SoundNumber();
+  EXPECT_NE(second, playing);
+  a.Stop();
+  EXPECT_NE(a.SoundNumber(), second);
+}
+
+TEST(HeadlessTimers, TicksRunInTimeOrderOnlyWhenTheClockMoves) {
+  HeadlessTimers timers;
+  std::vector<std::string> ticks;
+  const int a = timers.Start(30, [&] { ticks.push_back("a" + std::to_string(timers.Now())); });
+  timers.Start(20, [&] { ticks.push_back("b" + std::to_string(timers.Now())); });
+  EXPECT_GT(a, 0);
+  EXPECT_TRUE(ticks.empty());
+  timers.Advance(59);
+  // Due at 20, 30, 40; at 60 both, a first as it was started first.
+  EXPECT_EQ(ticks, (std::vector<std::string>{"b20", "a30", "b40"}));
+  EXPECT_EQ(timers.Now(), 59);
+  timers.Advance(1);
+  EXPECT_EQ(ticks, (std::vector<std::string>{"b20", "a30", "b40", "a60", "b60"}));
+  timers.Stop(a);
+  timers.Stop(a);  // no longer running: ignored
+  timers.Advance(40);
+  EXPECT_EQ(ticks.back(), "b100");
+  EXPECT_EQ(timers.Running(), 1);
+  EXPECT_EQ(timers.Ticks(), 7);
+}
+
+TEST(HeadlessTimers, ATickMayStopItselfAndRunUntilStoppedEndsWithTheLast) {
+  HeadlessTimers timers;
+  int count = 0;
+  int id = 0;
+  id = timers.Start(25, [&] {
+    if (++count == 3) timers.Stop(id);
+  });
+  // A timer that never stops is cut off at the limit.
+  int forever = 0;
+  const int other = timers.Start(1000, [&] { ++forever; });
+  EXPECT_EQ(timers.RunUntilStopped(2), 2);
+  EXPECT_EQ(count, 2);
+  EXPECT_EQ(timers.Now(), 50);
+  timers.Stop(other);
+  EXPECT_EQ(timers.RunUntilStopped(100), 1);
+  EXPECT_EQ(count, 3);
+  EXPECT_EQ(forever, 0);
+  EXPECT_EQ(timers.Now(), 75);
+  EXPECT_EQ(timers.Running(), 0);
+  // A tick that starts a timer: it is due one interval after that tick.
+  std::vector<long long> at;
+  timers.Start(10, [&] {
+    at.push_back(timers.Now());
+    if (at.size() == 1) timers.Start(5, [&] { at.push_back(-timers.Now()); });
+  });
+  timers.Advance(20);
+  // At 95 both are due: the one started first ticks first.
+  EXPECT_EQ(at, (std::vector<long long>{85, -90, 95, -95}));
 }
 
 }  // namespace

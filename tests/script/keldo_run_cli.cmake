@@ -116,3 +116,12 @@ run_script(remove0 "new 1d\nmenu mnu64\nmenu mnuPlotGraph\nset Formula \"x\"\ngo
 if(NOT OUT STREQUAL "message 3: Improper graph specification.\n")
   message(FATAL_ERROR "remove-graph script printed '${OUT}'")
 endif()
+
+# A spectrogram that plays: `wait` runs the sound and the scan line's timer
+# to their end, and the dump lists where the line stood (a picture of 512
+# pixels, 1025 samples at 8000 Hz: 80 pixels every 20 ms).
+run_script(scanline "new 1d\nmenu mnuPlotGraph\nset Formula \"sin(40*x)\"\ngo\nmenu mnuSpectrogram\nset TxtGraphStat 1\ngo\ngo\nmenu mnuAudio\nset TxtSound(1) 8000\ngo\nwait\ndump brief\n" 0)
+string(FIND "${OUT}" "\"scanline\": [0, 80, 160, 240, 320, 400, 480]" at)
+if(at LESS 0)
+  message(FATAL_ERROR "scan-line script lacks the positions:\n${OUT}")
+endif()

@@ -155,3 +155,42 @@ TEST(Runner, TwoDimensionalMeasuresAndTheGraphClipboardRunByName) {
 
 }  // namespace
 }  // namespace keldo::script
+
+namespace keldo::script {
+namespace {
+
+// The spectrogram of a 1024-point sine plays at 8000 Hz: 1025 samples,
+// 128.125 ms. Its picture, never drawn, is 512 pixels wide: a step of
+// ceil(512 * 8000 / (50 * 1025)) = 80 pixels every 20 ms, 7 places.
+constexpr const char* kPlaySpectrogram =
+    "new 1d\nmenu mnuPlotGraph\nset Formula \"sin(40*x)\"\ngo\n"
+    "menu mnuSpectrogram\nset TxtGraphStat 1\ngo\ngo\n"
+    "menu mnuAudio\nset TxtSound(1) 8000\ngo\n";
+
+TEST(Runner, WaitRunsTheScanLineThroughTheSoundToItsEnd) {
+  Script r;
+  ASSERT_EQ(r(std::string(kPlaySpectrogram) + "dump brief\nwait\ndump brief\n"), 0) << r.err.str();
+  const std::string out = r.out.str();
+  const std::size_t second = out.find("}\n{\n");
+  ASSERT_NE(second, std::string::npos);
+  // Before `wait` no tick has run; after it every place in order.
+  EXPECT_NE(out.substr(0, second).find("\"name\": \"signal\", \"scanline\": []"), std::string::npos);
+  EXPECT_NE(out.substr(second).find("\"name\": \"signal\", \"scanline\": [0, 80, 160, 240, 320, 400, 480]"),
+            std::string::npos);
+  // The sound's 129 ms saw six ticks (20 .. 120 ms); the seventh and the
+  // eighth, which switches the timer off, came after it.
+  EXPECT_EQ(r.platform.timers.Now(), 160);
+  EXPECT_EQ(r.platform.timers.Running(), 0);
+  EXPECT_FALSE(r.platform.audio.IsPlaying());
+}
+
+TEST(Runner, APlayAgainBeforeWaitStartsTheLineAgain) {
+  Script r;
+  ASSERT_EQ(r(std::string(kPlaySpectrogram) + "go\nwait\ndump brief\n"), 0) << r.err.str();
+  EXPECT_NE(r.out.str().find("\"scanline\": [0, 80, 160, 240, 320, 400, 480]"), std::string::npos);
+  EXPECT_EQ(r.platform.audio.PlayCount(), 2);
+  EXPECT_EQ(r.platform.timers.Ticks(), 8);
+}
+
+}  // namespace
+}  // namespace keldo::script

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <vector>
 
 #include "platform/headless/simple_images.h"
 #include "platform/help_index.h"
@@ -176,12 +177,58 @@ bool HeadlessAudio::Play(const std::vector<std::int16_t>& samples, int sampleRat
   playing_ = !samples.empty();
   position_ = 0;
   length_ = static_cast<long long>(samples.size());
+  ++soundNumber_;
   return true;
 }
 
 void HeadlessAudio::Finish() {
   position_ = length_;
   playing_ = false;
+}
+
+long long HeadlessAudio::RemainingMilliseconds() const {
+  if (!playing_ || lastRate_ <= 0) return 0;
+  const long long left = length_ - position_;
+  return (left * 1000 + lastRate_ - 1) / lastRate_;
+}
+
+int HeadlessTimers::Start(int intervalMs, std::function<void()> tick) {
+  const long long interval = intervalMs < 1 ? 1 : intervalMs;
+  timers_.push_back({++lastId_, interval, now_ + interval, std::move(tick)});
+  return lastId_;
+}
+
+void HeadlessTimers::Stop(int id) {
+  std::erase_if(timers_, [id](const Timer& t) { return t.id == id; });
+}
+
+HeadlessTimers::Timer* HeadlessTimers::Next() {
+  Timer* next = nullptr;
+  for (Timer& t : timers_)
+    if (!next || t.due < next->due) next = &t;
+  return next;
+}
+
+void HeadlessTimers::Fire(Timer& timer) {
+  now_ = timer.due;
+  timer.due += timer.interval;
+  ++ticks_;
+  // The tick may stop this timer or start others, which moves the list: it
+  // runs from a copy.
+  const std::function<void()> tick = timer.tick;
+  tick();
+}
+
+void HeadlessTimers::Advance(long long ms) {
+  const long long end = now_ + (ms > 0 ? ms : 0);
+  for (Timer* t = Next(); t && t->due <= end; t = Next()) Fire(*t);
+  now_ = end;
+}
+
+long long HeadlessTimers::RunUntilStopped(long long most) {
+  long long ran = 0;
+  for (Timer* t = Next(); t && ran < most; t = Next(), ++ran) Fire(*t);
+  return ran;
 }
 
 bool HeadlessPrinter::Begin(const std::string& documentName) {
@@ -251,6 +298,7 @@ HeadlessPlatform::HeadlessPlatform(LineSink sink, std::string docsFolder)
   services_.help = &help;
   services_.screen = &screen;
   services_.surfaces = &surfaces;
+  services_.timers = &timers;
 }
 
 }  // namespace keldo::platform

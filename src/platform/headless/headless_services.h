@@ -99,12 +99,19 @@ class HeadlessImaging final : public Imaging {
 class HeadlessAudio final : public Audio {
  public:
   bool Play(const std::vector<std::int16_t>& samples, int sampleRate) override;
-  void Stop() override { playing_ = false; }
+  void Stop() override {
+    playing_ = false;
+    ++soundNumber_;
+  }
   bool IsPlaying() const override { return playing_; }
   long long Position() const override { return position_; }
   // Runs the current sound to its end.
   void Finish();
   void WaitUntilDone() override { Finish(); }
+  long long SoundNumber() const override { return soundNumber_; }
+  // Milliseconds of the current sound still to play, rounded up; 0 when
+  // nothing plays.
+  long long RemainingMilliseconds() const;
   // What was played last, and the file it is also written to (a 16-bit mono
   // wave file; none when the path is empty). KELDO_AUDIO_OUT gives the path.
   const std::vector<std::int16_t>& LastSamples() const { return last_; }
@@ -122,6 +129,39 @@ class HeadlessAudio final : public Audio {
   long long position_ = 0;
   long long length_ = 0;
   int plays_ = 0;
+  long long soundNumber_ = 0;
+};
+
+// Timers on a clock of their own that moves only when told: Advance runs
+// the ticks that fall due, in the order of their times (timers due at the
+// same time in the order they were started). Nothing ticks by itself.
+class HeadlessTimers final : public Timers {
+ public:
+  int Start(int intervalMs, std::function<void()> tick) override;
+  void Stop(int id) override;
+  // Moves the clock on by `ms`, running every tick due by then.
+  void Advance(long long ms);
+  // Runs the next ticks in time order, moving the clock to each, until no
+  // timer runs or `most` ticks have run; returns how many ran.
+  long long RunUntilStopped(long long most);
+  long long Now() const { return now_; }
+  int Running() const { return static_cast<int>(timers_.size()); }
+  long long Ticks() const { return ticks_; }
+
+ private:
+  struct Timer {
+    int id;
+    long long interval;
+    long long due;
+    std::function<void()> tick;
+  };
+  // The timer due first, or null when none runs.
+  Timer* Next();
+  void Fire(Timer& timer);
+  std::vector<Timer> timers_;  // in the order they were started
+  long long now_ = 0;
+  long long ticks_ = 0;
+  int lastId_ = 0;
 };
 
 struct PrintedItem {
@@ -220,6 +260,7 @@ class HeadlessPlatform {
   HeadlessHelp help;
   HeadlessScreen screen;
   HeadlessSurfaceFactory surfaces;
+  HeadlessTimers timers;
 
  private:
   Services services_;
