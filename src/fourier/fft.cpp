@@ -765,6 +765,122 @@ inline __attribute__((always_inline)) void StagesInBlocks(double* x, double* y, 
   }
 }
 
+// The butterflies of stages d and 2d at once on the four elements i,
+// i + d, i + 2d and i + 3d, for four values of i side by side (i = j + k in
+// the block j of 4d, k a multiple of 4 below d). Stage d pairs the first
+// with the second and the third with the fourth, with twiddle k (sd, td),
+// in the mirror form when kMirrorD (k at least d / 2, twiddle k - d / 2);
+// stage 2d pairs the first with the third, with twiddle k (s2, t2), and the
+// second with the fourth in the mirror form. With kTrivialD and kTrivial2D
+// lane 0 has the trivial twiddles of its stage. Each element goes through
+// the operations of the two stages' vector steps one after the other, on
+// the same values: eight vectors of data and four of twiddles, which
+// sixteen registers hold, where a block of 64 would spill.
+template <bool kTrivialD, bool kMirrorD, bool kTrivial2D>
+inline __attribute__((always_inline)) void StagePairStep(double* x, double* y, int i, int d, const Quad& sd,
+                                                         const Quad& td, const Quad& s2, const Quad& t2) {
+  Quad x0, y0, x1, y1, x2, y2, x3, y3;
+  Load(x0, x + i);
+  Load(y0, y + i);
+  Load(x1, x + i + d);
+  Load(y1, y + i + d);
+  Load(x2, x + i + 2 * d);
+  Load(y2, y + i + 2 * d);
+  Load(x3, x + i + 3 * d);
+  Load(y3, y + i + 3 * d);
+  Quad v, w;
+  Rotated<kTrivialD, kMirrorD>(x1, y1, sd, td, v, w);
+  Combine(x0, y0, x1, y1, v, w);
+  Rotated<kTrivialD, kMirrorD>(x3, y3, sd, td, v, w);
+  Combine(x2, y2, x3, y3, v, w);
+  Rotated<kTrivial2D, false>(x2, y2, s2, t2, v, w);
+  Combine(x0, y0, x2, y2, v, w);
+  Rotated<kTrivial2D, true>(x3, y3, s2, t2, v, w);
+  Combine(x1, y1, x3, y3, v, w);
+  Store(x + i, x0);
+  Store(y + i, y0);
+  Store(x + i + d, x1);
+  Store(y + i + d, y1);
+  Store(x + i + 2 * d, x2);
+  Store(y + i + 2 * d, y2);
+  Store(x + i + 3 * d, x3);
+  Store(y + i + 3 * d, y3);
+}
+
+// Stages d and 2d (d at least 8) over the blocks of 4d that start in
+// [begin, end): the twiddle of index k of stage d is entry k * tstepD of
+// (sd, td), that of stage 2d entry k * tstep2 of (s2, t2). Every butterfly
+// of the two stages is the one their passes would do, so the result has
+// the same bits; the data are read and written once for both.
+inline __attribute__((always_inline)) void StagePairBody(double* x, double* y, const double* sd, const double* td,
+                                                         int tstepD, const double* s2, const double* t2, int tstep2,
+                                                         int d, int begin, int end) {
+  const int q = d / 2;
+  for (int j = begin; j < end; j += 4 * d) {
+    Quad skD, tkD, sk2, tk2;
+    LoadTwiddles<4>(skD, tkD, sd, td, 0, tstepD);
+    LoadTwiddles<4>(sk2, tk2, s2, t2, 0, tstep2);
+    StagePairStep<true, false, true>(x, y, j, d, skD, tkD, sk2, tk2);
+    for (int k = 4; k < q; k += 4) {
+      LoadTwiddles<4>(skD, tkD, sd, td, k, tstepD);
+      LoadTwiddles<4>(sk2, tk2, s2, t2, k, tstep2);
+      StagePairStep<false, false, false>(x, y, j + k, d, skD, tkD, sk2, tk2);
+    }
+    LoadTwiddles<4>(skD, tkD, sd, td, 0, tstepD);
+    LoadTwiddles<4>(sk2, tk2, s2, t2, q, tstep2);
+    StagePairStep<true, true, false>(x, y, j + q, d, skD, tkD, sk2, tk2);
+    for (int k = q + 4; k < d; k += 4) {
+      LoadTwiddles<4>(skD, tkD, sd, td, k - q, tstepD);
+      LoadTwiddles<4>(sk2, tk2, s2, t2, k, tstep2);
+      StagePairStep<false, true, false>(x, y, j + k, d, skD, tkD, sk2, tk2);
+    }
+  }
+}
+
+// One stage, or two at once, of a transform over [begin, end) through a
+// stage function, with the twiddles of span d from the stages' layout w (each
+// its own run) or else every tstep-th entry of the tables.
+template <typename T>
+struct StageRun {
+  T* x;
+  T* y;
+  const T* s;
+  const T* t;
+  int n, stride;
+  const StageTwiddles<T>* w;
+
+  inline __attribute__((always_inline)) void TwiddlesOf(int d, const T*& sd, const T*& td, int& tstep) const {
+    if (w) {
+      const auto at = static_cast<std::size_t>(w->offset[static_cast<std::size_t>(Log2Of(d))]);
+      sd = w->s.data() + at;
+      td = w->t.data() + at;
+      tstep = 1;
+    } else {
+      sd = s;
+      td = t;
+      tstep = stride * (n / (2 * d));
+    }
+  }
+  template <typename Stage>
+  inline __attribute__((always_inline)) void One(const Stage& stageOf, int d, int begin, int end) const {
+    const T *sd, *td;
+    int tstep;
+    TwiddlesOf(d, sd, td, tstep);
+    stageOf(x, y, sd, td, d, tstep, begin, end);
+  }
+  // Spans d and 2d together, where the stage function pairs them.
+  template <typename Stage>
+  inline __attribute__((always_inline)) void Pair(const Stage& stageOf, int d, int begin, int end) const {
+    if constexpr (Stage::kPairs) {
+      const T *sd, *td, *s2, *t2;
+      int tstepD, tstep2;
+      TwiddlesOf(d, sd, td, tstepD);
+      TwiddlesOf(2 * d, s2, t2, tstep2);
+      stageOf.Pair(x, y, sd, td, tstepD, s2, t2, tstep2, d, begin, end);
+    }
+  }
+};
+
 // The stages of the transform; stageOf(x, y, s, t, d, tstep, begin, end)
 // runs one.
 template <typename T, typename Stage>
@@ -788,6 +904,9 @@ inline __attribute__((always_inline)) void FFTCoreWith(T* x, T* y, const T* s, c
   // over the whole array; the span d runs up to n/2 either way.
   const int chunk = std::min(n, kChunk);
   const StageTwiddles<T>* w = n >= 16 ? TwiddlesFor(s, t, n, stride) : nullptr;
+  // (A helper that is always inlined, unlike a lambda, which would be built
+  // without the caller's wider vectors.)
+  const StageRun<T> run{x, y, s, t, n, stride, w};
   for (int c = 0; c < n; c += chunk) {
     int d = first;
     // The stages of spans 8 to 32 in blocks of 64 held in registers where
@@ -798,25 +917,23 @@ inline __attribute__((always_inline)) void FFTCoreWith(T* x, T* y, const T* s, c
         d = 64;
       }
     }
-    for (; 2 * d <= chunk; d *= 2) {
-      if (w) {
-        const auto at = static_cast<std::size_t>(w->offset[static_cast<std::size_t>(Log2Of(d))]);
-        stageOf(x, y, w->s.data() + at, w->t.data() + at, d, 1, c, c + chunk);
-      } else {
-        stageOf(x, y, s, t, d, stride * (n / (2 * d)), c, c + chunk);
-      }
-    }
+    if constexpr (Stage::kPairs)
+      if (d >= 8)
+        for (; 4 * d <= chunk; d *= 4) run.Pair(stageOf, d, c, c + chunk);
+    for (; 2 * d <= chunk; d *= 2) run.One(stageOf, d, c, c + chunk);
   }
   // The stages from span `columns` up go column by column where the stage
   // function can and there are at least eight rows (with fewer the passes
   // stage by stage were faster).
   const int columns = Stage::kColumns && n >= 8 * chunk ? std::max(chunk, n / kMaxRows) : n;
-  for (int d = std::max(chunk, first); d < std::min(n, columns); d *= 2) {
-    if (w) {
-      const auto at = static_cast<std::size_t>(w->offset[static_cast<std::size_t>(Log2Of(d))]);
-      stageOf(x, y, w->s.data() + at, w->t.data() + at, d, 1, 0, n);
+  const int lastSpan = std::min(n, columns);
+  for (int d = std::max(chunk, first); d < lastSpan;) {
+    if (Stage::kPairs && d >= 8 && 2 * d < lastSpan) {
+      run.Pair(stageOf, d, 0, n);
+      d *= 4;
     } else {
-      stageOf(x, y, s, t, d, stride * (n / (2 * d)), 0, n);
+      run.One(stageOf, d, 0, n);
+      d *= 2;
     }
   }
   if constexpr (Stage::kColumns)
@@ -827,6 +944,7 @@ inline __attribute__((always_inline)) void FFTCoreWith(T* x, T* y, const T* s, c
 struct AnyStages {
   static constexpr bool kColumns = false;
   static constexpr bool kBlocks = false;
+  static constexpr bool kPairs = false;
   template <typename T>
   void operator()(T* x, T* y, const T* s, const T* t, int d, int tstep, int begin, int end) const {
     ButterflyStage(x, y, s, t, d, tstep, begin, end);
@@ -837,6 +955,7 @@ struct AnyStages {
 struct WideStages {
   static constexpr bool kColumns = false;
   static constexpr bool kBlocks = true;
+  static constexpr bool kPairs = false;
   // The stages of spans 8 to 32 in blocks of 64 held in registers (doubles).
   template <typename T>
   inline __attribute__((always_inline)) void Blocks(T* x, T* y, const T* s, const T* t, int n, int stride, int begin,
@@ -861,6 +980,19 @@ struct WideStages {
 // whose stage-by-stage passes stream.
 struct ColumnWideStages : WideStages {
   static constexpr bool kColumns = true;
+};
+
+// The same laid out for sixteen registers: instead of the blocks of 64,
+// which would not stay in them, stages two at a time (StagePairBody), from
+// span 8, over the chunks and then over the whole array.
+struct PairedColumnWideStages : ColumnWideStages {
+  static constexpr bool kBlocks = false;
+  static constexpr bool kPairs = true;
+  inline __attribute__((always_inline)) void Pair(double* x, double* y, const double* sd, const double* td,
+                                                  int tstepD, const double* s2, const double* t2, int tstep2, int d,
+                                                  int begin, int end) const {
+    StagePairBody(x, y, sd, td, tstepD, s2, t2, tstep2, d, begin, end);
+  }
 };
 
 template <typename T>
@@ -1180,13 +1312,79 @@ __attribute__((target("avx"))) void RealTransformWide(int n, double* x, double* 
 // and its mirror at once. Every value is the result of the operations of
 // RealTransformBody, so the output has the same bits.
 //
+// One pair of the post-processing: the outputs at i and at its partner
+// b = h - i, from the elements of the half-length transform (X, Y) at those
+// two indices, read forwards at i and backwards at b. With kMirrored the
+// outputs at i take the mirrored form with the twiddles of k (sk, tk) and
+// those at b the plain form with the twiddles of q - k (sm, tm); without,
+// the other way round, out[0..3] holding the real and imaginary parts at i,
+// then at b. Output j goes to n - j as it is and to j conjugated.
+template <typename V, bool kMirrored>
+inline __attribute__((always_inline)) void PostPairOutputs(const double* y, int n, int i, const V& sk, const V& tk,
+                                                           const V& sm, const V& tm, V* out) {
+  const int h = n / 2, b = h - i;
+  const double* const xs = y;      // X
+  const double* const ys = y + h;  // Y
+  V xi, yi, xb, yb;
+  Load(xi, xs + i);
+  Load(yi, ys + i);
+  LoadBackwards(xb, xs + b);
+  LoadBackwards(yb, ys + b);
+  if constexpr (kMirrored) {
+    PostOutputMirrored(xi, yi, xb, yb, sk, tk, out[0], out[1]);
+    PostOutput(xb, yb, xi, yi, sm, tm, out[2], out[3]);
+  } else {
+    PostOutput(xi, yi, xb, yb, sk, tk, out[0], out[1]);
+    PostOutputMirrored(xb, yb, xi, yi, sm, tm, out[2], out[3]);
+  }
+}
+
+// The outputs of PostPairOutputs into their places.
+template <typename V>
+inline __attribute__((always_inline)) void StorePostPair(double* x, double* y, int n, int i, const V* out) {
+  const int b = n / 2 - i;
+  StoreBackwards(x + n - i, out[0]);
+  StoreBackwards(y + n - i, out[1]);
+  Store(x + i, out[0]);
+  Store(y + i, -out[1]);
+  Store(x + n - b, out[2]);
+  Store(y + n - b, out[3]);
+  StoreBackwards(x + b, out[2]);
+  StoreBackwards(y + b, -out[3]);
+}
+
 // The step of k and the step of q - k read the same four elements, k,
 // h - k, q + k and q - k, of the half-length transform (X, Y), and between
 // them produce the outputs at those four indices and at their mirrors n - j,
-// whose imaginary parts land in exactly the places of y just read.
+// whose imaginary parts land in exactly the places of y just read. The
+// outputs at k and h - k come from the elements at k and h - k alone and
+// land where those were read, and so do those at q + k and q - k: the two
+// pairs go one after the other, so that no more than one pair's values are
+// live at once (sixteen registers hold them without spilling). Only where
+// the lanes reach k = q / 2, whose pairs are the same two elements, are
+// both pairs read before either is written.
 template <typename V>
 inline __attribute__((always_inline)) void PostQuad(double* x, double* y, const double* s, const double* t, int n,
-                                                    int k) {
+                                                    int k, bool reachesMiddle) {
+  const int q = n / 4;
+  V sk, tk, sm, tm;  // the twiddles of k and of q - k
+  Load(sk, s + k);
+  Load(tk, t + k);
+  LoadBackwards(sm, s + q - k);
+  LoadBackwards(tm, t + q - k);
+  V plain[4], mirrored[4];
+  PostPairOutputs<V, false>(y, n, k, sk, tk, sm, tm, plain);
+  if (!reachesMiddle) StorePostPair(x, y, n, k, plain);
+  PostPairOutputs<V, true>(y, n, q + k, sk, tk, sm, tm, mirrored);
+  if (reachesMiddle) StorePostPair(x, y, n, k, plain);
+  StorePostPair(x, y, n, q + k, mirrored);
+}
+
+// The same steps with all eight elements read before any output is written,
+// which suits the thirty-two registers of AVX-512 better.
+template <typename V>
+inline __attribute__((always_inline)) void PostQuadJoint(double* x, double* y, const double* s, const double* t,
+                                                         int n, int k) {
   const int h = n / 2, q = n / 4;
   const double* const xs = y;      // X
   const double* const ys = y + h;  // Y
@@ -1232,6 +1430,7 @@ inline __attribute__((always_inline)) void PostQuad(double* x, double* y, const 
 
 // The post-processing of the fused real transform, from the half-length
 // transform in y (real parts) and y + N/2 (imaginary parts) into x and y.
+template <bool kBothPairsFirst>
 inline __attribute__((always_inline)) void PostProcessFused(int n, double* x, double* y, const double* s,
                                                              const double* t) {
   const int h = n / 2, q = n / 4;
@@ -1239,8 +1438,13 @@ inline __attribute__((always_inline)) void PostProcessFused(int n, double* x, do
   int k = 1;
   // k = q / 2 is its own partner: both steps give the same outputs, written
   // twice to the same places by the last vector (q / 2 is a multiple of 4).
-  for (; k + 3 <= q / 2; k += 4) PostQuad<Quad>(x, y, s, t, n, k);
-  for (; k <= q / 2; ++k) PostQuad<double>(x, y, s, t, n, k);
+  if constexpr (kBothPairsFirst) {
+    for (; k + 3 <= q / 2; k += 4) PostQuadJoint<Quad>(x, y, s, t, n, k);
+    for (; k <= q / 2; ++k) PostQuadJoint<double>(x, y, s, t, n, k);
+  } else {
+    for (; k + 3 <= q / 2; k += 4) PostQuad<Quad>(x, y, s, t, n, k, k + 3 == q / 2);
+    for (; k <= q / 2; ++k) PostQuad<double>(x, y, s, t, n, k, k == q / 2);
+  }
   x[n - q] = xq;
   y[n - q] = -yq;
   x[q] = xq;
@@ -1287,6 +1491,41 @@ inline __attribute__((always_inline)) void HalfTransformOf32(const double* x, do
   }
 }
 
+// The bit reversal of the fused path with the first three stages: z[k] read
+// from x, the real parts to y[0..N/2), the imaginary parts to y[N/2..N).
+inline __attribute__((always_inline)) void FusedTiles(int h, const double* x, double* y, const double* s,
+                                                      const double* t, int mHalf) {
+  // Row (high, middle) of z is x[2 * row .. 2 * row + 16).
+  const int middleCount = 1 << (mHalf - 6);
+  const int rowStep = 1 << (mHalf - 3);
+  const int tstep = 2 * (h / 8);
+  const double s1 = s[tstep], t1 = t[tstep];
+  int reversedMiddle = 0;
+  for (int middle = 0; middle < middleCount; ++middle) {
+    Quad re[8], reHigh[8], im[8], imHigh[8];
+    for (int r = 0; r < 8; ++r) {
+      const double* z = x + 2 * (r * rowStep + (middle << 3));
+      Quad a, b, c, e;
+      Load(a, z);
+      Load(b, z + 4);
+      Load(c, z + 8);
+      Load(e, z + 12);
+      re[r] = __builtin_shufflevector(a, b, 0, 2, 4, 6);
+      im[r] = __builtin_shufflevector(a, b, 1, 3, 5, 7);
+      reHigh[r] = __builtin_shufflevector(c, e, 0, 2, 4, 6);
+      imHigh[r] = __builtin_shufflevector(c, e, 1, 3, 5, 7);
+    }
+    const int to = reversedMiddle << 3;
+    TileOut<true>(re, reHigh, im, imHigh, y + to, y + h + to, rowStep, s1, t1);
+    int bit = middleCount >> 1;
+    while (reversedMiddle & bit) {
+      reversedMiddle ^= bit;
+      bit >>= 1;
+    }
+    reversedMiddle |= bit;
+  }
+}
+
 // kSmall is N/2's exponent for the sizes with a path of their own (5: the
 // whole half-length transform in registers; 6: after the tiles, the one
 // block of 64 in registers), 0 for the rest.
@@ -1298,45 +1537,11 @@ inline __attribute__((always_inline)) void RealTransformFusedBody(int n, double*
   if constexpr (kSmall == 5) {
     HalfTransformOf32(x, y, s, t);
   } else {
-    // z[k] for the tiles: row (high, middle) of z is x[2 * row .. 2 * row + 16).
-    const int middleCount = 1 << (mHalf - 6);
-    const int rowStep = 1 << (mHalf - 3);
-    const int tstep = 2 * (h / 8);
-    const double s1 = s[tstep], t1 = t[tstep];
-    int reversedMiddle = 0;
-    for (int middle = 0; middle < middleCount; ++middle) {
-      Quad re[8], reHigh[8], im[8], imHigh[8];
-      for (int r = 0; r < 8; ++r) {
-        const double* z = x + 2 * (r * rowStep + (middle << 3));
-        Quad a, b, c, e;
-        Load(a, z);
-        Load(b, z + 4);
-        Load(c, z + 8);
-        Load(e, z + 12);
-        re[r] = __builtin_shufflevector(a, b, 0, 2, 4, 6);
-        im[r] = __builtin_shufflevector(a, b, 1, 3, 5, 7);
-        reHigh[r] = __builtin_shufflevector(c, e, 0, 2, 4, 6);
-        imHigh[r] = __builtin_shufflevector(c, e, 1, 3, 5, 7);
-      }
-      const int to = reversedMiddle << 3;
-      TileOut<true>(re, reHigh, im, imHigh, y + to, y + h + to, rowStep, s1, t1);
-      int bit = middleCount >> 1;
-      while (reversedMiddle & bit) {
-        reversedMiddle ^= bit;
-        bit >>= 1;
-      }
-      reversedMiddle |= bit;
-    }
+    FusedTiles(h, x, y, s, t, mHalf);
     if constexpr (kSmall == 6) StagesInBlocks(y, y + h, s, t, h, 2, 0, h);
     else FFTCoreWith(y, y + h, s, t, h, 2, true, ColumnWideStages{});
   }
-  PostProcessFused(n, x, y, s, t);
-}
-
-template <int kSmall>
-__attribute__((target("avx"))) void RealTransformFused(int n, double* x, double* y, const double* s,
-                                                         const double* t, int mHalf) {
-  RealTransformFusedBody<kSmall>(n, x, y, s, t, mHalf);
+  PostProcessFused<true>(n, x, y, s, t);
 }
 
 template <int kSmall>
@@ -1346,13 +1551,48 @@ __attribute__((target("avx512f,avx512vl"))) void RealTransformFusedMany(int n, d
   RealTransformFusedBody<kSmall>(n, x, y, s, t, mHalf);
 }
 
+// The fused path laid out for the sixteen registers of processors without
+// AVX-512: the stages two at a time (PairedColumnWideStages) instead of in
+// blocks of 64, and each pass a function of its own, so that no pass's
+// registers are spilled for another's (inlined into one function, the
+// passes took a tenth longer).
+__attribute__((target("avx"), noinline)) void HalfTransformOf32Wide(const double* x, double* y, const double* s,
+                                                                    const double* t) {
+  HalfTransformOf32(x, y, s, t);
+}
+
+__attribute__((target("avx"), noinline)) void FusedTilesWide(int h, const double* x, double* y, const double* s,
+                                                             const double* t, int mHalf) {
+  FusedTiles(h, x, y, s, t, mHalf);
+}
+
+__attribute__((target("avx"), noinline)) void FusedStagesWide(int h, double* y, const double* s, const double* t) {
+  FFTCoreWith(y, y + h, s, t, h, 2, true, PairedColumnWideStages{});
+}
+
+__attribute__((target("avx"), noinline)) void PostProcessWide(int n, double* x, double* y, const double* s,
+                                                              const double* t) {
+  PostProcessFused<false>(n, x, y, s, t);
+}
+
+void RealTransformFused(int n, double* x, double* y, const double* s, const double* t, int mHalf) {
+  const int h = n / 2;
+  if (mHalf == 5) {
+    HalfTransformOf32Wide(x, y, s, t);
+  } else {
+    FusedTilesWide(h, x, y, s, t, mHalf);
+    FusedStagesWide(h, y, s, t);
+  }
+  PostProcessWide(n, x, y, s, t);
+}
+
 void RealTransform(int n, double* x, double* y, const double* s, const double* t, int mHalf) {
   static const bool wide = __builtin_cpu_supports("avx");
   if (wide && mHalf >= 5) {
-    const bool many = ManyRegisters();
-    if (mHalf == 5) (many ? RealTransformFusedMany<5> : RealTransformFused<5>)(n, x, y, s, t, mHalf);
-    else if (mHalf == 6) (many ? RealTransformFusedMany<6> : RealTransformFused<6>)(n, x, y, s, t, mHalf);
-    else (many ? RealTransformFusedMany<0> : RealTransformFused<0>)(n, x, y, s, t, mHalf);
+    if (!ManyRegisters()) RealTransformFused(n, x, y, s, t, mHalf);
+    else if (mHalf == 5) RealTransformFusedMany<5>(n, x, y, s, t, mHalf);
+    else if (mHalf == 6) RealTransformFusedMany<6>(n, x, y, s, t, mHalf);
+    else RealTransformFusedMany<0>(n, x, y, s, t, mHalf);
   } else if (wide) {
     RealTransformWide(n, x, y, s, t, mHalf);
   } else {
