@@ -167,6 +167,7 @@ std::span<const SideBoxRow<Graph1Form>> Graph1Form::SideBoxTable() {
       {{"mnuStatistics", "", "Statistics", kPanelInterpolate, 11}, &G::OpenStatistics, &G::InterpolateGo},
       {{"mnuSpectrogram", "", "Spectrogram", kPanelInterpolate, 11}, &G::OpenInterpolate, &G::InterpolateGo},
       {{"mnuQuantize(2)", "", "Denoise (Gabor)", kPanelInterpolate, 11}, &G::OpenInterpolate, &G::InterpolateGo},
+      {{"mnuScalogram", "", "Scalogram", kPanelInterpolate, 11}, &G::OpenInterpolate, &G::InterpolateGo},
       {{"mnuInterpolateMethod(0)", "", "Haar Interpolate", kPanelInterpolate, 11}, &G::OpenInterpolate,
        &G::InterpolateGo},
       {{"mnuInterpolateMethod(1)", "", "D-D 4,2 Interpolate", kPanelInterpolate, 11}, &G::OpenInterpolate,

@@ -74,6 +74,7 @@ using Graph1Result = OneDimensionalResult;
 class Graph1Form final : public Form,
                          public OneDimensionalReceiver,
                          public AudioReceiver,
+                         public ScalogramSource,
                          private formula::FormulaHost {
  public:
   static constexpr FormKind kKind = FormKind::Graph1;
@@ -89,6 +90,10 @@ class Graph1Form final : public Form,
   // The spectrogram of the graph TxtGraphStat names, in a new form; with
   // `gabor` computed at once and prepared for denoising.
   void ComputeSpectrogram(bool gabor);
+  // The scalogram of the graph TxtGraphStat names, in a new form that plays
+  // the sound SoundFileForPercScalogram kept, if any.
+  ScalogramCalls* ComputeScalogram() override;
+  void SoundFileForPercScalogram(const std::vector<double>& samples) override { percussionSound_ = samples; }
 
   // The graph store.
   void SetPoints(int n);
@@ -248,6 +253,8 @@ class Graph1Form final : public Form,
   bool QueryClose() override;
 
  private:
+  template <class Calls>
+  Calls* NewTimeFrequencyForm(FormKind kind);
   // FormulaHost
   int FormulaPoints() const override { return n_; }
   int FormulaGraphCount() const override { return graphCount_; }
@@ -356,6 +363,8 @@ class Graph1Form final : public Form,
   };
   std::unique_ptr<SoundControls, SoundControlsDeleter> sound_;
   bool soundReady8_ = false, soundReady16_ = false;
+  // The sound the next scalogram plays in place of its signal.
+  std::vector<double> percussionSound_;
   std::string fileName_;
   FormulaBox formulaBox_;
   // Graph number fields: their leading number, or with kOneGraphCommand a

@@ -252,17 +252,34 @@ void Graph1Form::AudioSettings(const std::string& rate, const std::string& volum
   if (sixteenBits) controls_.SetFromUser("OpBitRate(1)", "1");
 }
 
-void Graph1Form::ComputeSpectrogram(bool gabor) {
+// A new time-frequency form of the kind given the graph TxtGraphStat names
+// and the audio box's settings; null after a message.
+template <class Calls>
+Calls* Graph1Form::NewTimeFrequencyForm(FormKind kind) {
   const int g = graphNumber_("TxtGraphStat", graphCount_, AnyBadNumber(1, NumberReading::Evaluated));
-  if (g < 0) return;
-  SpectrogramCalls* spectrogram = NewFormFor<SpectrogramCalls>(context_, FormKind::Spectrogram);
-  if (!spectrogram) return;
+  if (g < 0) return nullptr;
+  Calls* form = NewFormFor<Calls>(context_, kind);
+  if (!form) return nullptr;
   const double* y = GraphValues(g);
-  spectrogram->SetSignalValues(std::vector<double>(y, y + n_ + 1), n_, GraphLeft(g), GraphRight(g), GraphStep(g));
-  spectrogram->AudioSettings(controls_.Text("TxtSound(1)"), controls_.Text("TxtSound(2)"),
-                             controls_["OpBitRate(1)"].value != 0);
+  form->SetSignalValues(std::vector<double>(y, y + n_ + 1), n_, GraphLeft(g), GraphRight(g), GraphStep(g));
+  form->AudioSettings(controls_.Text("TxtSound(1)"), controls_.Text("TxtSound(2)"),
+                      controls_["OpBitRate(1)"].value != 0);
+  return form;
+}
+
+void Graph1Form::ComputeSpectrogram(bool gabor) {
+  SpectrogramCalls* spectrogram = NewTimeFrequencyForm<SpectrogramCalls>(FormKind::Spectrogram);
+  if (!spectrogram) return;
   spectrogram->ShowSpecgramBox();
   if (gabor && spectrogram->ComputeTheSpectrogram()) spectrogram->DenoiseOption();
+}
+
+ScalogramCalls* Graph1Form::ComputeScalogram() {
+  ScalogramCalls* scalogram = NewTimeFrequencyForm<ScalogramCalls>(FormKind::Scalogram);
+  if (!scalogram) return nullptr;
+  scalogram->SetTrueAudioSignal(percussionSound_);
+  scalogram->ShowScalogramBox();
+  return scalogram;
 }
 
 }  // namespace keldo::form1d

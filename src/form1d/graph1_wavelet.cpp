@@ -62,6 +62,7 @@ void Graph1Form::InterpolateGo() {
   const std::string& title = controls_.Text("AnalysisLabel");
   if (title == "Statistics") RunStatistics(*this, *measures_, kMeasuringBox);
   else if (title == "Spectrogram" || title == "Denoise (Gabor)") ComputeSpectrogram(title == "Denoise (Gabor)");
+  else if (title == "Scalogram") ComputeScalogram();
   else InterpolateCommand(title == "D-D 4,2 Interpolate");
 }
 

@@ -8,6 +8,7 @@
 #include "imageproc/image_processor_menu.h"
 #include "kit/basic_form.h"
 #include "sound/sound_editor_form.h"
+#include "timefreq/scalogram_form.h"
 #include "timefreq/spectrogram_form.h"
 #include "timefreq/timefreq_menus.h"
 #include "workshop/workshop_menu.h"
@@ -72,7 +73,7 @@ const FormKindInfo kKinds[] = {
      .formExtension = ".scg",
      .formFilter = "Scalogram (*.scg)",
      .openFormPosition = 3,
-     .maker = MakeMenuOnlyForm<FormKind::Scalogram, timefreq::ScalogramMenuBar>},
+     .maker = timefreq::MakeScalogramForm},
     {.kind = FormKind::Workshop,
      .word = "workshop",
      .captionWord = "Wavelet Image Compression Workshop",

@@ -110,6 +110,37 @@ class SpectrogramCalls : public SignalReceiver {
   ~SpectrogramCalls() = default;
 };
 
+// The scalogram's calls: ShowScalogramBox opens its compute box;
+// SetTrueAudioSignal gives it the sound to play in place of its signal (a
+// pulse train of a drum track plays as the track); SetScalogramFields fills
+// the compute box: the wavelet by its number in the list (1 to 5) and the
+// octaves, voices, width and frequency as texts; ComputeTheScalogram checks
+// the box and computes (false after a message).
+class ScalogramCalls : public SignalReceiver {
+ public:
+  virtual void ShowScalogramBox() = 0;
+  virtual void SetTrueAudioSignal(const std::vector<double>& samples) = 0;
+  virtual void SetScalogramFields(int wavelet, const std::string& octaves, const std::string& voices,
+                                  const std::string& width, const std::string& frequency) = 0;
+  virtual bool ComputeTheScalogram() = 0;
+
+ protected:
+  ~ScalogramCalls() = default;
+};
+
+// What a one-dimensional form does for the percussion scalogram:
+// SoundFileForPercScalogram keeps a sound to hand to the scalogram it opens
+// next; ComputeScalogram opens the scalogram of the graph chosen in its box
+// (null after a message).
+class ScalogramSource {
+ public:
+  virtual void SoundFileForPercScalogram(const std::vector<double>& samples) = 0;
+  virtual ScalogramCalls* ComputeScalogram() = 0;
+
+ protected:
+  ~ScalogramSource() = default;
+};
+
 // A new form of the kind, numbered, placed and shown, reached through the
 // call it answers; null after reporting 72 or 73 (also when the kind does
 // not answer the call, which then leaves no form behind).

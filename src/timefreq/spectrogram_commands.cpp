@@ -59,12 +59,6 @@ void SpectrogramForm::InvertTheSpectrogram() {
   SendToNewForm(result, a_, b_, "");
 }
 
-bool SpectrogramForm::SendToNewForm(const std::vector<double>& values, double a, double b, const std::string& remarks) {
-  return SendToOneDimensionalForm(context_, values, a, b, remarks,
-                                  {controls_.Text("TxtSound(1)"), controls_.Text("TxtSound(2)"),
-                                   controls_["OpBitRate(1)"].value != 0});
-}
-
 void SpectrogramForm::DenoiseOption() {
   RunMenu("mnuPlot");
   if (!present_) return;
@@ -104,36 +98,9 @@ void SpectrogramForm::CopyHorizontalSlice() {
                 "Horizontal slice\r\nFrequency: " + FormatLabel(pointerRow_ * Frequency()));
 }
 
-void SpectrogramForm::CopyTheSignal() {
-  if (signal_.empty()) return;
-  SendToNewForm(signal_, a_, b_, "");
-}
-
 // ---------------------------------------------------------------- playback
 
-void SpectrogramForm::PlaySignal() {
-  const double volume = compiler_.VALU(controls_.Text("TxtSound(2)"));
-  if (!(volume > 0)) {
-    context_.ShowError(50);
-    return;
-  }
-  const double rate = compiler_.VALU(controls_.Text("TxtSound(1)"));
-  if (!(rate >= 441 && rate <= 44100)) {
-    context_.ShowError(38);
-    return;
-  }
-  if (signal_.empty()) return;
-  const int bits = controls_["OpBitRate(0)"].value ? 8 : 16;
-  const int sampleRate = static_cast<int>(std::nearbyint(rate));
-  sound::WaveControl control;
-  control.Create(bits, sampleRate);
-  control.Write(sound::FillSoundArray(signal_.data(), n_ + 1, bits, volume));
-  if (!control.Play(*context_.services().audio, 0, n_ + 1)) {
-    context_.ShowError(39);
-    return;
-  }
-  scanLine_.Start(n_ + 1, sampleRate);
-}
+void SpectrogramForm::PlaySignal() { PlaySamples(signal_); }
 
 // ------------------------------------------------------------------- files
 
@@ -203,17 +170,7 @@ bool SpectrogramForm::LoadForm(const std::string& path, const std::string& title
 // ------------------------------------------------------------------- dump
 
 std::vector<GraphSummary> SpectrogramForm::Graphs() const {
-  std::vector<GraphSummary> out;
-  GraphSummary signal;
-  signal.a = a_;
-  signal.b = b_;
-  signal.h = dt_;
-  signal.values = signal_;
-  signal.peak = Peak(signal_);
-  signal.fields.push_back({"name", "signal", {}, {}});
-  // Where the scan line stood while the signal last played, in pixels.
-  signal.fields.push_back(scanLine_.DumpField());
-  out.push_back(std::move(signal));
+  std::vector<GraphSummary> out{SignalSummary()};
   if (!present_) return out;
   const fourier::SpectrogramShape& s = spectrum_.shape;
   const auto matrix = [&](const char* name, std::vector<double> values) {

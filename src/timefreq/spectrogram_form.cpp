@@ -71,9 +71,7 @@ platform::Rgb Grey(int level) {
 }  // namespace
 
 SpectrogramForm::SpectrogramForm(FormContext& context)
-    : Form(context, FormKind::Spectrogram), formulaBox_(*this, kFormulaBox) {
-  formula_.twoDimensional = true;
-  formula_.noiseTerms = 64;
+    : TimeFreqForm(context, FormKind::Spectrogram, kFormulaBox, {3, 5}) {
   BuildControls();
   BindCommands();
   formulaBox_.Initialize();
@@ -104,12 +102,8 @@ void SpectrogramForm::BuildControls() {
   controls_.Add("txtThreshold", ControlKind::Text, "0").tip = "Cells of smaller magnitude are set to 0.";
   Control& go2 = controls_.Add("GoButton(2)", ControlKind::Button, "&Threshold");
   go2.tip = "Sets to 0 every cell whose magnitude is below the threshold.";
-  // The formula box.
-  controls_.Add("Formula", ControlKind::Text, "").tip = "A formula of x (time), y (frequency) and g1 (magnitude).";
-  Control& go3 = controls_.Add("GoButton(3)", ControlKind::Button, "&Plot");
-  go3.tip = "Gives each cell the formula's value as its magnitude.";
-  controls_.Add("PercentDone", ControlKind::Label, "0% done.").visible = false;
-  formulaBox_.AddControls();
+  AddFormulaControls("A formula of x (time), y (frequency) and g1 (magnitude).",
+                     "Gives each cell the formula's value as its magnitude.");
   // The inversion box.
   controls_.Add("LabelInvert", ControlKind::Label, "Invert Spectrograph");
   const char* methods[] = {"Division by each filter", "Division by sum of filter squares",
@@ -117,16 +111,8 @@ void SpectrogramForm::BuildControls() {
   for (int k = 0; k < 3; ++k) controls_.AddOption(IndexedName("OpInversion", k), methods[k], "OpInversion", k == 2);
   Control& go4 = controls_.Add("GoButton(4)", ControlKind::Button, "&Invert");
   go4.tip = "Turns the spectrogram back into a signal in a new form.";
-  // The play box.
-  controls_.Add("TxtSound(1)", ControlKind::Text, "8000").tip = "The sampling rate, 441 to 44100 Hz.";
-  controls_.Add("TxtSound(2)", ControlKind::Text, "1").tip = "The volume: the signal's values are multiplied by it.";
-  controls_.AddOption("OpBitRate(0)", "8 bits", "OpBitRate");
-  controls_.AddOption("OpBitRate(1)", "16 bits", "OpBitRate", true);
-  Control& go5 = controls_.Add("GoButton(5)", ControlKind::Button, "&Play");
-  go5.tip = "Plays the signal.";
-  // Information and modifications.
-  controls_.Add("txtInformation", ControlKind::Text, "");
-  controls_.Add("txtModReport", ControlKind::Text, "");
+  AddPlayControls();
+  AddReportControls();
   // The read-out and the axes.
   controls_.Add("labSigValues", ControlKind::Label, "No spectrogram values.");
   for (int k = 0; k < 5; ++k) {
@@ -165,6 +151,7 @@ void SpectrogramForm::BindCommands() {
   OnMenu("mnuVerticalSlice", [this](int) { CopyVerticalSlice(); });
   OnMenu("mnuHorizontalSlice", [this](int) { CopyHorizontalSlice(); });
   OnMenu("mnuCopySignal", [this](int) { CopyTheSignal(); });
+  OnMenu("mnuPercussion", [this](int) { ComputePercScalgrm(); });
   OnMenu("mnuViewCursor", [this](int) {
     Control& item = controls_["mnuViewCursor"];
     item.value = item.value ? 0 : 1;
@@ -193,12 +180,7 @@ void SpectrogramForm::BindCommands() {
 // ------------------------------------------------------------ named calls
 
 void SpectrogramForm::SetSignalValues(const std::vector<double>& values, int points, double a, double b, double dt) {
-  n_ = points;
-  signal_.assign(values.begin(), values.begin() + std::min<std::ptrdiff_t>(points + 1, static_cast<std::ptrdiff_t>(values.size())));
-  signal_.resize(static_cast<std::size_t>(points) + 1, 0.0);
-  a_ = a;
-  b_ = b;
-  dt_ = dt;
+  StoreSignal(values, points, a, b, dt);
   const int maximum = MaximumWindowLength(points);
   controls_["SpSetting(0)"].tip = kWindowLengthTips[std::clamp(Log2(maximum) - 4, 0, 7)];
   // A first window as long as the signal allows, stepping a quarter of it.
@@ -210,9 +192,7 @@ void SpectrogramForm::SetSignalValues(const std::vector<double>& values, int poi
 }
 
 void SpectrogramForm::AudioSettings(const std::string& rate, const std::string& volume, bool sixteenBits) {
-  controls_.SetText("TxtSound(1)", rate);
-  controls_.SetText("TxtSound(2)", volume);
-  if (sixteenBits) controls_.SetFromUser("OpBitRate(1)", "1");
+  SetAudioTexts(rate, volume, sixteenBits);
 }
 
 void SpectrogramForm::ShowSpecgramBox() { RunMenu("mnuSpectrogram"); }
@@ -279,7 +259,7 @@ void SpectrogramForm::ReplayModifications() {
       const double value = compiler_.VALU(entry.text);
       if (value >= 0) fourier::ThresholdSpectrum(spectrum_, value);
     } else {
-      ApplyFormula(entry.text, false);
+      ReplayFormula(entry.text, Cells());
     }
   }
 }
@@ -337,17 +317,7 @@ std::vector<Picture> SpectrogramForm::Pictures() const {
     image.leftLabels[static_cast<std::size_t>(k)] = controls_.Text(IndexedName("LabFreq", 4 - k));
   }
   if (controls_.Find("mnuViewOnly")->value != 0) return {image};
-  Picture signal;
-  signal.row = 1;
-  double low = 0.0, high = 0.0;
-  for (double v : signal_) {
-    low = std::min(low, v);
-    high = std::max(high, v);
-  }
-  if (high <= low) high = low + 1.0;
-  signal.scale = {a_, high, b_, low};
-  signal.leftLabels = {FormatLabel(high), "", FormatLabel((high + low) / 2.0), "", FormatLabel(low)};
-  return {image, signal};
+  return {image, SignalPicture(1)};
 }
 
 void SpectrogramForm::Paint(int picture, platform::Surface& surface) const {
@@ -374,26 +344,7 @@ void SpectrogramForm::Paint(int picture, platform::Surface& surface) const {
     scanLine_.Draw(surface);
     return;
   }
-  surface.Clear(platform::kBlack);
-  if (signal_.empty()) return;
-  const std::vector<Picture> pictures = Pictures();
-  if (pictures.size() < 2) return;
-  surface.SetScale(pictures[1].scale);
-  const bool dots = kDisplayBox.SignalAsDots(controls_);
-  const platform::Rgb colour = platform::MakeRgb(0, 255, 0);
-  if (dots) {
-    std::vector<platform::UserPoint> points(signal_.size());
-    for (std::size_t i = 0; i < signal_.size(); ++i) points[i] = {a_ + static_cast<double>(i) * dt_, signal_[i]};
-    surface.Pixels(points, colour);
-  } else {
-    std::vector<platform::UserSegment> segments;
-    segments.reserve(signal_.size());
-    for (std::size_t i = 1; i < signal_.size(); ++i)
-      segments.push_back({a_ + static_cast<double>(i - 1) * dt_, signal_[i - 1], a_ + static_cast<double>(i) * dt_, signal_[i]});
-    surface.Lines(segments, colour);
-  }
-  // The time axis.
-  surface.Line(a_, 0.0, b_, 0.0, platform::kWhite);
+  PaintSignal(surface, SignalPicture(1), kDisplayBox.SignalAsDots(controls_));
 }
 
 bool SpectrogramForm::CellAt(double x, double y, int& column, int& row) const {
@@ -451,123 +402,37 @@ void SpectrogramForm::ThresholdSpectrogram() {
     return;
   }
   fourier::ThresholdSpectrum(spectrum_, value);
-  modifications_.AddThreshold(text);
-  controls_.SetText("txtModReport", modifications_.Report());
+  ListThreshold(text);
   RedrawSpectrogram();
 }
 
 void SpectrogramForm::OpenFormula(const SideBoxCommand&) { formulaBox_.Enable(true); }
-
-bool SpectrogramForm::IsStopButton(int k) const { return k == 3 && plotting_; }
-
-bool SpectrogramForm::StopWork() {
-  if (!plotting_) return false;
-  plotting_ = false;
-  return true;
-}
 
 void SpectrogramForm::PlotTheGraph() {
   if (!present_) {
     context_.Beep();
     return;
   }
-  const std::string typed = controls_.Text("Formula");
-  if (ApplyFormula(typed, true)) {
-    modifications_.AddFormula(typed);
-    controls_.SetText("txtModReport", modifications_.Report());
-    formulaBox_.Update(typed);
-  }
+  PlotFormula(Cells());
   RedrawSpectrogram();
 }
 
-bool SpectrogramForm::ApplyFormula(const std::string& text, bool paced) {
-  formula_.order = 0;
-  formula_.formType = 0;
-  std::string command;
-  compiler_.COMPILE(formula::kModeTyped, text, command);
-  if (command.rfind(formula::kErrorResult, 0) == 0) {
-    context_.ShowError(23);
-    return false;
-  }
+CellMatrix SpectrogramForm::Cells() {
   const fourier::SpectrogramShape& s = spectrum_.shape;
-  const auto cols = static_cast<std::size_t>(s.ncols);
-  // g1 is each cell's magnitude, 1 for a cell of zeros.
-  std::vector<float> magnitude(spectrum_.re.size());
-  for (std::size_t k = 0; k < magnitude.size(); ++k) {
-    const double m = std::sqrt(spectrum_.re[k] * spectrum_.re[k] + spectrum_.im[k] * spectrum_.im[k]);
-    magnitude[k] = static_cast<float>(m == 0.0 ? 1.0 : m);
-  }
-  formula::Evaluator ev;
-  formula::BindEvaluator(ev, formula_);
-  ev.dx = static_cast<double>(s.step) * dt_;
-  ev.random = context_.services().random;
-  ev.planes[0] = magnitude.data();
-  ev.planeStride = cols;
-  std::vector<double> row(cols + 10, 0.0);
-  ev.computed = row.data();
-  ev.computedSize = s.ncols;
-  ev.Prepare();
-  const double df = Frequency();
-  plotting_ = paced;
-  Control& go = controls_["GoButton(3)"];
-  if (paced) {
-    go.text = "&Stop";
-    go.tip = "Stops the graphing.";
-    controls_.SetText("PercentDone", "0% done.");
-    controls_.SetVisible("PercentDone", true);
-    context_.ShowBusyArrow();
-  }
-  bool finished = true;
-  for (int i = 0; i <= s.nrows && finished; ++i) {
-    const double y = i * df;
-    for (int j = 1; j <= s.ncols; ++j) {
-      const std::size_t at = static_cast<std::size_t>(i) * cols + static_cast<std::size_t>(j - 1);
-      const double m = std::sqrt(spectrum_.re[at] * spectrum_.re[at] + spectrum_.im[at] * spectrum_.im[at]);
-      const double r = ev.Eval2(j - 1, i, TimeOfColumn(j), y);
-      if (ev.fault() != formula::kNoFault) {
-        context_.ShowCritical(ev.fault() == formula::kOverflow ? "Overflow.  " : "Run Error.  ");
-        finished = false;
-        break;
-      }
-      const double divisor = m == 0.0 ? 1.0 : m;
-      spectrum_.re[at] = spectrum_.re[at] / divisor * r;
-      spectrum_.im[at] = spectrum_.im[at] / divisor * r;
-      row[static_cast<std::size_t>(j - 1)] = r;
-    }
-    if (!paced || i % 4 != 0) continue;
-    controls_.SetText("PercentDone", std::to_string(i * 100 / (s.nrows + 1)) + "% done.");
-    Touch();
-    if (platform::EventLoop* loop = context_.services().eventLoop) loop->Yield();
-    // A stop leaves the rows done so far modified.
-    if (!plotting_) finished = false;
-  }
-  if (paced) {
-    go.text = "&Plot";
-    go.tip = "Gives each cell the formula's value as its magnitude.";
-    controls_.SetVisible("PercentDone", false);
-    context_.ShowIdle();
-  }
-  plotting_ = false;
-  return finished;
+  CellMatrix cells;
+  cells.re = spectrum_.re.data();
+  cells.im = spectrum_.im.data();
+  cells.rows = s.nrows + 1;
+  cells.columns = s.ncols;
+  cells.dx = static_cast<double>(s.step) * dt_;
+  cells.x = [this](int column) { return TimeOfColumn(column + 1); };
+  cells.y = [df = Frequency()](int row) { return row * df; };
+  return cells;
 }
 
 void SpectrogramForm::RestoreTheGraph() {
   if (signal_.empty()) return;
   Compute(false);
-}
-
-std::optional<std::string> SpectrogramForm::FormulaPrompt(const std::string& prompt, const std::string& title) {
-  return context_.services().dialogs->InputBox({prompt, title, ""});
-}
-
-void SpectrogramForm::FormulaError(int number) { context_.ShowError(number); }
-
-platform::Random* SpectrogramForm::FormulaRandom() { return context_.services().random; }
-
-bool SpectrogramForm::QueryClose() {
-  if (!plotting_) return true;
-  context_.Beep();
-  return false;
 }
 
 std::unique_ptr<Form> MakeSpectrogramForm(FormContext& context) { return std::make_unique<SpectrogramForm>(context); }

@@ -12,14 +12,10 @@
 #include <string>
 #include <vector>
 
-#include "formula/compiler.h"
 #include "fourier/spectrogram.h"
-#include "kit/form.h"
-#include "kit/formula_box.h"
-#include "kit/modification_list.h"
 #include "kit/named_calls.h"
-#include "kit/scan_line.h"
 #include "kit/spectrum_display_box.h"
+#include "timefreq/timefreq_form.h"
 
 namespace keldo::timefreq {
 
@@ -41,7 +37,7 @@ enum SpectrogramPanel : int {
   kSpectrogramPanels = 8,
 };
 
-class SpectrogramForm final : public Form, public SpectrogramCalls, private formula::FormulaHost {
+class SpectrogramForm final : public TimeFreqForm, public SpectrogramCalls {
  public:
   static constexpr FormKind kKind = FormKind::Spectrogram;
 
@@ -67,8 +63,11 @@ class SpectrogramForm final : public Form, public SpectrogramCalls, private form
   void InvertTheSpectrogram();
   void CopyVerticalSlice();
   void CopyHorizontalSlice();
-  void CopyTheSignal();
   void PlaySignal();
+  // "Percussion scalogram": the pulse train of the columns' power in a new
+  // one-dimensional form that keeps this signal to play, and its scalogram
+  // with the settings the pulses' rate gives.
+  void ComputePercScalgrm();
 
   // Files: SaveTheForm(0) asks for a name, 1 uses the form's own.
   void SaveTheForm(int asKnown);
@@ -77,10 +76,6 @@ class SpectrogramForm final : public Form, public SpectrogramCalls, private form
 
   bool Present() const { return present_; }
   const fourier::Spectrum& Spectrum() const { return spectrum_; }
-  const ModificationList& Modifications() const { return modifications_; }
-  const std::vector<double>& Signal() const { return signal_; }
-  // The line that walks over the spectrogram while the signal plays.
-  const ScanLine& PlayScanLine() const { return scanLine_; }
 
   // The plot face: the spectrogram above, the signal below.
   std::vector<Picture> Pictures() const override;
@@ -98,7 +93,6 @@ class SpectrogramForm final : public Form, public SpectrogramCalls, private form
   int Points() const override { return n_; }
   std::array<double, 4> Window() const override;
   std::vector<GraphSummary> Graphs() const override;
-  bool QueryClose() override;
 
  private:
   void BuildControls();
@@ -107,14 +101,14 @@ class SpectrogramForm final : public Form, public SpectrogramCalls, private form
   void OpenThreshold(const SideBoxCommand& box);
   void OpenFormula(const SideBoxCommand& box);
   void ComputeGo();
-  bool StopWork() override;
-  bool IsStopButton(int k) const override;
   // Validates the box and computes; `keepList` replays the list a loaded
   // form brought instead of starting it again.
   bool Compute(bool keepList);
   // Replays the modification list on a fresh spectrum.
   void ReplayModifications();
-  bool ApplyFormula(const std::string& text, bool paced);
+  // The spectrum's cells for a formula: x the column's time, y the row's
+  // frequency.
+  CellMatrix Cells();
   void UpdateDisplay();
   void SetDataValues();
   void SetAxisLabels();
@@ -126,37 +120,14 @@ class SpectrogramForm final : public Form, public SpectrogramCalls, private form
   bool ReadFrom(const SpgFile& file);
   SpgFile ToFile() const;
   fourier::SpecWindow WindowKind() const;
-  // A new one-dimensional form with values over [a, b]; false after a report.
-  bool SendToNewForm(const std::vector<double>& values, double a, double b, const std::string& remarks);
 
-  // FormulaHost
-  int FormulaPoints() const override { return n_; }
-  int FormulaGraphCount() const override { return 1; }
-  double FormulaIntervalLength() const override { return b_ - a_; }
-  std::optional<std::string> FormulaPrompt(const std::string& prompt, const std::string& title) override;
-  void FormulaError(int number) override;
-  platform::Random* FormulaRandom() override;
-  const formula::GraphTable* FormulaGraphs() override { return nullptr; }
-
-  // The signal.
-  std::vector<double> signal_;
-  int n_ = 0;
-  double a_ = 0.0, b_ = 1.0, dt_ = 1.0;
   // The spectrum and how it is shown.
   fourier::Spectrum spectrum_;
   bool present_ = false;
   std::vector<std::int16_t> magnitude_, phase_;
   double spectrogramMax_ = 0.0;
   std::string windowName_;
-  ModificationList modifications_;
-  std::string fileName_;
-  std::string cursorText_;
   int pointerColumn_ = 0, pointerRow_ = -1;
-  bool plotting_ = false;
-  formula::FormulaState formula_;
-  formula::Compiler compiler_{formula_, *this};
-  FormulaBox formulaBox_;
-  ScanLine scanLine_{context_.services(), [this] { Touch(); }};
 };
 
 std::unique_ptr<Form> MakeSpectrogramForm(FormContext& context);

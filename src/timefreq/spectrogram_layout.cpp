@@ -10,8 +10,6 @@ using F = LayoutNode;
 
 FormLayout MakeLayout() {
   FormLayout l;
-  LayoutNode information = Column({Item("txtInformation", F::kMultiLine | F::kReadOnly)});
-  LayoutNode report = Column({Item("txtModReport", F::kMultiLine | F::kReadOnly)});
   l.sideBox = {
       {kPanelCompute, Rows({Field("Window length:", "SpSetting(0)"), Field("Step size:", "SpSetting(1)"),
                             Field("Window:", "SpecFilter"), Item("GoButton(0)")})},
@@ -22,17 +20,11 @@ FormLayout MakeLayout() {
                                                         Column({Item("OpInversion(0)"), Item("OpInversion(1)"),
                                                                 Item("OpInversion(2)")})),
                            Item("GoButton(4)")})},
-      {kPanelPlay, Rows({Field("Sampling rate:", "TxtSound(1)"), Field("Volume:", "TxtSound(2)"),
-                         Item("OpBitRate(0)"), Item("OpBitRate(1)"), Item("GoButton(5)")})},
-      {kPanelInformation, information},
-      {kPanelModifications, report},
+      {kPanelPlay, TimeFreqForm::PlayPanel(5)},
+      {kPanelInformation, TimeFreqForm::TextPanel("txtInformation")},
+      {kPanelModifications, TimeFreqForm::TextPanel("txtModReport")},
   };
-  LayoutNode formula = Item("Formula", F::kStretch | F::kFormulaBox);
-  formula.enter = "GoButton(3)";
-  formula.minimumWidth = 240;
-  std::vector<LayoutNode> row{Text("Formula of x, y, g1:"), formula};
-  for (int k = 0; k < 5; ++k) row.push_back(Item(IndexedName("cmdFormula", k), F::kFitWidth));
-  l.bottom = Column({Line({Item("labSigValues", F::kStretch)}), Line(std::move(row))});
+  l.bottom = Column({Line({Item("labSigValues", F::kStretch)}), TimeFreqForm::FormulaRow("Formula of x, y, g1:", 3)});
   l.titleControl = "mnuHelpSideBox";
   l.titleSkip = 9;  // "Help for "
   return l;
