@@ -1567,6 +1567,13 @@ __attribute__((target("avx"), noinline)) void FusedTilesWide(int h, const double
 }
 
 __attribute__((target("avx"), noinline)) void FusedStagesWide(int h, double* y, const double* s, const double* t) {
+  if (h == 64) {
+    // Spans 8 and 16, then 32, with the twiddles read from the tables (of
+    // N = 128 points), which costs less here than finding their layout.
+    StagePairBody(y, y + h, s, t, 8, s, t, 4, 8, 0, h);
+    StageBody<Quad, 4>(y, y + h, s, t, 32, 2, 0, h);
+    return;
+  }
   FFTCoreWith(y, y + h, s, t, h, 2, true, PairedColumnWideStages{});
 }
 
