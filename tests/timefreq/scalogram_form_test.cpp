@@ -11,10 +11,13 @@
 #include <string>
 #include <vector>
 
+#include "common/number_text.h"
 #include "form1d/graph1_form.h"
+#include "fourier/percussion.h"
 #include "kit/typed_forms.h"
 #include "test_frame.h"
 #include "timefreq/scalogram_form.h"
+#include "timefreq/spectrogram_form.h"
 #include "wavelet/scalogram_view.h"
 
 namespace keldo {
@@ -23,6 +26,7 @@ namespace {
 using form1d::Graph1Form;
 using testing::TestFrame;
 using timefreq::ScalogramForm;
+using timefreq::SpectrogramForm;
 
 Graph1Form& NewGraphForm(TestFrame& t, int points) {
   int code = 0;
@@ -369,6 +373,102 @@ TEST(ScalogramForm, SavingAndLoadingReproducesAThresholdedScalogramThroughTheLis
   EXPECT_NE(l->controls()["OpView(1)"].value, 0);
   EXPECT_EQ(GraphNamed(l->Graphs(), "display")->values, GraphNamed(s.Graphs(), "display")->values);
   EXPECT_TRUE(t.lines.empty());
+}
+
+TEST(ScalogramForm, APercussionScalogramOpensTheTrainAndItsScalogramThatPlaysTheTrack) {
+  TestFrame t;
+  Graph1Form& f = NewGraphForm(t, 1024);
+  // Bursts of a tone, again and again.
+  Plot(f, "sin(300*x)*(sin(60*x) > 0.7)");
+  f.controls().SetText("TxtSound(1)", "11025");
+  f.RunMenu("mnuSpectrogram");
+  f.controls().SetText("TxtGraphStat", "1");
+  ASSERT_TRUE(f.Go());
+  auto* s = FormAs<SpectrogramForm>(t.frame.OpenForms().back());
+  ASSERT_NE(s, nullptr);
+  s->controls().SetText("SpSetting(0)", "64");
+  s->controls().SetText("SpSetting(1)", "16");
+  ASSERT_TRUE(s->Go());
+  ASSERT_TRUE(s->Present());
+  const fourier::SpectrogramShape shape = s->Spectrum().shape;
+  ASSERT_EQ(shape.ncols, 65);
+  const std::size_t forms = t.frame.OpenForms().size();
+  s->RunMenu("mnuPercussion");
+  ASSERT_EQ(t.frame.OpenForms().size(), forms + 2);
+  // The train of 65 columns on a graph of 128 intervals, a column step apart.
+  const int n = 128;
+  const std::vector<double> train = fourier::PercussionTrain(s->Spectrum(), n);
+  auto* trainForm = FormAs<Graph1Form>(t.frame.OpenForms()[forms]);
+  ASSERT_NE(trainForm, nullptr);
+  ASSERT_EQ(trainForm->Points(), n);
+  const double step = 16 * f.GraphStep(0);
+  EXPECT_NEAR(trainForm->GraphStep(0), step, 1e-15);
+  for (int i = 0; i <= n; ++i) ASSERT_EQ(trainForm->GraphValues(0)[i], train[static_cast<std::size_t>(i)]) << i;
+  int pulses = 0;
+  for (int i = 1; i <= n; ++i) pulses += train[static_cast<std::size_t>(i)] == 1.0 && train[static_cast<std::size_t>(i - 1)] != 1.0;
+  EXPECT_GE(pulses, 3);
+  EXPECT_EQ(trainForm->controls().Text("TxtSound(1)"), "11025");
+  // Its scalogram: the complex Gabor wavelet with the settings of the
+  // pulses' rate, ready to compute; it plays the drum track itself.
+  auto* scalogram = FormAs<ScalogramForm>(t.frame.OpenForms()[forms + 1]);
+  ASSERT_NE(scalogram, nullptr);
+  EXPECT_EQ(t.frame.Current(), scalogram);
+  EXPECT_EQ(scalogram->Signal(), std::vector<double>(train.begin(), train.end()));
+  EXPECT_EQ(scalogram->AudioSignal(), s->Signal());
+  const fourier::PercussionSettings settings =
+      fourier::PercussionScalogramSettings(n, n * step, fourier::PulseRate(train, step).rate);
+  EXPECT_EQ(scalogram->controls().Text("WavScgType"), "5. Gabor (complex)");
+  EXPECT_EQ(scalogram->controls().Text("txtScalogram(0)"), std::to_string(settings.octaves));
+  EXPECT_EQ(scalogram->controls().Text("txtScalogram(1)"), std::to_string(settings.voices));
+  EXPECT_EQ(scalogram->controls().Text("txtScalogram(2)"), PlainNumber(settings.width));
+  EXPECT_EQ(scalogram->controls().Text("txtScalogram(3)"), PlainNumber(settings.frequency));
+  EXPECT_EQ(settings.octaves * settings.voices <= 256, true);
+  EXPECT_TRUE(scalogram->Go());
+  EXPECT_TRUE(scalogram->Present()) << (t.lines.empty() ? "" : t.lines.back());
+  EXPECT_EQ(scalogram->Setup().wavelet, wavelet::ScalWavelet::GaborComplex);
+  // Playing it plays the track at the spectrogram's rate, not the train.
+  scalogram->RunMenu("mnuAudio");
+  ASSERT_TRUE(scalogram->Go());
+  EXPECT_EQ(t.platform.audio.LastSamples().size(), 1025u);
+  EXPECT_EQ(t.platform.audio.LastRate(), 11025);
+}
+
+TEST(ScalogramForm, PlayingWalksTheScanLineOverThePicture) {
+  TestFrame t;
+  Graph1Form& f = NewGraphForm(t, 1024);
+  Plot(f, "sin(300*x)");
+  ScalogramForm& s = OpenScalogram(t, f);
+  ASSERT_TRUE(Compute(s, "3", "4", "0.5", "1", 1));
+  s.RunMenu("mnuAudio");
+  s.controls().SetText("TxtSound(1)", "8000");
+  ASSERT_TRUE(s.Go());
+  const ScanLine& line = s.PlayScanLine();
+  // 1025 samples at 8000 Hz over an undrawn picture of 512 pixels: a step
+  // of ceil(512 * 8000 / 51250) = 80 pixels every 20 ms, seven places.
+  EXPECT_TRUE(line.Running());
+  EXPECT_EQ(line.Timing().stepPixels, 80);
+  EXPECT_EQ(line.Timing().intervalMs, 20);
+  t.platform.timers.Advance(200);
+  EXPECT_EQ(line.Positions(), (std::vector<int>{0, 80, 160, 240, 320, 400, 480}));
+  EXPECT_FALSE(line.Running());
+  EXPECT_FALSE(line.Visible());
+  const std::vector<GraphSummary> graphs = s.Graphs();
+  const GraphSummary* signal = GraphNamed(graphs, "signal");
+  ASSERT_NE(signal, nullptr);
+  bool found = false;
+  for (const GraphSummary::Field& field : signal->fields)
+    if (field.name == "scanline") {
+      found = true;
+      EXPECT_EQ(field.numbers, (std::vector<double>{0, 80, 160, 240, 320, 400, 480}));
+    }
+  EXPECT_TRUE(found);
+  // A second play that is stopped ends the line at the next tick.
+  ASSERT_TRUE(s.Go());
+  t.platform.timers.Advance(40);
+  t.platform.audio.Stop();
+  t.platform.timers.Advance(20);
+  EXPECT_FALSE(line.Running());
+  EXPECT_EQ(line.Positions(), (std::vector<int>{0, 80}));
 }
 
 }  // namespace
