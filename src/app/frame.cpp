@@ -217,6 +217,12 @@ bool Frame::CloseForm(Form& form) {
   return true;
 }
 
+bool Frame::IsOpenForm(const Form* form) const {
+  for (const auto& f : owned_)
+    if (f.get() == form) return true;
+  return false;
+}
+
 std::vector<Form*> Frame::OpenForms() const {
   std::vector<Form*> out;
   for (const auto& f : owned_) out.push_back(f.get());

@@ -62,6 +62,7 @@ class Frame final : public FormContext {
 
   // Closes a form unless it refuses; lowers the cascade position.
   bool CloseForm(Form& form) override;
+  bool IsOpenForm(const Form* form) const override;
   // Destroys forms closed since the last call. Called between commands, so
   // that a form may close itself from its own menu handler.
   void CollectClosedForms() { closed_.clear(); }

@@ -171,6 +171,14 @@ void Graph1Form::ShowResult(const Graph1Result& r) {
   NewWindow();
 }
 
+bool Graph1Form::AddResult(const Graph1Result& r) {
+  if (r.points != n_ || r.graphs.empty()) return false;
+  for (const Graph1Result::Graph& g : r.graphs) UpDateFnData(r.points, g.values, g.a, g.b, g.h, false);
+  if (!r.remarks.empty()) SetRemarks(r.remarks);
+  DisplayOneGraph();
+  return true;
+}
+
 // -------------------------------------------------------------- data files
 
 void Graph1Form::SaveTheGraph() {

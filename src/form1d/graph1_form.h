@@ -85,6 +85,7 @@ class Graph1Form final : public Form,
   // Files and shows a result on this new, empty form; other kinds of form
   // give their one-dimensional results this way.
   void ShowResult(const Graph1Result& result) override;
+  bool AddResult(const Graph1Result& result) override;
   // The audio box's rate and volume, and 16 bits with `sixteenBits`.
   void AudioSettings(const std::string& rate, const std::string& volume, bool sixteenBits) override;
   // The spectrogram of the graph TxtGraphStat names, in a new form; with

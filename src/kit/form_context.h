@@ -64,6 +64,8 @@ class FormContext {
   virtual void ReportFactoryFailure(int code) = 0;
   // Closes a form unless it refuses.
   virtual bool CloseForm(Form& form) = 0;
+  // Whether the form is one of the open forms (not closed since).
+  virtual bool IsOpenForm(const Form* form) const = 0;
   // "Open form": the file dialog, then a new form of the kind the filter
   // names, loaded; the new form, or null when nothing was opened.
   virtual Form* OpenTheForm() = 0;

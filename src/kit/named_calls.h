@@ -47,9 +47,13 @@ struct OneDimensionalResult {
 };
 
 // ShowResult: a new, empty one-dimensional form files and shows a result.
+// AddResult: a form that already holds graphs files the result's graphs
+// after its own and shows the last; false, with nothing filed, when the
+// result's points are not the form's.
 class OneDimensionalReceiver {
  public:
   virtual void ShowResult(const OneDimensionalResult& result) = 0;
+  virtual bool AddResult(const OneDimensionalResult& result) = 0;
 
  protected:
   ~OneDimensionalReceiver() = default;

@@ -27,6 +27,28 @@ OneDimensionalResult SliceResult(const std::vector<double>& values, double a, do
   return result;
 }
 
+Form* SliceTarget::Target(const FormContext& context) const {
+  return form_ != nullptr && context.IsOpenForm(form_) ? form_ : nullptr;
+}
+
+bool SliceTarget::Send(FormContext& context, const std::vector<double>& values, double a, double b,
+                       const std::string& remarks, const AudioTexts& audio) {
+  if (Form* open = Target(context)) {
+    if (auto* receiver = dynamic_cast<OneDimensionalReceiver*>(open)) {
+      if (receiver->AddResult(SliceResult(values, a, b, remarks))) return true;
+      context.ShowError(2);
+      return false;
+    }
+  }
+  form_ = nullptr;
+  OneDimensionalReceiver* form = NewFormFor<OneDimensionalReceiver>(context, FormKind::Graph1);
+  if (!form) return false;
+  form->ShowResult(SliceResult(values, a, b, remarks));
+  if (auto* receiver = dynamic_cast<AudioReceiver*>(form)) receiver->AudioSettings(audio.rate, audio.volume, audio.sixteenBits);
+  form_ = &FormOf(*form);
+  return true;
+}
+
 bool SendToOneDimensionalForm(FormContext& context, const std::vector<double>& values, double a, double b,
                               const std::string& remarks, const AudioTexts& audio) {
   OneDimensionalReceiver* form = NewFormFor<OneDimensionalReceiver>(context, FormKind::Graph1);

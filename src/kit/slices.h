@@ -28,4 +28,21 @@ OneDimensionalResult SliceResult(const std::vector<double>& values, double a, do
 bool SendToOneDimensionalForm(FormContext& context, const std::vector<double>& values, double a, double b,
                               const std::string& remarks, const AudioTexts& audio);
 
+// Where a form's slices go: the first slice makes a new one-dimensional
+// form, and later slices are added to that form as further graphs while it
+// is open. A slice whose grid is not that form's points is refused with
+// message 2 ("Graph data incompatible"); once the form is closed, the next
+// slice makes a new one.
+class SliceTarget {
+ public:
+  // False after a message.
+  bool Send(FormContext& context, const std::vector<double>& values, double a, double b, const std::string& remarks,
+            const AudioTexts& audio);
+  // The form the slices go to, or null.
+  Form* Target(const FormContext& context) const;
+
+ private:
+  Form* form_ = nullptr;
+};
+
 }  // namespace keldo

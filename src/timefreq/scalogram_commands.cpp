@@ -64,7 +64,7 @@ void ScalogramForm::CopyVerticalSlice() {
   const int rows = scalogram_.shape.nscales;
   std::vector<double> values(static_cast<std::size_t>(rows) + 1);
   for (int r = 0; r <= rows; ++r) values[static_cast<std::size_t>(r)] = CellMagnitude(r, pointerColumn_);
-  SendToNewForm(values, RowOctave(0), RowOctave(rows),
+  SendSlice(values, RowOctave(0), RowOctave(rows),
                 "Vertical slice\r\nTime: " + FormatLabel(a_ + pointerColumn_ * dt_));
 }
 
@@ -78,7 +78,7 @@ void ScalogramForm::CopyHorizontalSlice() {
   for (int c = 0; c <= scalogram_.shape.n; ++c) values[static_cast<std::size_t>(c)] = CellMagnitude(pointerRow_, c);
   const std::string scale =
       pointerRow_ == 0 ? std::string("low pass") : FormatLabel(wavelet::ScaleOfRow(pointerRow_, setup_.voices));
-  SendToNewForm(values, a_, b_, "Horizontal slice\r\nScale: " + scale);
+  SendSlice(values, a_, b_, "Horizontal slice\r\nScale: " + scale);
 }
 
 // ---------------------------------------------------------------- playback

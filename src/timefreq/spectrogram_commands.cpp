@@ -80,7 +80,7 @@ void SpectrogramForm::CopyVerticalSlice() {
   std::vector<double> values(static_cast<std::size_t>(s.nrows) + 1);
   for (int r = 0; r <= s.nrows; ++r)
     values[static_cast<std::size_t>(r)] = std::hypot(spectrum_.Re(r, pointerColumn_), spectrum_.Im(r, pointerColumn_));
-  SendToNewForm(values, 0.0, s.nrows * Frequency(),
+  SendSlice(values, 0.0, s.nrows * Frequency(),
                 "Vertical slice\r\nTime: " + FormatLabel(TimeOfColumn(pointerColumn_)));
 }
 
@@ -94,7 +94,7 @@ void SpectrogramForm::CopyHorizontalSlice() {
   std::vector<double> values(static_cast<std::size_t>(s.ncols));
   for (int c = 1; c <= s.ncols; ++c)
     values[static_cast<std::size_t>(c - 1)] = std::hypot(spectrum_.Re(pointerRow_, c), spectrum_.Im(pointerRow_, c));
-  SendToNewForm(values, TimeOfColumn(1), TimeOfColumn(s.ncols),
+  SendSlice(values, TimeOfColumn(1), TimeOfColumn(s.ncols),
                 "Horizontal slice\r\nFrequency: " + FormatLabel(pointerRow_ * Frequency()));
 }
 

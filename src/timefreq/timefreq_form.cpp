@@ -92,6 +92,10 @@ bool TimeFreqForm::SendToNewForm(const std::vector<double>& values, double a, do
   return SendToOneDimensionalForm(context_, values, a, b, remarks, Audio());
 }
 
+bool TimeFreqForm::SendSlice(const std::vector<double>& values, double a, double b, const std::string& remarks) {
+  return slices_.Send(context_, values, a, b, remarks, Audio());
+}
+
 void TimeFreqForm::CopyTheSignal() {
   if (signal_.empty()) return;
   SendToNewForm(signal_, a_, b_, "");

@@ -73,6 +73,9 @@ class TimeFreqForm : public Form, protected formula::FormulaHost {
   // A new one-dimensional form with the values over [a, b] and this form's
   // audio settings; false after a message.
   bool SendToNewForm(const std::vector<double>& values, double a, double b, const std::string& remarks);
+  // A slice to the form the slices of this form go to (a new one the first
+  // time); false after a message.
+  bool SendSlice(const std::vector<double>& values, double a, double b, const std::string& remarks);
 
   // The formula box's Plot: compiles the field's text and reshapes the
   // cells, paced with the Stop button and "% done."; on success the list
@@ -118,6 +121,7 @@ class TimeFreqForm : public Form, protected formula::FormulaHost {
   formula::Compiler compiler_{formula_, *this};
   FormulaBox formulaBox_;
   ScanLine scanLine_{context_.services(), [this] { Touch(); }};
+  SliceTarget slices_;
 
  private:
   bool Reshape(const std::string& text, const CellMatrix& cells, bool paced);

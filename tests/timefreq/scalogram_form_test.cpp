@@ -316,10 +316,23 @@ TEST(ScalogramForm, SlicesAndInversionsGoToNewOneDimensionalForms) {
   ASSERT_NE(row, nullptr);
   ASSERT_EQ(row->Points(), 256);
   for (int c = 0; c <= 256; ++c) ASSERT_EQ(row->GraphValues(0)[c], s.Matrices().Re(5, c)) << c;
+  // A second slice goes to the same form as its next graph.
+  ASSERT_TRUE(s.Mouse(MouseAction::Down, 0.0, 2.0, MouseButton::Left));
+  s.RunMenu("mnuHorizontalSlice");
+  EXPECT_EQ(t.frame.OpenForms().back(), row);
+  ASSERT_EQ(row->GraphCount(), 2);
+  for (int c = 0; c <= 256; ++c) ASSERT_EQ(row->GraphValues(1)[c], s.Matrices().Re(9, c)) << c;
+  // A column of 17 rows does not fit its 256 points.
+  s.RunMenu("mnuVerticalSlice");
+  EXPECT_EQ(t.lines, std::vector<std::string>{"message 2: Graph data incompatible."});
+  EXPECT_EQ(row->GraphCount(), 2);
+  t.lines.clear();
+  // Once that form is closed, the next slice makes a new one.
+  ASSERT_TRUE(t.frame.CloseForm(*row));
+  t.frame.CollectClosedForms();
   s.RunMenu("mnuVerticalSlice");
   auto* column = FormAs<Graph1Form>(t.frame.OpenForms().back());
   ASSERT_NE(column, nullptr);
-  ASSERT_NE(column, row);
   EXPECT_EQ(column->Points(), 64);
   for (int r = 0; r <= 16; ++r) ASSERT_EQ(column->GraphValues(0)[r], s.Matrices().Re(r, 128)) << r;
   for (int method = 1; method <= 3; ++method) {
