@@ -1,0 +1,144 @@
+// The image processor's transform of a rectangular plane: one level of the
+// integer 5/3 wavelet on a ramp worked by hand, the scaling's factors, the
+// trend of a constant plane, forward then inverse for every wavelet, level
+// count and a few rectangles, and the level limit and bit budget rules.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+#include <vector>
+
+#include "wavelet/image_transform.h"
+
+namespace keldo::wavelet {
+namespace {
+
+// 9/7 forward and back in single precision on values up to 255.
+constexpr double kFloatRoundTrip = 2e-3;
+
+ImagePlane TestImage(int w, int h, unsigned seed) {
+  ImagePlane p(w, h);
+  std::mt19937 random(seed);
+  std::uniform_int_distribution<int> noise(0, 40);
+  for (int y = 0; y < h; ++y)
+    for (int x = 0; x < w; ++x) {
+      const double disk = (x - w / 3) * (x - w / 3) + (y - h / 2) * (y - h / 2) < w * h / 16 ? 90.0 : 0.0;
+      p.At(x, y) = static_cast<float>(std::floor(x * 100.0 / w + y * 50.0 / h + disk) + noise(random));
+    }
+  return p;
+}
+
+TEST(ImageTransform, OneIntegerLevelOfARampByHand) {
+  // Each row is 0..7. The 5/3 predict leaves 0 inside and 7 - 6 = 1 at the
+  // reflected right end; the update adds round(1/4) = 0. The columns are
+  // constant. The scaling of one level doubles everything and the trend
+  // once more.
+  ImagePlane p(8, 8);
+  for (int y = 0; y < 8; ++y)
+    for (int x = 0; x < 8; ++x) p.At(x, y) = static_cast<float>(x);
+  TransformTheImage(p, 1, 2);
+  const float trendRow[4] = {0, 8, 16, 24};
+  const float upperRow[4] = {0, 0, 0, 2};
+  for (int y = 0; y < 8; ++y)
+    for (int x = 0; x < 8; ++x) {
+      const float expected = y >= 4 ? 0.0f : (x < 4 ? trendRow[x] : upperRow[x - 4]);
+      EXPECT_EQ(p.At(x, y), expected) << x << "," << y;
+    }
+}
+
+TEST(ImageTransform, ScalingFactorsByLevel) {
+  ImagePlane p(16, 8);
+  for (float& v : p.v) v = 1.0f;
+  ScalingOfWT(p, 2, 1);
+  EXPECT_EQ(p.At(15, 7), 2.0f);  // level 1
+  EXPECT_EQ(p.At(8, 0), 2.0f);
+  EXPECT_EQ(p.At(7, 3), 4.0f);   // level 2
+  EXPECT_EQ(p.At(4, 0), 4.0f);
+  EXPECT_EQ(p.At(3, 1), 8.0f);   // trend, 2^(levels + 1)
+  EXPECT_EQ(p.At(0, 0), 8.0f);
+  ScalingOfWT(p, 2, -1);
+  for (float v : p.v) EXPECT_EQ(v, 1.0f);
+}
+
+TEST(ImageTransform, ConstantPlaneKeepsOnlyItsTrend) {
+  for (int wavelet = 1; wavelet <= 3; ++wavelet) {
+    ImagePlane p(32, 16);
+    for (float& v : p.v) v = 10.0f;
+    TransformTheImage(p, 3, wavelet);
+    // 9/7 has a trend gain of sqrt 2 on a line, 2 a level; the integer
+    // wavelets keep the value and are then scaled by 2^(levels + 1).
+    const double trend = wavelet == 1 ? 10.0 * 8.0 : 10.0 * 16.0;
+    for (int y = 0; y < 16; ++y)
+      for (int x = 0; x < 32; ++x) {
+        const double expected = (x < 4 && y < 2) ? trend : 0.0;
+        EXPECT_NEAR(p.At(x, y), expected, 1e-3 * trend) << wavelet << ": " << x << "," << y;
+      }
+  }
+}
+
+TEST(ImageTransform, ForwardThenInverseForEveryWaveletAndLevel) {
+  const int sizes[][2] = {{64, 64}, {64, 32}, {32, 96}, {128, 64}};
+  for (const auto& size : sizes) {
+    const int w = size[0], h = size[1];
+    const ImagePlane original = TestImage(w, h, static_cast<unsigned>(w * 7 + h));
+    for (int wavelet = 1; wavelet <= 3; ++wavelet)
+      for (int levels = 1; levels <= LevelLimit(w, h, wavelet); ++levels) {
+        ImagePlane p = original;
+        TransformTheImage(p, levels, wavelet);
+        double moved = 0.0;
+        for (std::size_t i = 0; i < p.v.size(); ++i) moved = std::max(moved, static_cast<double>(std::fabs(p.v[i] - original.v[i])));
+        ASSERT_GT(moved, 1.0);
+        InvertTheTransform(p, levels, wavelet);
+        for (std::size_t i = 0; i < p.v.size(); ++i) {
+          if (wavelet == 1)
+            ASSERT_NEAR(p.v[i], original.v[i], kFloatRoundTrip) << w << "x" << h << " L" << levels << " at " << i;
+          else
+            ASSERT_EQ(p.v[i], original.v[i]) << w << "x" << h << " wavelet " << wavelet << " L" << levels << " at " << i;
+        }
+      }
+  }
+}
+
+TEST(ImageTransform, IntegerWaveletsGiveIntegers) {
+  for (int wavelet = 2; wavelet <= 3; ++wavelet) {
+    ImagePlane p = TestImage(64, 64, 5);
+    TransformTheImage(p, 4, wavelet);
+    for (float v : p.v) ASSERT_EQ(v, std::nearbyint(v));
+  }
+}
+
+TEST(ImageTransform, ReconstructedBytesAreRoundedMagnitudes) {
+  ImagePlane p(8, 8);
+  const float values[4] = {-3.75f, 2.25f, 300.0f, -0.4f};
+  for (int i = 0; i < 64; ++i) p.v[static_cast<std::size_t>(i)] = values[i % 4];
+  ImagePlane t = p;
+  TransformTheImage(t, 1, 1);
+  const std::vector<std::uint8_t> bytes = InvertTheTransformQuant(t, 1, 1);
+  ASSERT_EQ(bytes.size(), 64u);
+  const std::uint8_t expected[4] = {4, 2, 255, 0};
+  for (int i = 0; i < 64; ++i) EXPECT_EQ(bytes[static_cast<std::size_t>(i)], expected[i % 4]) << i;
+}
+
+TEST(ImageTransform, LevelLimit) {
+  EXPECT_EQ(LevelLimit(256, 256, 1), 6);
+  EXPECT_EQ(LevelLimit(256, 256, 2), 4);
+  EXPECT_EQ(LevelLimit(512, 64, 1), 4);
+  EXPECT_EQ(LevelLimit(64, 512, 3), 4);
+  EXPECT_EQ(LevelLimit(32, 32, 1), 3);
+  EXPECT_EQ(LevelLimit(96, 96, 1), 5);   // log2 96 = 6.58 rounds to 7
+  EXPECT_EQ(LevelLimit(160, 160, 1), 5); // log2 160 = 7.32 rounds to 7
+  EXPECT_EQ(LevelLimit(0, 64, 1), 0);
+}
+
+TEST(ImageTransform, BitBudgetRoundsHalvesToEven) {
+  EXPECT_EQ(BitBudgetOf(256, 256, 0.5), 32768);
+  EXPECT_EQ(BitBudgetOf(10, 5, 0.5), 20);   // Round(2.5) = 2
+  EXPECT_EQ(BitBudgetOf(10, 7, 0.5), 40);   // Round(3.5) = 4
+  EXPECT_EQ(BitBudgetOf(3, 100, 0.123), 36);  // Round(12.3) = 12
+  EXPECT_EQ(BitBudgetOf(65535, 65535, 1e6), 2147483647);
+}
+
+}  // namespace
+}  // namespace keldo::wavelet
