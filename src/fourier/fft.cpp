@@ -807,12 +807,154 @@ inline __attribute__((always_inline)) void StagePairStep(double* x, double* y, i
   Store(y + i + 3 * d, y3);
 }
 
+// Two rotations of Rotated side by side, operation by operation, so that
+// the two chains of dependent operations overlap: (xa, ya) with twiddles
+// (sa, ta) in the forms kTrivialA, kMirrorA, and (xb, yb) likewise.
+template <bool kTrivialA, bool kMirrorA, bool kTrivialB, bool kMirrorB>
+inline __attribute__((always_inline)) void RotatedTwo(const Quad& xa, const Quad& ya, const Quad& sa, const Quad& ta,
+                                                      Quad& va, Quad& wa, const Quad& xb, const Quad& yb,
+                                                      const Quad& sb, const Quad& tb, Quad& vb, Quad& wb) {
+  const Quad ua = kMirrorA ? xa - ta * ya : ya + ta * xa;
+  const Quad ub = kMirrorB ? xb - tb * yb : yb + tb * xb;
+  va = kMirrorA ? -ya - sa * ua : xa - sa * ua;
+  vb = kMirrorB ? -yb - sb * ub : xb - sb * ub;
+  wa = ua + ta * va;
+  wb = ub + tb * vb;
+  if (kTrivialA) {
+    va[0] = kMirrorA ? -ya[0] : xa[0];
+    wa[0] = kMirrorA ? xa[0] : ya[0];
+  }
+  if (kTrivialB) {
+    vb[0] = kMirrorB ? -yb[0] : xb[0];
+    wb[0] = kMirrorB ? xb[0] : yb[0];
+  }
+}
+
+// The butterflies of stages d and 2d at once on two groups of elements:
+// the four elements i, i + d, i + 2d and i + 3d for four values of i side
+// by side (i = j + k in the block j of 4d, k a multiple of 4 below d), and
+// the same from i + o. Stage d pairs the first element of a group with the
+// second and the third with the fourth, with its twiddle (sdA, tdA for the
+// group from i, sdB, tdB for the other), in the mirror form when kMirrorD
+// (k at least d / 2, twiddle k - d / 2); stage 2d pairs the first with the
+// third, with twiddle k (s2A, t2A; s2B, t2B), and the second with the fourth
+// in the mirror form. The flags of F describe the group from i, those of S
+// the other; a trivial flag gives lane 0 the trivial twiddles of its stage.
+// Each element goes through the operations of the two stages' vector steps
+// one after the other, on the same values; the two groups go side by side,
+// so that while one waits on its chain of dependent operations the other's
+// run.
+template <bool kTrivial, bool kMirror, bool kTrivial2>
+struct PairForm {
+  static constexpr bool kTrivialD = kTrivial, kMirrorD = kMirror, kTrivial2D = kTrivial2;
+};
+
+template <typename F, typename S>
+inline __attribute__((always_inline)) void StagePairTwin(double* x, double* y, int i, int o, int d, const double* sdA,
+                                                         const double* tdA, const double* s2A, const double* t2A,
+                                                         const double* sdB, const double* tdB, const double* s2B,
+                                                         const double* t2B) {
+  double* const xa = x + i;
+  double* const ya = y + i;
+  double* const xb = xa + o;
+  double* const yb = ya + o;
+  Quad sa, ta, sb, tb;
+  Load(sa, sdA);
+  Load(ta, tdA);
+  Load(sb, sdB);
+  Load(tb, tdB);
+  Quad a0, b0, a1, b1, a2, b2, a3, b3;  // the group from i (x, y)
+  Quad e0, f0, e1, f1, e2, f2, e3, f3;  // the group from i + o
+  Load(a1, xa + d);
+  Load(b1, ya + d);
+  Load(e1, xb + d);
+  Load(f1, yb + d);
+  Quad va, wa, vb, wb;
+  RotatedTwo<F::kTrivialD, F::kMirrorD, S::kTrivialD, S::kMirrorD>(a1, b1, sa, ta, va, wa, e1, f1, sb, tb, vb, wb);
+  Load(a0, xa);
+  Load(b0, ya);
+  Load(e0, xb);
+  Load(f0, yb);
+  Combine(a0, b0, a1, b1, va, wa);
+  Combine(e0, f0, e1, f1, vb, wb);
+  Load(a3, xa + 3 * d);
+  Load(b3, ya + 3 * d);
+  Load(e3, xb + 3 * d);
+  Load(f3, yb + 3 * d);
+  RotatedTwo<F::kTrivialD, F::kMirrorD, S::kTrivialD, S::kMirrorD>(a3, b3, sa, ta, va, wa, e3, f3, sb, tb, vb, wb);
+  Load(a2, xa + 2 * d);
+  Load(b2, ya + 2 * d);
+  Load(e2, xb + 2 * d);
+  Load(f2, yb + 2 * d);
+  Combine(a2, b2, a3, b3, va, wa);
+  Combine(e2, f2, e3, f3, vb, wb);
+  Load(sa, s2A);
+  Load(ta, t2A);
+  Load(sb, s2B);
+  Load(tb, t2B);
+  RotatedTwo<F::kTrivial2D, false, S::kTrivial2D, false>(a2, b2, sa, ta, va, wa, e2, f2, sb, tb, vb, wb);
+  Combine(a0, b0, a2, b2, va, wa);
+  Combine(e0, f0, e2, f2, vb, wb);
+  Store(xa, a0);
+  Store(ya, b0);
+  Store(xb, e0);
+  Store(yb, f0);
+  Store(xa + 2 * d, a2);
+  Store(ya + 2 * d, b2);
+  Store(xb + 2 * d, e2);
+  Store(yb + 2 * d, f2);
+  RotatedTwo<F::kTrivial2D, true, S::kTrivial2D, true>(a3, b3, sa, ta, va, wa, e3, f3, sb, tb, vb, wb);
+  Combine(a1, b1, a3, b3, va, wa);
+  Combine(e1, f1, e3, f3, vb, wb);
+  Store(xa + d, a1);
+  Store(ya + d, b1);
+  Store(xb + d, e1);
+  Store(yb + d, f1);
+  Store(xa + 3 * d, a3);
+  Store(ya + 3 * d, b3);
+  Store(xb + 3 * d, e3);
+  Store(yb + 3 * d, f3);
+}
+
 // Stages d and 2d (d at least 8) over the blocks of 4d that start in
-// [begin, end): the twiddle of index k of stage d is entry k * tstepD of
-// (sd, td), that of stage 2d entry k * tstep2 of (s2, t2). Every butterfly
-// of the two stages is the one their passes would do, so the result has
-// the same bits; the data are read and written once for both.
+// [begin, end): the twiddle of index k of stage d is entry k of (sd, td),
+// that of stage 2d entry k of (s2, t2) (each stage's run of the layout
+// StageTwiddles, read a vector at a time). Every butterfly of the two
+// stages is the one their passes would do, so the result has the same
+// bits; the data are read and written once for both. Two groups go side by
+// side: k and q + k where a half block holds one group (d = 8), else k and
+// k + 4, whose elements share cache lines (groups a half block apart would
+// touch sixteen lines that fall into one cache set when d is a multiple of
+// 512).
 inline __attribute__((always_inline)) void StagePairBody(double* x, double* y, const double* sd, const double* td,
+                                                         const double* s2, const double* t2, int d, int begin,
+                                                         int end) {
+  using Plain = PairForm<false, false, false>;
+  using Mirror = PairForm<false, true, false>;
+  const int q = d / 2;
+  for (int j = begin; j < end; j += 4 * d) {
+    if (q == 4) {
+      StagePairTwin<PairForm<true, false, true>, PairForm<true, true, false>>(x, y, j, q, d, sd, td, s2, t2, sd, td,
+                                                                               s2 + q, t2 + q);
+      continue;
+    }
+    StagePairTwin<PairForm<true, false, true>, Plain>(x, y, j, 4, d, sd, td, s2, t2, sd + 4, td + 4, s2 + 4, t2 + 4);
+    for (int k = 8; k < q; k += 8)
+      StagePairTwin<Plain, Plain>(x, y, j + k, 4, d, sd + k, td + k, s2 + k, t2 + k, sd + k + 4, td + k + 4,
+                                  s2 + k + 4, t2 + k + 4);
+    StagePairTwin<PairForm<true, true, false>, Mirror>(x, y, j + q, 4, d, sd, td, s2 + q, t2 + q, sd + 4, td + 4,
+                                                       s2 + q + 4, t2 + q + 4);
+    for (int k = q + 8; k < d; k += 8)
+      StagePairTwin<Mirror, Mirror>(x, y, j + k, 4, d, sd + k - q, td + k - q, s2 + k, t2 + k, sd + k - q + 4,
+                                    td + k - q + 4, s2 + k + 4, t2 + k + 4);
+  }
+}
+
+// Stages d and 2d (d at least 8) over the blocks of 4d that start in
+// [begin, end), one group at a time, for twiddles read from a caller's own
+// tables: the twiddle of index k of stage d is entry k * tstepD of (sd,
+// td), that of stage 2d entry k * tstep2 of (s2, t2).
+inline __attribute__((always_inline)) void StagePairBodyStrided(double* x, double* y, const double* sd, const double* td,
                                                          int tstepD, const double* s2, const double* t2, int tstep2,
                                                          int d, int begin, int end) {
   const int q = d / 2;
@@ -991,7 +1133,8 @@ struct PairedColumnWideStages : ColumnWideStages {
   inline __attribute__((always_inline)) void Pair(double* x, double* y, const double* sd, const double* td,
                                                   int tstepD, const double* s2, const double* t2, int tstep2, int d,
                                                   int begin, int end) const {
-    StagePairBody(x, y, sd, td, tstepD, s2, t2, tstep2, d, begin, end);
+    if (tstepD == 1 && tstep2 == 1) StagePairBody(x, y, sd, td, s2, t2, d, begin, end);
+    else StagePairBodyStrided(x, y, sd, td, tstepD, s2, t2, tstep2, d, begin, end);
   }
 };
 
@@ -1569,8 +1712,18 @@ __attribute__((target("avx"), noinline)) void FusedTilesWide(int h, const double
 __attribute__((target("avx"), noinline)) void FusedStagesWide(int h, double* y, const double* s, const double* t) {
   if (h == 64) {
     // Spans 8 and 16, then 32, with the twiddles read from the tables (of
-    // N = 128 points), which costs less here than finding their layout.
-    StagePairBody(y, y + h, s, t, 8, s, t, 4, 8, 0, h);
+    // N = 128 points), which costs less here than finding their layout:
+    // those of spans 8 and 16 gathered into runs of their own.
+    alignas(32) double s8[4], t8[4], s16[8], t16[8];
+    for (int k = 0; k < 8; ++k) {
+      if (k < 4) {
+        s8[k] = s[8 * k];
+        t8[k] = t[8 * k];
+      }
+      s16[k] = s[4 * k];
+      t16[k] = t[4 * k];
+    }
+    StagePairBody(y, y + h, s8, t8, s16, t16, 8, 0, h);
     StageBody<Quad, 4>(y, y + h, s, t, 32, 2, 0, h);
     return;
   }
