@@ -1800,20 +1800,36 @@ void RealFFT(int n, float* x, float* y, const float* s, const float* t, int mHal
   RealTransform(n, x, y, s, t, mHalf);
 }
 
+// The long sums here are chains of dependent additions, each waiting on
+// the one before. Chains that do not depend on one another run in the same
+// loop, side by side, each adding the same terms in the same order as it
+// would alone, so that the sums keep their bits: the alternating and plain
+// sums over the lower half with e, then over the upper half with the sum of
+// the r terms (which read y alone); after the transform the two running
+// sums over the odd outputs together, kept in x's upper half until their
+// places are free.
 void RealInverseFFT(int n, int mOffset, double* x, double* y, const double* s, const double* t) {
   const int h = n / 2, q = n / 4;
   const double x0 = x[0], xh = x[h];
   double alternating = 0.0, plain = 0.0;
-  for (int k = 1; k < h; ++k) {
+  double e = x0;
+  for (int k = 1; k < q; ++k) {
     alternating += (k & 1) ? -x[k] : x[k];
     plain += x[k];
+    e += (x[q - k] - x[q + k]) * s[k];
+  }
+  double accumulated = 0.0;
+  for (int k = q; k < h; ++k) {
+    alternating += (k & 1) ? -x[k] : x[k];
+    plain += x[k];
+    if (k > q) {
+      const int i = k - q;
+      accumulated += (y[h - i] + y[i]) * s[i];
+    }
   }
   const double atHalf = x0 + xh + 2 * alternating;
   const double atZero = x0 + xh + 2 * plain;
-  double e = x0;
-  for (int j = 1; j < q; ++j) e += (x[q - j] - x[q + j]) * s[j];
   y[0] = 0.0;
-  double accumulated = 0.0;
   for (int k = 1; k < q; ++k) {
     const double sk = s[k];
     const double p = (x[h - k] + x[k]) / 2, g = x[k] - x[h - k];
@@ -1822,26 +1838,30 @@ void RealInverseFFT(int n, int mOffset, double* x, double* y, const double* s, c
     const double w = (y[k] - y[h - k]) / 2, r = (y[h - k] + y[k]) * sk;
     y[k] = r + w;
     y[h - k] = r - w;
-    accumulated += r;
   }
   const double f = y[q] + accumulated;
   y[q] *= 2;
   BitReversePair(x, y, h, mOffset + 5);
   ComplexFFTCore(x, y, s, t, h, 2);
+  // The running sums of y[k] - y[h - k] from 2 e and of y[h - k] + y[k]
+  // from 2 f, for the odd outputs of y and of x.
+  double oddY = 2 * e, oddX = 2 * f;
   for (int k = 1; k < q; ++k) {
-    x[h + k] = y[k] - y[h - k];
-    x[n - k] = y[h - k] + y[k];
+    oddY = (y[k] - y[h - k]) + oddY;
+    oddX = (y[h - k] + y[k]) + oddX;
+    x[h + k] = oddY;
+    x[n - k] = oddX;
   }
   y[1] = 2 * e;
   for (int k = 1; k < q; ++k) {
     y[2 * k] = x[h - k] + x[k];
-    y[2 * k + 1] = x[h + k] + y[2 * k - 1];
+    y[2 * k + 1] = x[h + k];
     x[h + k] = x[h - k] - x[k];
   }
   x[1] = 2 * f;
   for (int k = 1; k < q; ++k) {
     x[2 * k] = x[h + k];
-    x[2 * k + 1] = x[n - k] + x[2 * k - 1];
+    x[2 * k + 1] = x[n - k];
   }
   x[0] = atZero;
   double sign = xh;
