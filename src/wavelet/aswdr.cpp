@@ -1,0 +1,339 @@
+#include "wavelet/aswdr.h"
+
+#include <cmath>
+#include <cstdlib>
+
+#include "common/number_text.h"
+#include "wavelet/bit_layer.h"
+
+namespace keldo::wavelet {
+namespace {
+
+// A run never has this many digits below its leading 1 in any plane; a
+// stream that says otherwise is broken.
+constexpr int kMaxRunDigits = 40;
+constexpr int kNineSevenPasses = 32;
+constexpr int kHeadVariantTag = 2;
+constexpr int kMaxLevels = 25;
+
+// ---------------------------------------------------------------- head
+
+void PutLittleEndian(std::vector<std::uint8_t>& out, std::uint32_t value, int bytes) {
+  for (int i = 0; i < bytes; ++i) out.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
+}
+
+std::uint32_t GetLittleEndian(const std::vector<std::uint8_t>& in, std::size_t at, int bytes) {
+  std::uint32_t value = 0;
+  for (int i = 0; i < bytes; ++i) value |= static_cast<std::uint32_t>(in[at + static_cast<std::size_t>(i)]) << (8 * i);
+  return value;
+}
+
+int SignedShort(std::uint32_t value) { return static_cast<std::int16_t>(static_cast<std::uint16_t>(value)); }
+
+bool SizeFits(int side, int levels) { return side > 0 && side % (1 << levels) == 0; }
+
+bool HeadIsValid(const AswdrHead& h) {
+  return h.levels >= 1 && h.levels <= kMaxLevels && h.waveletIndex >= 1 && h.waveletIndex <= 3 &&
+         SizeFits(h.width, h.levels) && SizeFits(h.height, h.levels) && h.width <= 32767 && h.height <= 32767;
+}
+
+// ---------------------------------------------------------------- channels
+
+// The binary coder's symbols on the bit layer.
+class BinarySender {
+ public:
+  static constexpr bool kTestAfterInsignificant = true;
+  BinarySender() : bits_(SetBitTotal()) {}
+  void Run(std::int64_t run) {
+    for (; run >= 2; run /= 2) bits_.TransmitDbl(static_cast<int>(run % 2));
+    bits_.TransmitBit(1);
+  }
+  void Sign(bool negative) { bits_.TransmitBit(negative ? 1 : 0); }
+  void Refine(bool moved) { bits_.TransmitBit(moved ? 1 : 0); }
+  std::int64_t Used() const { return bits_.BitsUsed(); }
+  // The partly filled byte, if any, then a byte 128.
+  std::vector<std::uint8_t> Finish() {
+    bits_.FlushPartialByte();
+    bits_.AppendByte(128);
+    return bits_.Bytes();
+  }
+
+ private:
+  BitWriter bits_;
+};
+
+class BinaryReceiver {
+ public:
+  explicit BinaryReceiver(const std::vector<std::uint8_t>& file) : bits_(file, kAswdrHeadSize, SetBitTotal()) {}
+  // Pairs 0d add d * W, W doubling from 1, until a 1; the value is the sum
+  // plus the final W. Nothing for a run of impossible length.
+  std::optional<std::int64_t> Run() {
+    std::int64_t value = 0, weight = 1;
+    for (int digits = 0; bits_.GetBit() == 0; ++digits) {
+      if (digits == kMaxRunDigits) return std::nullopt;
+      if (bits_.GetBit() == 1) value += weight;
+      weight *= 2;
+    }
+    return value + weight;
+  }
+  bool Sign() { return bits_.GetBit() == 1; }
+  bool Refine() { return bits_.GetBit() == 1; }
+  std::int64_t Used() const { return bits_.BitsUsed(); }
+
+ private:
+  BitReader bits_;
+};
+
+// ---------------------------------------------------------------- passes
+
+struct PassState {
+  ImagePlane quant;
+  ScanOrder order;
+  double threshold = 1.0;
+  int pass = 0;
+  std::int64_t significant = 0;       // turned significant so far
+  std::int64_t formerSignificant = 0; // at the end of the former pass
+  std::int64_t refinedInPass = 0;     // refinement bits of the current pass
+  bool stoppedByLoopTest = false;
+  std::vector<std::string> report;
+};
+
+PassState StartPasses(int width, int height, int levels, int exponent) {
+  PassState s;
+  s.quant = ImagePlane(width, height);
+  CreateScanOrder(s.order, levels, width, height);
+  s.threshold = std::ldexp(1.0, exponent);
+  return s;
+}
+
+// With the 9/7 wavelet, stop after pass 32; with an integer wavelet, after
+// the pass of threshold 1.
+bool LoopTest(int waveletIndex, int pass, double threshold) {
+  if (pass >= kMaxAswdrPasses) return true;
+  return waveletIndex == 1 ? pass >= kNineSevenPasses : threshold == 1.0;
+}
+
+void ReportData(PassState& s, const char* verb, std::int64_t bitsUsed) {
+  const double pixels = static_cast<double>(s.quant.width) * static_cast<double>(s.quant.height);
+  s.report.push_back("Number of significant values " + std::string(verb) + ":  " + std::to_string(s.significant) +
+                     ".  Threshold = " + PlainNumber(s.threshold));
+  s.report.push_back("Bit rate:  " + PlainNumber(static_cast<double>(bitsUsed) / pixels));
+}
+
+// A value moved by `step` away from zero, in the single precision it is
+// kept in.
+void MoveAway(float& q, double step) { q = static_cast<float>(q < 0.0f ? q - step : q + step); }
+
+double Magnitude(float v) { return std::fabs(static_cast<double>(v)); }
+
+// The end of a pass for both sides; true when the passes go on.
+bool EndPass(PassState& s, int levels, int waveletIndex, const char* verb, std::int64_t bitsUsed) {
+  s.formerSignificant = s.significant;
+  ReportData(s, verb, bitsUsed);
+  CreateNewScanOrder(s.order, levels, s.quant, s.threshold);
+  s.stoppedByLoopTest = LoopTest(waveletIndex, s.pass, s.threshold);
+  return !s.stoppedByLoopTest;
+}
+
+// The refinement walk, shared by both sides through `bitFor`, which sends or
+// reads the bit of a value and says whether it moves. The walk leaves once
+// it has seen the values significant before the pass. False when the budget
+// stopped it.
+template <typename Channel, typename BitFor>
+bool RefinementPass(PassState& s, double formerThreshold, std::int32_t budget, Channel& ch, BitFor bitFor) {
+  std::int32_t p = 0;
+  std::int64_t seen = 0;
+  const std::size_t n = s.quant.v.size();
+  for (std::size_t i = 0; i < n && seen < s.formerSignificant; ++i, p = s.order.next[static_cast<std::size_t>(p)]) {
+    float& q = s.quant.v[static_cast<std::size_t>(p)];
+    if (Magnitude(q) < formerThreshold) continue;
+    ++seen;
+    ++s.refinedInPass;
+    if (bitFor(p, q)) MoveAway(q, s.threshold);
+    if (ch.Used() >= budget) return false;
+  }
+  return true;
+}
+
+template <typename Sender>
+void EncodePasses(const ImagePlane& c, int levels, int waveletIndex, std::int32_t budget, Sender& ch, PassState& s) {
+  const std::size_t n = c.v.size();
+  for (s.pass = 1;; ++s.pass) {
+    const double former = s.threshold;
+    s.threshold /= 2.0;
+    const double t = s.threshold;
+    s.refinedInPass = 0;
+    std::int64_t run = 1;
+    std::int32_t p = 0;
+    for (std::size_t i = 0; i < n; ++i, p = s.order.next[static_cast<std::size_t>(p)]) {
+      const float value = c.v[static_cast<std::size_t>(p)];
+      const double a = Magnitude(value);
+      if (a >= former) continue;  // significant already
+      if (a < t) {
+        ++run;
+        if (Sender::kTestAfterInsignificant && ch.Used() >= budget) return;
+        continue;
+      }
+      ch.Run(run);
+      run = 1;
+      const bool negative = value < 0.0f;
+      s.quant.v[static_cast<std::size_t>(p)] = static_cast<float>(negative ? -t : t);
+      ch.Sign(negative);
+      ++s.significant;
+      if (ch.Used() >= budget) return;
+    }
+    ch.Run(run + 1);
+    if (ch.Used() >= budget) return;
+    const bool onBudget = RefinementPass(s, former, budget, ch, [&](std::int32_t at, float q) {
+      const bool moved = std::fabs(static_cast<double>(c.v[static_cast<std::size_t>(at)]) - static_cast<double>(q)) >= t;
+      ch.Refine(moved);
+      return moved;
+    });
+    if (!onBudget || !EndPass(s, levels, waveletIndex, "encoded", ch.Used())) return;
+  }
+}
+
+template <typename Receiver>
+void DecodePasses(int levels, int waveletIndex, std::int32_t budget, Receiver& ch, PassState& s) {
+  const std::size_t n = s.quant.v.size();
+  for (s.pass = 1;; ++s.pass) {
+    const double former = s.threshold;
+    s.threshold /= 2.0;
+    const double t = s.threshold;
+    s.refinedInPass = 0;
+    std::optional<std::int64_t> runValue = ch.Run();
+    if (!runValue) return;
+    std::int64_t counter = 1;
+    std::int32_t p = 0;
+    for (std::size_t i = 0; i < n; ++i, p = s.order.next[static_cast<std::size_t>(p)]) {
+      float& q = s.quant.v[static_cast<std::size_t>(p)];
+      if (q != 0.0f) continue;
+      if (counter != *runValue) {
+        ++counter;
+        continue;
+      }
+      q = static_cast<float>(ch.Sign() ? -t : t);
+      ++s.significant;
+      counter = 1;
+      if (ch.Used() >= budget) return;
+      runValue = ch.Run();
+      if (!runValue) return;
+    }
+    if (ch.Used() >= budget) return;
+    const bool onBudget = RefinementPass(s, former, budget, ch, [&](std::int32_t, float) { return ch.Refine(); });
+    if (!onBudget || !EndPass(s, levels, waveletIndex, "decoded", ch.Used())) return;
+  }
+}
+
+template <typename Sender>
+AswdrEncoded RunEncoder(const ImagePlane& transform, const AswdrHead& head, Sender ch) {
+  const StartThreshold start = GetThreshold(transform);
+  AswdrHead written = head;
+  written.exponent = start.exponent;
+  PassState s = StartPasses(transform.width, transform.height, head.levels, start.exponent);
+  EncodePasses(transform, head.levels, head.waveletIndex, head.budget, ch, s);
+  AswdrEncoded out;
+  out.bitsUsed = ch.Used();
+  out.file = WriteAswdrHead(written);
+  const std::vector<std::uint8_t> stream = ch.Finish();
+  out.file.insert(out.file.end(), stream.begin(), stream.end());
+  out.quant = std::move(s.quant);
+  out.report = std::move(s.report);
+  out.passes = s.pass;
+  out.stoppedByLoopTest = s.stoppedByLoopTest;
+  return out;
+}
+
+template <typename Receiver>
+void RunDecoder(AswdrDecoded& out, std::int32_t budget, Receiver ch) {
+  const AswdrHead& h = out.head;
+  PassState s = StartPasses(h.width, h.height, h.levels, h.exponent);
+  s.report = std::move(out.report);
+  DecodePasses(h.levels, h.waveletIndex, budget, ch, s);
+  out.bitsUsed = ch.Used();
+  out.passes = s.pass;
+  out.quantBeforeRefinement = s.quant;
+  out.lastRefinement = !s.stoppedByLoopTest || h.waveletIndex == 1;
+  if (out.lastRefinement) LastRefinement(s.quant, s.order, s.threshold, s.refinedInPass);
+  out.quant = std::move(s.quant);
+  out.report = std::move(s.report);
+}
+
+}  // namespace
+
+std::vector<std::uint8_t> WriteAswdrHead(const AswdrHead& head) {
+  std::vector<std::uint8_t> out;
+  out.reserve(kAswdrHeadSize);
+  PutLittleEndian(out, static_cast<std::uint32_t>(head.budget), 4);
+  out.push_back(static_cast<std::uint8_t>(head.levels * 10 + head.waveletIndex));
+  PutLittleEndian(out, static_cast<std::uint32_t>(head.width), 2);
+  PutLittleEndian(out, static_cast<std::uint32_t>(head.height), 2);
+  PutLittleEndian(out, kHeadVariantTag, 2);
+  PutLittleEndian(out, static_cast<std::uint32_t>(head.originalWidth), 2);
+  PutLittleEndian(out, kHeadVariantTag, 2);
+  PutLittleEndian(out, static_cast<std::uint32_t>(head.originalHeight), 2);
+  out.push_back(static_cast<std::uint8_t>(head.exponent));
+  return out;
+}
+
+std::optional<AswdrHead> ReadAswdrHead(const std::vector<std::uint8_t>& file) {
+  if (file.size() < kAswdrHeadSize) return std::nullopt;
+  if (GetLittleEndian(file, 9, 2) != kHeadVariantTag || GetLittleEndian(file, 13, 2) != kHeadVariantTag)
+    return std::nullopt;
+  AswdrHead h;
+  h.budget = static_cast<std::int32_t>(GetLittleEndian(file, 0, 4));
+  h.levels = file[4] / 10;
+  h.waveletIndex = file[4] % 10;
+  h.width = SignedShort(GetLittleEndian(file, 5, 2));
+  h.height = SignedShort(GetLittleEndian(file, 7, 2));
+  h.originalWidth = SignedShort(GetLittleEndian(file, 11, 2));
+  h.originalHeight = SignedShort(GetLittleEndian(file, 15, 2));
+  h.exponent = file[17];
+  if (!HeadIsValid(h)) return std::nullopt;
+  return h;
+}
+
+AswdrEncoded CompressAswdr(const ImagePlane& transform, AswdrHead head, AswdrCoder coder) {
+  head.width = transform.width;
+  head.height = transform.height;
+  if (!HeadIsValid(head) ||
+      transform.v.size() != static_cast<std::size_t>(transform.width) * static_cast<std::size_t>(transform.height))
+    return {};
+  if (coder == AswdrCoder::Binary) return RunEncoder(transform, head, BinarySender());
+  return {};
+}
+
+std::optional<AswdrDecoded> DecompressAswdr(const std::vector<std::uint8_t>& file, double bpp, AswdrCoder coder) {
+  const std::optional<AswdrHead> head = ReadAswdrHead(file);
+  if (!head || static_cast<std::int64_t>(head->width) * head->height > kMaxAswdrPixels) return std::nullopt;
+  AswdrDecoded out;
+  out.head = *head;
+  // SetBitBudget: the rate's budget, or the stored one when that is smaller.
+  std::int32_t budget = BitBudgetOf(head->width, head->height, bpp);
+  if (head->budget < budget) {
+    budget = head->budget;
+    out.rateTooLarge = true;
+    out.report.push_back("Bpp value too large, decompressing at largest possible rate.");
+  }
+  if (coder == AswdrCoder::Binary) RunDecoder(out, budget, BinaryReceiver(file));
+  else return std::nullopt;
+  return out;
+}
+
+void LastRefinement(ImagePlane& quant, const ScanOrder& order, double threshold, std::int64_t refinedInLastPass) {
+  std::int64_t counter = 0;
+  std::int32_t p = 0;
+  const std::size_t n = quant.v.size();
+  for (std::size_t i = 0; i < n; ++i, p = order.next[static_cast<std::size_t>(p)]) {
+    float& v = quant.v[static_cast<std::size_t>(p)];
+    const double a = Magnitude(v);
+    if (a >= 2.0 * threshold) {
+      ++counter;
+      MoveAway(v, counter <= refinedInLastPass ? threshold / 2.0 : threshold);
+    } else if (a >= threshold) {
+      MoveAway(v, threshold / 2.0);
+    }
+  }
+}
+
+}  // namespace keldo::wavelet

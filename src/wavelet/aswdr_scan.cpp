@@ -1,0 +1,177 @@
+#include "wavelet/aswdr_scan.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
+namespace keldo::wavelet {
+namespace {
+
+// Link-writing on an order, in plane coordinates.
+struct Linker {
+  ScanOrder& order;
+  void Link(int fromX, int fromY, int toX, int toY) const {
+    order.next[static_cast<std::size_t>(order.Index(fromX, fromY))] = order.Index(toX, toY);
+  }
+  // Links the walk in sequence, shifted by (dx, dy); the last position is
+  // left for the caller.
+  void LinkWalk(const std::vector<BlockPosition>& walk, int dx, int dy) const {
+    for (std::size_t i = 0; i + 1 < walk.size(); ++i)
+      Link(walk[i].x + dx, walk[i].y + dy, walk[i + 1].x + dx, walk[i + 1].y + dy);
+  }
+};
+
+// The lower block x in 0..s, y in h0..h0+t: rows from the top, the first
+// left to right, each row's end going straight down; the last position goes
+// on to (w0, 0).
+void LinkLowerBlock(const Linker& l, int w0, int h0, int s, int t) {
+  int dir = 1;
+  for (int r = 0; r <= t; ++r, dir = -dir) {
+    const int y = h0 + r;
+    const int first = dir == 1 ? 0 : s, last = dir == 1 ? s : 0;
+    for (int c = first; c != last; c += dir) l.Link(c, y, c + dir, y);
+    if (r < t)
+      l.Link(last, y, last, y + 1);
+    else
+      l.Link(last, y, w0, 0);
+  }
+}
+
+// The upper block x in w0..w0+s, y in 0..t: columns from the left, the
+// first top to bottom, each column's end going straight across; the last
+// position goes on to (w0, h0).
+void LinkUpperBlock(const Linker& l, int w0, int h0, int s, int t) {
+  int dir = 1;
+  for (int c = 0; c <= s; ++c, dir = -dir) {
+    const int x = w0 + c;
+    const int first = dir == 1 ? 0 : t, last = dir == 1 ? t : 0;
+    for (int r = first; r != last; r += dir) l.Link(x, r, x, r + dir);
+    if (c < s)
+      l.Link(x, last, x + 1, last);
+    else
+      l.Link(x, last, w0, h0);
+  }
+}
+
+// The tail of the list being built for the next level.
+struct ChildList {
+  ScanOrder& order;
+  std::int32_t head = -1, tail = -1;
+  void Append(int x, int y) {
+    const std::int32_t p = order.Index(x, y);
+    if (head < 0)
+      head = p;
+    else
+      order.next[static_cast<std::size_t>(tail)] = p;
+    tail = p;
+  }
+};
+
+// The four children of (x, y) in the order its block gives them: band 2
+// (lower, x < edgeX), band 1 (upper, y < edgeY), band 3 (diagonal).
+void AssignNewScanValues(ChildList& list, int x, int y, int edgeX, int edgeY) {
+  const int cx = 2 * x, cy = 2 * y;
+  if (x < edgeX) {
+    list.Append(cx, cy), list.Append(cx + 1, cy), list.Append(cx + 1, cy + 1), list.Append(cx, cy + 1);
+  } else if (y < edgeY) {
+    list.Append(cx, cy), list.Append(cx, cy + 1), list.Append(cx + 1, cy + 1), list.Append(cx + 1, cy);
+  } else {
+    list.Append(cx, cy), list.Append(cx + 1, cy), list.Append(cx, cy + 1), list.Append(cx + 1, cy + 1);
+  }
+}
+
+bool AnyNonZeroChild(const ImagePlane& quant, int x, int y) {
+  const int cx = 2 * x, cy = 2 * y;
+  return quant.At(cx, cy) != 0.0f || quant.At(cx + 1, cy) != 0.0f || quant.At(cx, cy + 1) != 0.0f ||
+         quant.At(cx + 1, cy + 1) != 0.0f;
+}
+
+}  // namespace
+
+std::vector<BlockPosition> GetZigZag(int maxX, int maxY) {
+  std::vector<BlockPosition> walk;
+  walk.reserve(static_cast<std::size_t>(maxX + 1) * static_cast<std::size_t>(maxY + 1));
+  for (int d = 0; d <= maxX + maxY; ++d) {
+    const int low = std::max(0, d - maxY), high = std::min(d, maxX);
+    if (d % 2 == 0) {
+      for (int x = low; x <= high; ++x) walk.push_back({x, d - x});
+    } else {
+      for (int x = high; x >= low; --x) walk.push_back({x, d - x});
+    }
+  }
+  return walk;
+}
+
+void CreateScanOrder(ScanOrder& order, int levels, int width, int height) {
+  order.width = width;
+  order.height = height;
+  order.next.assign(static_cast<std::size_t>(width) * static_cast<std::size_t>(height), 0);
+  if (width <= 0 || height <= 0) return;
+  const Linker l{order};
+  int w0 = width >> levels, h0 = height >> levels;
+  for (int k = 1; k <= levels; ++k) {
+    w0 = std::max(w0, 1);
+    h0 = std::max(h0, 1);
+    if (2 * w0 > width || 2 * h0 > height) break;
+    const int s = w0 - 1, t = h0 - 1;
+    const std::vector<BlockPosition> zig = GetZigZag(s, t);
+    if (k == 1) {
+      l.LinkWalk(zig, 0, 0);
+      l.Link(s, t, 0, h0);
+    }
+    LinkLowerBlock(l, w0, h0, s, t);
+    LinkUpperBlock(l, w0, h0, s, t);
+    l.LinkWalk(zig, w0, h0);
+    const int nextY = 2 * w0 < height ? 2 * w0 : 2 * h0;
+    if (2 * h0 < height) l.Link(w0 + s, h0 + t, 0, nextY);
+    w0 *= 2;
+    h0 *= 2;
+  }
+  l.Link(width - 1, height - 1, width - 1, height - 1);
+}
+
+void CreateNewScanOrder(ScanOrder& order, int levels, const ImagePlane& quant, double threshold) {
+  const int bw = std::max(order.width >> levels, 1), bh = std::max(order.height >> levels, 1);
+  int edgeX = bw, edgeY = bh;
+  std::int32_t start = order.Index(0, bh);
+  std::int64_t count = 3LL * bw * bh;
+  const auto magnitude = [&](std::int32_t p) { return std::fabs(static_cast<double>(quant.v[static_cast<std::size_t>(p)])); };
+  for (int level = 1; level < levels; ++level) {
+    if (4 * edgeX > order.width || 4 * edgeY > order.height) break;
+    ChildList children{order};
+    std::int32_t last = start;
+    for (int walk = 1; walk <= 3; ++walk) {
+      std::int32_t p = start;
+      for (std::int64_t i = 0; i < count; ++i) {
+        const int x = p % order.width, y = p / order.width;
+        const bool significant = magnitude(p) >= threshold;
+        const bool take = walk == 1   ? significant
+                          : walk == 2 ? !significant && AnyNonZeroChild(quant, x, y)
+                                      : !significant && !AnyNonZeroChild(quant, x, y);
+        if (take) AssignNewScanValues(children, x, y, edgeX, edgeY);
+        last = p;
+        if (i + 1 < count) p = order.next[static_cast<std::size_t>(p)];
+      }
+    }
+    order.next[static_cast<std::size_t>(last)] = children.head;
+    start = children.head;
+    count *= 4;
+    edgeX *= 2;
+    edgeY *= 2;
+  }
+}
+
+StartThreshold GetThreshold(const ImagePlane& transform) {
+  double largest = 0.0;
+  for (float v : transform.v) largest = std::max(largest, std::fabs(static_cast<double>(v)));
+  StartThreshold start;
+  if (!(largest > 0.0) || std::isinf(largest)) return start;
+  const double log2 = std::log2(largest);
+  int exponent = static_cast<int>(std::nearbyint(log2));
+  if (log2 > exponent) ++exponent;
+  start.exponent = std::clamp(exponent, 0, 255);
+  start.threshold = std::ldexp(1.0, start.exponent);
+  return start;
+}
+
+}  // namespace keldo::wavelet

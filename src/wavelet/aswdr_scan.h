@@ -1,0 +1,62 @@
+#pragma once
+// The scan orders of the adaptively scanned difference-reduction coder, and
+// its starting threshold. A scan order is a linked list threaded through the
+// plane: next[y * width + x] is the index of the position after (x, y). The
+// coder walks width * height positions from (0, 0) and never follows the
+// last position's link.
+
+#include <cstdint>
+#include <vector>
+
+#include "wavelet/image_transform.h"
+
+namespace keldo::wavelet {
+
+struct ScanOrder {
+  int width = 0, height = 0;
+  std::vector<std::int32_t> next;
+  std::int32_t Index(int x, int y) const { return y * width + x; }
+};
+
+struct BlockPosition {
+  int x = 0, y = 0;
+};
+
+// The diagonal walk of the block 0..maxX by 0..maxY, in walk order: the
+// anti-diagonals d = 0 .. maxX + maxY in turn, the first (and every second)
+// "right", from its least x to its largest, the others "left", from its
+// largest x to its least. A right diagonal ends at (d, 0) and goes on to
+// (d + 1, 0) while d < maxX, otherwise at (maxX, d - maxX) and goes on
+// below it; a left one the same with the subscripts exchanged. The walk ends
+// at (maxX, maxY).
+std::vector<BlockPosition> GetZigZag(int maxX, int maxY);
+
+// The initial order of a plane transformed to `levels` levels (sides
+// multiples of 2^levels): the trend by the zigzag, then from the coarsest
+// level up its lower block row by row (boustrophedon), its upper block
+// column by column, its diagonal block by the zigzag. A diagonal block that
+// is not the last links to (0, 2 W0), W0 being its width: twice the width,
+// where the next level's lower block starts at (0, 2 H0); the two agree on
+// square planes. Where (0, 2 W0) lies outside the plane (a plane wider than
+// high) the link goes to (0, 2 H0). (width-1, height-1) links to itself.
+void CreateScanOrder(ScanOrder& order, int levels, int width, int height);
+
+// The adaptive rebuild after a pass of threshold `threshold`: the trend and
+// the coarsest level keep their order; every finer level is rebuilt from its
+// parents' list in three walks: the children of parents with |quant| >=
+// threshold first, then of smaller parents with a non-zero child, then the
+// rest. Children come in the order of their parent's block (upper: down the
+// left pair first; lower: along the top pair first; diagonal: row by row).
+void CreateNewScanOrder(ScanOrder& order, int levels, const ImagePlane& quant, double threshold);
+
+// The starting threshold: M the largest |value|, E = round(log2 M); 2^E when
+// log2 M <= E, otherwise 2^(E+1). A maximum that is a power of two is itself
+// the threshold. E is held to 0..255 (the byte of the file head), so an
+// all-zero plane, or one below 1/2, starts from 1.
+struct StartThreshold {
+  int exponent = 0;
+  double threshold = 1.0;
+};
+StartThreshold GetThreshold(const ImagePlane& transform);
+
+}  // namespace keldo::wavelet

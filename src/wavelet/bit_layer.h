@@ -1,0 +1,64 @@
+#pragma once
+// The bit layer of the image processor's coders: bits are packed eight to a
+// byte, each byte filled from its top bit (weight 128 first), and every bit
+// written or read is counted in BitsUsed, which starts from the coder's fixed
+// allowance for the file head.
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace keldo::wavelet {
+
+// What BitsUsed starts from, by coder.
+constexpr std::int64_t SetBitTotal() { return 124; }        // binary
+constexpr std::int64_t SetBitTotal_ASWDR() { return 132; }  // arithmetic and lossless
+
+class BitWriter {
+ public:
+  explicit BitWriter(std::int64_t bitsUsed) : bitsUsed_(bitsUsed) {}
+  // BitsToGo -= 1; a 1 adds 2^BitsToGo to the byte; at 0 the byte is stored
+  // and a new one begun.
+  void TransmitBit(int bit);
+  // A 0, then the bit.
+  void TransmitDbl(int bit);
+  // Stores the partly filled byte, its low bits zero, when any bit stands
+  // in it.
+  void FlushPartialByte();
+  void AppendByte(std::uint8_t byte) { bytes_.push_back(byte); }
+
+  std::int64_t BitsUsed() const { return bitsUsed_; }
+  int BitsToGo() const { return bitsToGo_; }
+  const std::vector<std::uint8_t>& Bytes() const { return bytes_; }
+
+ private:
+  std::vector<std::uint8_t> bytes_;
+  int buffer_ = 0;
+  int bitsToGo_ = 8;
+  std::int64_t bitsUsed_;
+};
+
+// Reads the bits of `data` from `offset` on in the writer's order. Past the
+// end every bit is 0; BitsPastEnd counts those.
+class BitReader {
+ public:
+  BitReader(const std::vector<std::uint8_t>& data, std::size_t offset, std::int64_t bitsUsed)
+      : data_(data), next_(offset), bitsUsed_(bitsUsed) {}
+  // At BitsToGo 0 the next byte is taken; BitsToGo -= 1; the bit is 1 when
+  // the byte holds at least 2^BitsToGo, which is then taken off.
+  int GetBit();
+
+  std::int64_t BitsUsed() const { return bitsUsed_; }
+  std::int64_t BitsPastEnd() const { return bitsPastEnd_; }
+
+ private:
+  const std::vector<std::uint8_t>& data_;
+  std::size_t next_;
+  int buffer_ = 0;
+  int bitsToGo_ = 0;
+  std::int64_t bitsUsed_;
+  std::int64_t bitsPastEnd_ = 0;
+  bool pastEnd_ = false;
+};
+
+}  // namespace keldo::wavelet
