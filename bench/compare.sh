@@ -8,7 +8,13 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 build=${1:-$root/build}
 shift || true
 tmp=$(mktemp -d)
-trap 'rm -rf "$tmp"' EXIT
+images=$(mktemp -d)
+trap 'rm -rf "$tmp" "$images"' EXIT
+# The photographs of bench_codec, written from python3-skimage when it is there.
+if [[ -x "$build/bench/bench_codec" ]] && /usr/bin/python3 -c "import skimage.data" 2> /dev/null; then
+  /usr/bin/python3 "$root/bench/codec_images.py" "$images"
+  export KELDO_CODEC_IMAGES=$images
+fi
 found=0
 for exe in "$build"/bench/bench_*; do
   [[ -x "$exe" ]] || continue
@@ -27,6 +33,10 @@ fi
 # PyWavelets' cwt on the scalogram cases, when python3-pywt is there.
 if [[ -x "$build/bench/bench_scalogram" ]] && /usr/bin/python3 -c "import pywt" 2> /dev/null; then
   /usr/bin/python3 "$root/bench/pywt_cwt_yardstick.py" "$tmp/pywt_cwt_yardstick.json"
+fi
+# OpenJPEG on the codec cases, when the photographs and libopenjp2-tools are there.
+if [[ -n "${KELDO_CODEC_IMAGES:-}" ]] && command -v opj_compress > /dev/null && command -v opj_decompress > /dev/null; then
+  /usr/bin/python3 "$root/bench/openjpeg_yardstick.py" "$KELDO_CODEC_IMAGES" "$tmp/openjpeg_yardstick.json"
 fi
 if [[ $found -eq 0 ]]; then
   echo "no benchmark programs under $build/bench: build with the default preset first" >&2
@@ -57,6 +67,8 @@ for name in sorted(os.listdir(sys.argv[1])):
             entry = rows.setdefault(key, {})
             if median or (side + "_median") not in entry:
                 entry[side] = b["real_time"] * scale
+                if "psnr" in b:
+                    entry[side + "_psnr"] = b["psnr"]
             if median:
                 entry[side + "_median"] = True
 def fmt(t):
@@ -69,4 +81,13 @@ for key, v in rows.items():
     ours, yard = v.get("ours"), v.get("yardstick")
     ratio = f"{ours / yard:.2f}" if ours and yard else "-"
     print(f"{key:48} {fmt(ours):>12} {fmt(yard):>12} {ratio:>8}")
+# The coders' quality: the PSNR counters in dB, ours less the yardstick's.
+quality = [(key, v) for key, v in rows.items() if "ours_psnr" in v or "yardstick_psnr" in v]
+if quality:
+    print(f"\n{'PSNR (dB)':48} {'ours':>12} {'yardstick':>12} {'ours-yard':>9}")
+    show = lambda p: "-" if p is None else f"{p:.2f}"
+    for key, v in quality:
+        ours, yard = v.get("ours_psnr"), v.get("yardstick_psnr")
+        diff = f"{ours - yard:+.2f}" if ours is not None and yard is not None else "-"
+        print(f"{key:48} {show(ours):>12} {show(yard):>12} {diff:>9}")
 PY

@@ -1,0 +1,156 @@
+// The image processor's wavelet bit-plane coders on two 512 x 512 grey
+// photographs: the plane of the 8-bit pixels, five levels of the Daub 9/7
+// wavelet (fewer if LevelLimit says so), coded at 0.125, 0.25, 0.5 and 1 bit
+// per pixel by the binary and the arithmetic ASWDR coder, decoded at the same
+// rate and inverted to bytes. One iteration is the whole way: the transform,
+// CompressAswdr, DecompressAswdr and InvertTheTransformQuant. The counters
+// are the PSNR of the bytes against the pixels (peak 255) and the file's bits
+// per pixel.
+//
+// The pictures are not kept in the repository: bench/codec_images.py writes
+// camera.pgm and astronaut.pgm from Debian's python3-skimage into a folder,
+// and KELDO_CODEC_IMAGES names it (bench/compare.sh does both). Without them
+// the program measures nothing. The yardstick, OpenJPEG's opj_compress -I at
+// the ratio 8 / bpp and opj_decompress, is timed by bench/openjpeg_yardstick.py.
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "wavelet/aswdr.h"
+#include "wavelet/image_transform.h"
+
+namespace {
+
+using namespace keldo::wavelet;
+
+constexpr int kLevels = 5;
+constexpr int kDaub97 = 1;  // the image processor's "Daub 9/7"
+constexpr double kPeak = 255.0;
+
+struct GreyImage {
+  int width = 0, height = 0;
+  std::vector<std::uint8_t> pixels;  // row-major
+};
+
+// An 8-bit binary PGM (P5, maxval 255; '#' comments in the head skipped), or
+// nothing for any other file.
+std::optional<GreyImage> ReadPgm(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  const std::vector<char> raw((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  std::size_t at = 0;
+  const auto isSpace = [](char c) { return c == ' ' || c == '\n' || c == '\r' || c == '\t'; };
+  std::vector<std::string> fields;
+  while (fields.size() < 4 && at < raw.size()) {
+    if (raw[at] == '#') {
+      while (at < raw.size() && raw[at] != '\n') ++at;
+    } else if (isSpace(raw[at])) {
+      ++at;
+    } else {
+      std::string field;
+      while (at < raw.size() && !isSpace(raw[at])) field += raw[at++];
+      fields.push_back(field);
+    }
+  }
+  if (fields.size() < 4 || fields[0] != "P5" || fields[3] != "255") return std::nullopt;
+  GreyImage image;
+  image.width = std::atoi(fields[1].c_str());
+  image.height = std::atoi(fields[2].c_str());
+  const std::size_t count = static_cast<std::size_t>(image.width) * static_cast<std::size_t>(image.height);
+  if (image.width <= 0 || image.height <= 0 || raw.size() < at + 1 + count) return std::nullopt;
+  image.pixels.assign(raw.begin() + static_cast<std::ptrdiff_t>(at + 1),
+                      raw.begin() + static_cast<std::ptrdiff_t>(at + 1 + count));
+  return image;
+}
+
+double Psnr(const std::vector<std::uint8_t>& original, const std::vector<std::uint8_t>& decoded) {
+  double sum = 0.0;
+  for (std::size_t i = 0; i < original.size(); ++i) {
+    const double d = static_cast<double>(original[i]) - static_cast<double>(decoded[i]);
+    sum += d * d;
+  }
+  const double mse = sum / static_cast<double>(original.size());
+  return mse == 0.0 ? INFINITY : 10.0 * std::log10(kPeak * kPeak / mse);
+}
+
+void BM_Codec(benchmark::State& state, const GreyImage& image, AswdrCoder coder, double bpp) {
+  ImagePlane pixels(image.width, image.height);
+  for (std::size_t i = 0; i < image.pixels.size(); ++i) pixels.v[i] = static_cast<float>(image.pixels[i]);
+  AswdrHead head;
+  head.levels = std::min(kLevels, LevelLimit(image.width, image.height, kDaub97));
+  head.waveletIndex = kDaub97;
+  head.budget = BitBudgetOf(image.width, image.height, bpp);
+  head.width = head.originalWidth = image.width;
+  head.height = head.originalHeight = image.height;
+  std::vector<std::uint8_t> bytes;
+  std::size_t fileBytes = 0;
+  for (auto _ : state) {
+    ImagePlane plane = pixels;
+    TransformTheImage(plane, head.levels, kDaub97);
+    const AswdrEncoded encoded = CompressAswdr(plane, head, coder);
+    const std::optional<AswdrDecoded> decoded = DecompressAswdr(encoded.file, bpp, coder);
+    if (!decoded) {
+      state.SkipWithError("the decoder refused the coder's file");
+      return;
+    }
+    bytes = InvertTheTransformQuant(decoded->quant, head.levels, kDaub97);
+    fileBytes = encoded.file.size();
+    benchmark::DoNotOptimize(bytes.data());
+  }
+  state.counters["psnr"] = Psnr(image.pixels, bytes);
+  state.counters["bpp"] = 8.0 * static_cast<double>(fileBytes) / static_cast<double>(image.pixels.size());
+}
+
+struct CoderCase {
+  const char* name;
+  AswdrCoder coder;
+};
+constexpr CoderCase kCoders[] = {{"AswdrBinary", AswdrCoder::Binary}, {"AswdrArithmetic", AswdrCoder::Arithmetic}};
+constexpr const char* kImages[] = {"camera", "astronaut"};
+constexpr const char* kRates[] = {"0.125", "0.25", "0.5", "1"};
+
+// Registers the cases of every image found; the images live as long as the
+// program.
+int RegisterCases(const char* folder) {
+  static std::vector<GreyImage> images;
+  images.reserve(std::size(kImages));
+  int registered = 0;
+  for (const char* name : kImages) {
+    std::optional<GreyImage> image = ReadPgm(std::string(folder) + "/" + name + ".pgm");
+    if (!image) continue;
+    const GreyImage& kept = images.emplace_back(std::move(*image));
+    for (const CoderCase& coder : kCoders)
+      for (const char* rate : kRates) {
+        const std::string full = std::string("BM_Codec/") + name + "/" + coder.name + "/" + rate + "/ours";
+        benchmark::RegisterBenchmark(full.c_str(), BM_Codec, kept, coder.coder, std::atof(rate))
+            ->Unit(benchmark::kMillisecond);
+        ++registered;
+      }
+  }
+  return registered;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  const char* folder = std::getenv("KELDO_CODEC_IMAGES");
+  if (folder == nullptr || RegisterCases(folder) == 0) {
+    std::puts("bench_codec: no images; set KELDO_CODEC_IMAGES to a folder written by bench/codec_images.py");
+    return 0;
+  }
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}
