@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "common/number_text.h"
+#include "wavelet/arith_coder.h"
 #include "wavelet/bit_layer.h"
 
 namespace keldo::wavelet {
@@ -82,6 +83,105 @@ class BinaryReceiver {
 
  private:
   BitReader bits_;
+};
+
+// The arithmetic coder's symbols. Each kind of symbol is coded in the
+// context its former symbol of that kind chose: run symbols in 1 (after a
+// digit 0, and at the start), 2 (after a digit 1) or 3 (after an end mark);
+// signs in 4 (after +, and at the start) or 5 (after -); refinement bits, 1
+// for a value that stays and 0 for one that moves, in 6 (after a 0, and at
+// the start) or 7 (after a 1).
+struct SymbolContexts {
+  int digit = 1, sign = 4, refine = 6;
+  void AfterDigit(int symbol) { digit = symbol == 0 ? 1 : symbol == 1 ? 2 : 3; }
+  void AfterSign(bool negative) { sign = negative ? 5 : 4; }
+  void AfterRefine(int kept) { refine = kept == 1 ? 7 : 6; }
+};
+
+constexpr int kEndMark = 2;
+
+class ArithmeticSender {
+ public:
+  static constexpr bool kTestAfterInsignificant = false;
+  ArithmeticSender() : bits_(SetBitTotal_ASWDR()) {}
+  void Run(std::int64_t run) {
+    for (; run >= 2; run /= 2) Digit(static_cast<int>(run % 2));
+    Digit(kEndMark);
+  }
+  void Sign(bool negative) {
+    coder_.SetCurrentContext(contexts_.sign);
+    coder_.EncodeTwo(negative ? 1 : 0, bits_);
+    contexts_.AfterSign(negative);
+  }
+  void Refine(bool moved) {
+    const int kept = moved ? 0 : 1;
+    coder_.SetCurrentContext(contexts_.refine);
+    coder_.EncodeTwo(kept, bits_);
+    contexts_.AfterRefine(kept);
+  }
+  // The bits out and the bits the coder still owes.
+  std::int64_t Used() const { return bits_.BitsUsed() + coder_.Pending(); }
+  // DoneEncoding in the last run context, then the partly filled byte, if
+  // any; no end byte.
+  std::vector<std::uint8_t> Finish() {
+    coder_.SetCurrentContext(contexts_.digit);
+    coder_.DoneEncoding(bits_);
+    bits_.FlushPartialByte();
+    return bits_.Bytes();
+  }
+
+ private:
+  void Digit(int symbol) {
+    coder_.SetCurrentContext(contexts_.digit);
+    coder_.Encode(symbol, bits_);
+    contexts_.AfterDigit(symbol);
+  }
+  BitWriter bits_;
+  ArithmeticCoderTwo coder_;
+  SymbolContexts contexts_;
+};
+
+// BitsUsed counts the 9 bits BeginDecoding reads ahead.
+class ArithmeticReceiver {
+ public:
+  explicit ArithmeticReceiver(const std::vector<std::uint8_t>& file) : bits_(file, kAswdrHeadSize, SetBitTotal_ASWDR()) {
+    coder_.BeginDecoding(bits_);
+  }
+  std::optional<std::int64_t> Run() {
+    std::int64_t value = 0, weight = 1;
+    for (int digits = 0;; ++digits) {
+      const int symbol = Digit();
+      if (symbol == kEndMark) break;
+      if (symbol > kEndMark || digits == kMaxRunDigits) return std::nullopt;
+      if (symbol == 1) value += weight;
+      weight *= 2;
+    }
+    return value + weight;
+  }
+  bool Sign() {
+    coder_.SetCurrentContext(contexts_.sign);
+    const bool negative = coder_.DecodeSymbolTwo(bits_) == 1;
+    contexts_.AfterSign(negative);
+    return negative;
+  }
+  bool Refine() {
+    coder_.SetCurrentContext(contexts_.refine);
+    const int kept = coder_.DecodeSymbolTwo(bits_) == 1 ? 1 : 0;
+    contexts_.AfterRefine(kept);
+    return kept == 0;
+  }
+  std::int64_t Used() const { return bits_.BitsUsed(); }
+
+ private:
+  int Digit() {
+    coder_.SetCurrentContext(contexts_.digit);
+    const int symbol = coder_.DecodeSymbol(bits_);
+    if (symbol <= kEndMark) contexts_.AfterDigit(symbol);
+    return symbol;
+  }
+  BitReader bits_;
+  ArithmeticCoderTwo coder_;
+  SymbolContexts contexts_;
 };
 
 // ---------------------------------------------------------------- passes
@@ -300,7 +400,7 @@ AswdrEncoded CompressAswdr(const ImagePlane& transform, AswdrHead head, AswdrCod
       transform.v.size() != static_cast<std::size_t>(transform.width) * static_cast<std::size_t>(transform.height))
     return {};
   if (coder == AswdrCoder::Binary) return RunEncoder(transform, head, BinarySender());
-  return {};
+  return RunEncoder(transform, head, ArithmeticSender());
 }
 
 std::optional<AswdrDecoded> DecompressAswdr(const std::vector<std::uint8_t>& file, double bpp, AswdrCoder coder) {
@@ -315,8 +415,10 @@ std::optional<AswdrDecoded> DecompressAswdr(const std::vector<std::uint8_t>& fil
     out.rateTooLarge = true;
     out.report.push_back("Bpp value too large, decompressing at largest possible rate.");
   }
-  if (coder == AswdrCoder::Binary) RunDecoder(out, budget, BinaryReceiver(file));
-  else return std::nullopt;
+  if (coder == AswdrCoder::Binary)
+    RunDecoder(out, budget, BinaryReceiver(file));
+  else
+    RunDecoder(out, budget, ArithmeticReceiver(file));
   return out;
 }
 

@@ -19,6 +19,16 @@
 // binary as the pairs 0d, closed by a 1; arithmetic as symbols 0 and 1
 // closed by the end mark 2.
 //
+// Bits used start from 124 (binary) or 132 (arithmetic). The binary coder
+// tests its budget (>=) after every position of the significance walk that
+// is not passed over, after the pass-end run and after each refinement bit,
+// and its decoder reads the same bits at the same tests, so at one budget
+// both stop at the same place. The arithmetic coder counts the bits it owes
+// (Pending) as used and tests after significant positions only; its decoder
+// counts the 9 bits it reads ahead, so at the coder's budget it stops a few
+// symbols earlier. A binary stream ends with its partial byte and a byte
+// 128, an arithmetic one with DoneEncoding and its partial byte.
+//
 // Report lines, two after each complete pass:
 //   "Number of significant values encoded:  <count>.  Threshold = <T>"
 //   "Bit rate:  <bits used / (width * height)>"
@@ -64,7 +74,7 @@ std::optional<AswdrHead> ReadAswdrHead(const std::vector<std::uint8_t>& file);
 
 struct AswdrEncoded {
   std::vector<std::uint8_t> file;   // head + stream + end bytes, exactly as the coder writes it
-  ImagePlane quant;                 // the encoder's values, the decoder's at the same budget
+  ImagePlane quant;                 // the encoder's values (no final offsets)
   std::vector<std::string> report;  // the report lines, in order
   std::int64_t bitsUsed = 0;        // when the passes stopped (arithmetic: with the pending bits)
   int passes = 0;                   // passes begun
