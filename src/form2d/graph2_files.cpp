@@ -324,9 +324,11 @@ bool Graph2Form::LoadFunction(const std::string& path, int type) {
       return false;
     }
     if (picture->width != picture->height) {
-      // Such a picture belongs to the image processor.
+      // Such a picture belongs to the image processor: a new one takes the
+      // file; this form stays as it is.
       context_.ShowIdle();
-      context_.ShowCritical("This image is not square. Only the image processor can open it, and it is not available in this version.");
+      if (ImageFileReceiver* processor = NewFormFor<ImageFileReceiver>(context_, FormKind::ImageProcessor))
+        processor->LoadImageFile(path);
       return false;
     }
     std::optional<LoadedImage> loaded = SamplesOfPicture(*picture);

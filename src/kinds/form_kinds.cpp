@@ -5,7 +5,7 @@
 #include "app/frame.h"
 #include "form1d/graph1_form.h"
 #include "form2d/graph2_form.h"
-#include "imageproc/image_processor_menu.h"
+#include "imageproc/image_processor_form.h"
 #include "kit/basic_form.h"
 #include "sound/sound_editor_form.h"
 #include "timefreq/scalogram_form.h"
@@ -83,7 +83,7 @@ const FormKindInfo kKinds[] = {
      .word = "imageproc",
      .captionWord = "Image Processor ",
      .newItem = {3, "mnuNewImageProcessor", "New &Image processor", "mnuNewImageEditor"},
-     .maker = MakeMenuOnlyForm<FormKind::ImageProcessor, imageproc::ImageProcessorMenuBar>},
+     .maker = imageproc::MakeImageProcessorForm},
 };
 
 }  // namespace

@@ -81,6 +81,17 @@ class ImageReceiver {
   ~ImageReceiver() = default;
 };
 
+// LoadImageFile: a new image processor takes a picture file of any shape,
+// a PGM file by its own reader and other types through the imaging
+// service; false after a message.
+class ImageFileReceiver {
+ public:
+  virtual bool LoadImageFile(const std::string& path) = 0;
+
+ protected:
+  ~ImageFileReceiver() = default;
+};
+
 // AudioSettings: a form takes the audio box's sampling rate and volume, as
 // texts, and with `sixteenBits` chooses 16 bits.
 class AudioReceiver {

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <filesystem>
@@ -15,6 +16,7 @@
 #include <vector>
 
 #include "form2d/graph2_form.h"
+#include "imageproc/image_processor_form.h"
 #include "form2d/image_files.h"
 #include "kit/typed_forms.h"
 #include "platform/surface.h"
@@ -408,12 +410,23 @@ TEST(Image2D, ASide65FillsRowsAndColumnsToNReadWithoutSkippingPadding) {
   }
 }
 
-TEST(Image2D, ANonSquarePictureIsRefusedAndASquareOneOfAnySideLoads) {
+TEST(Image2D, ANonSquarePictureGoesToAnImageProcessorAndASquareOneOfAnySideLoads) {
   TestFrame t;
   TempFolder dir;
   EXPECT_EQ(t.frame.OpenDataFile(FormKind::Graph2, kData + "wide.bmp"), nullptr);
-  EXPECT_TRUE(Reported(t, "This image is not square"));
-  EXPECT_TRUE(t.frame.OpenForms().empty());
+  // No two-dimensional form holds it: a new image processor has it.
+  std::vector<Form*> open = t.frame.OpenForms();
+  open.erase(std::remove_if(open.begin(), open.end(), [&](Form* f) { return !t.frame.IsOpenForm(f); }), open.end());
+  ASSERT_EQ(open.size(), 1u);
+  auto* processor = FormAs<imageproc::ImageProcessorForm>(open.front());
+  ASSERT_NE(processor, nullptr);
+  ASSERT_TRUE(processor->HasImage());
+  // 30 pixels across and 20 down: 20 rows of 30, each side padded to 32.
+  EXPECT_EQ(processor->Image().originalWidth, 20);
+  EXPECT_EQ(processor->Image().originalHeight, 30);
+  EXPECT_EQ(processor->Image().width, 32);
+  EXPECT_EQ(processor->Image().height, 32);
+  EXPECT_TRUE(t.lines.empty());
   platform::RgbImage square(300, 300, platform::MakeRgb(9, 9, 9));
   WriteBytes(dir / "square.bmp", platform::EncodeBmp(square));
   Graph2Form* f = FormAs<Graph2Form>(t.frame.OpenDataFile(FormKind::Graph2, dir / "square.bmp"));

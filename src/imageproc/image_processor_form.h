@@ -1,0 +1,107 @@
+#pragma once
+// The image processor: a grey picture on the left, what a command made of
+// it on the right, and a report. A menu chooses the command (transform,
+// compress, decompress) and fills the side box with its fields; "Compute"
+// runs it. Compression writes a file of the bit-plane coders at a chosen
+// rate; decompression reads one back into the right-hand picture.
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "formula/compiler.h"
+#include "imageproc/processor_image.h"
+#include "kit/form.h"
+#include "kit/named_calls.h"
+#include "wavelet/aswdr.h"
+#include "wavelet/image_transform.h"
+
+namespace keldo::imageproc {
+
+// The commands the side box's label names.
+inline constexpr const char* kCommandTransform = "Transform";
+inline constexpr const char* kCommandCompress = "Compress";
+inline constexpr const char* kCommandDecompress = "Decompress";
+
+class ImageProcessorForm final : public Form, public ImageFileReceiver, private formula::FormulaHost {
+ public:
+  static constexpr FormKind kKind = FormKind::ImageProcessor;
+
+  explicit ImageProcessorForm(FormContext& context);
+
+  // The named call of the two-dimensional form: a picture it cannot hold.
+  bool LoadImageFile(const std::string& path) override;
+
+  void GetTheImage();
+  void SaveTheReconstructedImage();
+  void CopyImage(bool right);
+  // The menu commands: the label and the frames of the side box.
+  void ChooseCommand(const std::string& command);
+  // "Compute": the command the label names.
+  void Begin();
+  void TransformCommand();
+  void CompressCommand();
+  void DecompressCommand();
+
+  const ProcessorImage& Image() const { return image_; }
+  const ProcessorImage& Reconstruction() const { return recon_; }
+  const wavelet::ImagePlane& TransformPlane() const { return transform_; }
+  const wavelet::ImagePlane& Quant() const { return quant_; }
+  int WaveletIndex() const { return waveletIndex_; }
+  bool HasImage() const { return !image_.Empty(); }
+
+  std::vector<Picture> Pictures() const override;
+  void Paint(int picture, platform::Surface& surface) const override;
+  const FormLayout& Layout() const override;
+  void ControlChanged(const std::string& name) override;
+  std::vector<GraphSummary> Graphs() const override;
+
+ private:
+  void BuildControls();
+  void BindCommands();
+  // Takes a loaded picture: the left image, an empty right one.
+  void TakeImage(ProcessorImage image, const std::string& title);
+  bool LoadPgmFile(const std::string& path);
+  bool LoadPictureFile(const std::string& path);
+  // SetNumberOfLevels: the box's levels, lowered to the image's limit; -1
+  // after a message.
+  int SetNumberOfLevels();
+  // The bit rate of the box; false after a message.
+  bool ReadBitRate(double& bpp);
+  // The transform of the left image at the levels and wavelet given.
+  void TransformImage(int levels);
+  // The right image from a plane by the inverse transform: each pixel the
+  // rounded |value|, at most 255.
+  void ReconstructFrom(const wavelet::ImagePlane& plane, int levels);
+  void AddReport(const std::string& line);
+  void ResetWaveletLabel();
+  std::optional<std::string> AskForFile(bool save, const std::string& extension);
+  wavelet::AswdrCoder Coder() const;
+
+  // FormulaHost: the number fields of the side box.
+  int FormulaPoints() const override { return 0; }
+  int FormulaGraphCount() const override { return 0; }
+  double FormulaIntervalLength() const override { return 1.0; }
+  std::optional<std::string> FormulaPrompt(const std::string&, const std::string&) override { return std::nullopt; }
+  void FormulaError(int number) override;
+  platform::Random* FormulaRandom() override;
+  const formula::GraphTable* FormulaGraphs() override { return nullptr; }
+
+  ProcessorImage image_, recon_;
+  wavelet::ImagePlane transform_, quant_;
+  int levels_ = 0;
+  int waveletIndex_ = 1;
+  bool showTransform_ = false;
+  // Whether a decoded size differs from the loaded one, across and down.
+  std::string sizeFlagWidth_ = "N", sizeFlagHeight_ = "N";
+  std::string imageFolder_;
+  formula::FormulaState formula_;
+  formula::Compiler compiler_{formula_, *this};
+};
+
+std::unique_ptr<Form> MakeImageProcessorForm(FormContext& context);
+
+}  // namespace keldo::imageproc
