@@ -389,7 +389,9 @@ std::optional<AswdrHead> ReadAswdrHead(const std::vector<std::uint8_t>& file) {
   h.originalWidth = SignedShort(GetLittleEndian(file, 11, 2));
   h.originalHeight = SignedShort(GetLittleEndian(file, 15, 2));
   h.exponent = file[17];
-  if (!HeadIsValid(h)) return std::nullopt;
+  // A threshold beyond 2^kLargestExponent is no coder's: the largest
+  // transform of 8-bit pixels stays far below it, and a float holds it.
+  if (!HeadIsValid(h) || h.exponent > kLargestExponent) return std::nullopt;
   return h;
 }
 

@@ -66,10 +66,13 @@ struct AswdrHead {
 // width (2), 2 (2), originalWidth (2), 2 (2), originalHeight (2), exponent
 // (1). Sizes are signed 16-bit.
 constexpr std::size_t kAswdrHeadSize = 18;
+// The largest threshold exponent a head may give.
+constexpr int kLargestExponent = 64;
 std::vector<std::uint8_t> WriteAswdrHead(const AswdrHead& head);
 // Nothing for a file shorter than the head, a variant tag other than 2, a
 // size not positive or not a multiple of 2^levels, a wavelet outside 1..3
-// or levels outside 1..25. The original sizes are not checked.
+// or levels outside 1..25, or an exponent above kLargestExponent. The
+// original sizes are not checked.
 std::optional<AswdrHead> ReadAswdrHead(const std::vector<std::uint8_t>& file);
 
 struct AswdrEncoded {

@@ -344,8 +344,27 @@ TEST(AswdrBinary, DecoderSurvivesTruncatedAndRandomFiles) {
     const auto dec = DecompressAswdr(file, (random() % 1000) / 100.0, AswdrCoder::Binary);
     if (dec) {
       EXPECT_EQ(dec->quant.v.size(), static_cast<std::size_t>(dec->head.width * dec->head.height));
+      for (float v : dec->quant.v) ASSERT_TRUE(std::isfinite(v));
     }
   }
+}
+
+// A head whose threshold no float holds (2^255, found by the fuzzer) is
+// refused instead of decoding to infinities; 2^64 still reads.
+TEST(AswdrBinary, AnExponentBeyondAnyTransformIsRefused) {
+  const std::vector<std::uint8_t> found = {0xff, 0xff, 0x0a, 0x0a, 0x0d, 0x00, 0x0a, 0x02, 0x00,
+                                           0x02, 0x00, 0x00, 0x0a, 0x02, 0x00, 0xff, 0xff, 0xff};
+  EXPECT_FALSE(ReadAswdrHead(found));
+  for (AswdrCoder coder : {AswdrCoder::Binary, AswdrCoder::Arithmetic}) EXPECT_FALSE(DecompressAswdr(found, 1.0, coder));
+  std::vector<std::uint8_t> largest = found;
+  largest[17] = static_cast<std::uint8_t>(kLargestExponent);
+  const std::optional<AswdrHead> head = ReadAswdrHead(largest);
+  ASSERT_TRUE(head);
+  EXPECT_EQ(head->exponent, kLargestExponent);
+  EXPECT_EQ(head->width, 2560);
+  EXPECT_EQ(head->height, 2);
+  largest[17] = static_cast<std::uint8_t>(kLargestExponent + 1);
+  EXPECT_FALSE(ReadAswdrHead(largest));
 }
 
 }  // namespace
