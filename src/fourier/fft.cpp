@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstdint>
 #include <cstring>
+#include <immintrin.h>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -56,58 +57,101 @@ void BuildTrigTables(int n, int m, double* s, double* t, double& c) {
 
 namespace {
 
+// Two or four doubles, or four or eight floats, in the lanes of one vector
+// register of 16 or 32 bytes.
+typedef double Pair __attribute__((vector_size(16)));
+typedef double Quad __attribute__((vector_size(32)));
+typedef float Float4 __attribute__((vector_size(16)));
+typedef float Float8 __attribute__((vector_size(32)));
+
+// How a kernel forms some of its sums a + b and differences a - b: with the
+// adders (PlainAdds), or on the multiply-add units as a * 1 + b and
+// -(b * 1) + a (FusedAdds, vectors of four doubles, processors with FMA),
+// so that the sums share the units that the products leave free where the
+// adders are the busier ones. The product by 1 is exact and the fused
+// operation rounds once, so each gives exactly the sum or difference, with
+// the same bits (signed zeros included). Add(r, a, b) sets r = a + b and
+// Sub(r, a, b) r = a - b (r may be a or b).
+struct PlainAdds {
+  template <typename V>
+  static inline __attribute__((always_inline)) void Add(V& r, const V& a, const V& b) {
+    r = a + b;
+  }
+  template <typename V>
+  static inline __attribute__((always_inline)) void Sub(V& r, const V& a, const V& b) {
+    r = a - b;
+  }
+};
+
+// (The builtin of _mm256_fmadd_pd, which needs FMA only where it is
+// expanded: in the kernels built for it, into which these are inlined; its
+// vector result never crosses a call.)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wpsabi"
+struct FusedAdds {
+  template <typename V>
+  static inline __attribute__((always_inline)) void Add(V& r, const V& a, const V& b) {
+    r = __builtin_ia32_vfmaddpd256(a, V{1.0, 1.0, 1.0, 1.0}, b);
+  }
+  template <typename V>
+  static inline __attribute__((always_inline)) void Sub(V& r, const V& a, const V& b) {
+    r = __builtin_ia32_vfmaddpd256(-b, V{1.0, 1.0, 1.0, 1.0}, a);
+  }
+};
+#pragma GCC diagnostic pop
+
 // The first three stages (spans 1, 2 and 4) on eight elements, held in
 // registers between the stages. The operations are those of the stages one
 // by one. A and b hold the real and imaginary parts of the eight elements: numbers,
 // or vectors whose lanes are separate runs of eight, each going through the
 // very operations a lone run would.
-template <typename V, typename T>
+template <typename V, typename T, typename A = PlainAdds>
 inline __attribute__((always_inline)) void StagesOfEight(V* a, V* b, T s1, T t1) {
   for (int i = 0; i < 8; i += 2) {
     const V a0 = a[i], a1 = a[i + 1], b0 = b[i], b1 = b[i + 1];
-    a[i] = a0 + a1;
-    a[i + 1] = a0 - a1;
+    A::Add(a[i], a0, a1);
+    A::Sub(a[i + 1], a0, a1);
     b[i] = b0 + b1;
     b[i + 1] = b0 - b1;
   }
   for (int i = 0; i < 8; i += 4) {
     V v = a[i + 2], w = b[i + 2];
-    a[i + 2] = a[i] - v;
+    A::Sub(a[i + 2], a[i], v);
     b[i + 2] = b[i] - w;
-    a[i] += v;
+    A::Add(a[i], a[i], v);
     b[i] += w;
     v = a[i + 3];
     w = b[i + 3];
-    a[i + 3] = a[i + 1] + w;
+    A::Add(a[i + 3], a[i + 1], w);
     b[i + 3] = b[i + 1] - v;
-    a[i + 1] -= w;
+    A::Sub(a[i + 1], a[i + 1], w);
     b[i + 1] += v;
   }
   // Span 4: the trivial twiddles, then k = 1 and its mirror.
   V v = a[4], w = b[4];
-  a[4] = a[0] - v;
+  A::Sub(a[4], a[0], v);
   b[4] = b[0] - w;
-  a[0] += v;
+  A::Add(a[0], a[0], v);
   b[0] += w;
   v = a[6];
   w = b[6];
-  a[6] = a[2] + w;
+  A::Add(a[6], a[2], w);
   b[6] = b[2] - v;
-  a[2] -= w;
+  A::Sub(a[2], a[2], w);
   b[2] += v;
   V u = b[5] + t1 * a[5];
   v = a[5] - s1 * u;
   w = u + t1 * v;
-  a[5] = a[1] - v;
+  A::Sub(a[5], a[1], v);
   b[5] = b[1] - w;
-  a[1] += v;
+  A::Add(a[1], a[1], v);
   b[1] += w;
   u = a[7] - t1 * b[7];
   v = -b[7] - s1 * u;
   w = u + t1 * v;
-  a[7] = a[3] - v;
+  A::Sub(a[7], a[3], v);
   b[7] = b[3] - w;
-  a[3] += v;
+  A::Add(a[3], a[3], v);
   b[3] += w;
 }
 
@@ -207,12 +251,6 @@ void BitReverseTiles(T* x, T* y, int n, int m, T s1, T t1) {
   }
 }
 
-// Two or four doubles, or four or eight floats, in the lanes of one vector
-// register of 16 or 32 bytes.
-typedef double Pair __attribute__((vector_size(16)));
-typedef double Quad __attribute__((vector_size(32)));
-typedef float Float4 __attribute__((vector_size(16)));
-typedef float Float8 __attribute__((vector_size(32)));
 
 template <typename T>
 struct Lanes;
@@ -283,7 +321,7 @@ inline __attribute__((always_inline)) void StoreColumns(const Quad* a, double* d
 // element l of output row h is source element (rev l, rev h). Element l of
 // every output row is source row rev l, lane by lane, so the three stages
 // run on all eight output rows at once before the transposition.
-template <bool kStages>
+template <bool kStages, typename A = PlainAdds>
 inline __attribute__((always_inline)) void TileOut(const Quad* xlo, const Quad* xhi, const Quad* ylo,
                                                    const Quad* yhi, double* dx, double* dy, int rowStep, double s1,
                                                    double t1) {
@@ -296,8 +334,8 @@ inline __attribute__((always_inline)) void TileOut(const Quad* xlo, const Quad* 
     f[l] = yhi[kReversed[l]];
   }
   if (kStages) {
-    StagesOfEight(a, b, s1, t1);
-    StagesOfEight(e, f, s1, t1);
+    StagesOfEight<Quad, double, A>(a, b, s1, t1);
+    StagesOfEight<Quad, double, A>(e, f, s1, t1);
   }
   // The rows of a tile lie a power of two apart and share one cache set;
   // the lines of y, read last, are still there, so they are written first.
@@ -413,11 +451,11 @@ inline __attribute__((always_inline)) void Rotated(const V& xr, const V& yr, con
 }
 
 // The outputs of a butterfly: left + (v, w) and left - (v, w).
-template <typename V>
+template <typename A = PlainAdds, typename V>
 inline __attribute__((always_inline)) void Combine(V& xl, V& yl, V& xr, V& yr, const V& v, const V& w) {
-  xr = xl - v;
+  A::Sub(xr, xl, v);
   yr = yl - w;
-  xl = xl + v;
+  A::Add(xl, xl, v);
   yl = yl + w;
 }
 
@@ -849,7 +887,7 @@ struct PairForm {
   static constexpr bool kTrivialD = kTrivial, kMirrorD = kMirror, kTrivial2D = kTrivial2;
 };
 
-template <typename F, typename S>
+template <typename F, typename S, typename A>
 inline __attribute__((always_inline)) void StagePairTwin(double* x, double* y, int i, int o, int d, const double* sdA,
                                                          const double* tdA, const double* s2A, const double* t2A,
                                                          const double* sdB, const double* tdB, const double* s2B,
@@ -875,8 +913,8 @@ inline __attribute__((always_inline)) void StagePairTwin(double* x, double* y, i
   Load(b0, ya);
   Load(e0, xb);
   Load(f0, yb);
-  Combine(a0, b0, a1, b1, va, wa);
-  Combine(e0, f0, e1, f1, vb, wb);
+  Combine<A>(a0, b0, a1, b1, va, wa);
+  Combine<A>(e0, f0, e1, f1, vb, wb);
   Load(a3, xa + 3 * d);
   Load(b3, ya + 3 * d);
   Load(e3, xb + 3 * d);
@@ -886,15 +924,15 @@ inline __attribute__((always_inline)) void StagePairTwin(double* x, double* y, i
   Load(b2, ya + 2 * d);
   Load(e2, xb + 2 * d);
   Load(f2, yb + 2 * d);
-  Combine(a2, b2, a3, b3, va, wa);
-  Combine(e2, f2, e3, f3, vb, wb);
+  Combine<A>(a2, b2, a3, b3, va, wa);
+  Combine<A>(e2, f2, e3, f3, vb, wb);
   Load(sa, s2A);
   Load(ta, t2A);
   Load(sb, s2B);
   Load(tb, t2B);
   RotatedTwo<F::kTrivial2D, false, S::kTrivial2D, false>(a2, b2, sa, ta, va, wa, e2, f2, sb, tb, vb, wb);
-  Combine(a0, b0, a2, b2, va, wa);
-  Combine(e0, f0, e2, f2, vb, wb);
+  Combine<A>(a0, b0, a2, b2, va, wa);
+  Combine<A>(e0, f0, e2, f2, vb, wb);
   Store(xa, a0);
   Store(ya, b0);
   Store(xb, e0);
@@ -904,8 +942,8 @@ inline __attribute__((always_inline)) void StagePairTwin(double* x, double* y, i
   Store(xb + 2 * d, e2);
   Store(yb + 2 * d, f2);
   RotatedTwo<F::kTrivial2D, true, S::kTrivial2D, true>(a3, b3, sa, ta, va, wa, e3, f3, sb, tb, vb, wb);
-  Combine(a1, b1, a3, b3, va, wa);
-  Combine(e1, f1, e3, f3, vb, wb);
+  Combine<A>(a1, b1, a3, b3, va, wa);
+  Combine<A>(e1, f1, e3, f3, vb, wb);
   Store(xa + d, a1);
   Store(ya + d, b1);
   Store(xb + d, e1);
@@ -926,6 +964,7 @@ inline __attribute__((always_inline)) void StagePairTwin(double* x, double* y, i
 // k + 4, whose elements share cache lines (groups a half block apart would
 // touch sixteen lines that fall into one cache set when d is a multiple of
 // 512).
+template <typename A = PlainAdds>
 inline __attribute__((always_inline)) void StagePairBody(double* x, double* y, const double* sd, const double* td,
                                                          const double* s2, const double* t2, int d, int begin,
                                                          int end) {
@@ -934,18 +973,18 @@ inline __attribute__((always_inline)) void StagePairBody(double* x, double* y, c
   const int q = d / 2;
   for (int j = begin; j < end; j += 4 * d) {
     if (q == 4) {
-      StagePairTwin<PairForm<true, false, true>, PairForm<true, true, false>>(x, y, j, q, d, sd, td, s2, t2, sd, td,
+      StagePairTwin<PairForm<true, false, true>, PairForm<true, true, false>, A>(x, y, j, q, d, sd, td, s2, t2, sd, td,
                                                                                s2 + q, t2 + q);
       continue;
     }
-    StagePairTwin<PairForm<true, false, true>, Plain>(x, y, j, 4, d, sd, td, s2, t2, sd + 4, td + 4, s2 + 4, t2 + 4);
+    StagePairTwin<PairForm<true, false, true>, Plain, A>(x, y, j, 4, d, sd, td, s2, t2, sd + 4, td + 4, s2 + 4, t2 + 4);
     for (int k = 8; k < q; k += 8)
-      StagePairTwin<Plain, Plain>(x, y, j + k, 4, d, sd + k, td + k, s2 + k, t2 + k, sd + k + 4, td + k + 4,
+      StagePairTwin<Plain, Plain, A>(x, y, j + k, 4, d, sd + k, td + k, s2 + k, t2 + k, sd + k + 4, td + k + 4,
                                   s2 + k + 4, t2 + k + 4);
-    StagePairTwin<PairForm<true, true, false>, Mirror>(x, y, j + q, 4, d, sd, td, s2 + q, t2 + q, sd + 4, td + 4,
+    StagePairTwin<PairForm<true, true, false>, Mirror, A>(x, y, j + q, 4, d, sd, td, s2 + q, t2 + q, sd + 4, td + 4,
                                                        s2 + q + 4, t2 + q + 4);
     for (int k = q + 8; k < d; k += 8)
-      StagePairTwin<Mirror, Mirror>(x, y, j + k, 4, d, sd + k - q, td + k - q, s2 + k, t2 + k, sd + k - q + 4,
+      StagePairTwin<Mirror, Mirror, A>(x, y, j + k, 4, d, sd + k - q, td + k - q, s2 + k, t2 + k, sd + k - q + 4,
                                     td + k - q + 4, s2 + k + 4, t2 + k + 4);
   }
 }
@@ -1127,13 +1166,14 @@ struct ColumnWideStages : WideStages {
 // The same laid out for sixteen registers: instead of the blocks of 64,
 // which would not stay in them, stages two at a time (StagePairBody), from
 // span 8, over the chunks and then over the whole array.
+template <typename A>
 struct PairedColumnWideStages : ColumnWideStages {
   static constexpr bool kBlocks = false;
   static constexpr bool kPairs = true;
   inline __attribute__((always_inline)) void Pair(double* x, double* y, const double* sd, const double* td,
                                                   int tstepD, const double* s2, const double* t2, int tstep2, int d,
                                                   int begin, int end) const {
-    if (tstepD == 1 && tstep2 == 1) StagePairBody(x, y, sd, td, s2, t2, d, begin, end);
+    if (tstepD == 1 && tstep2 == 1) StagePairBody<A>(x, y, sd, td, s2, t2, d, begin, end);
     else StagePairBodyStrided(x, y, sd, td, tstepD, s2, t2, tstep2, d, begin, end);
   }
 };
@@ -1325,22 +1365,28 @@ inline __attribute__((always_inline)) void StoreBackwards(double* p, const V& v)
 // j (xa, ya) and at h - j (xb, yb), the output at n - j. The first serves
 // j = k, the second j = q + k, the twiddle's mirror. V may be a vector of
 // several j, W its twiddles.
-template <typename V, typename W>
+template <typename A = PlainAdds, typename V, typename W>
 inline __attribute__((always_inline)) void PostOutput(const V& xa, const V& ya, const V& xb, const V& yb,
                                                       const W& sk, const W& tk, V& outX, V& outY) {
   const V d = xa - xb, a = yb + ya;
   const V u = d * tk + a, v = d - u * sk;
-  outX = (xb + xa + (v * tk + u)) / 2;
-  outY = (yb - ya + v) / 2;
+  V sum, difference;
+  A::Add(sum, xb, xa);
+  A::Sub(difference, yb, ya);
+  outX = (sum + (v * tk + u)) / 2;
+  outY = (difference + v) / 2;
 }
 
-template <typename V, typename W>
+template <typename A = PlainAdds, typename V, typename W>
 inline __attribute__((always_inline)) void PostOutputMirrored(const V& xa, const V& ya, const V& xb, const V& yb,
                                                               const W& sk, const W& tk, V& outX, V& outY) {
   const V d = xa - xb, a = yb + ya;
   const V u = d - a * tk, v = -a - u * sk;
-  outX = (xb + xa + (v * tk + u)) / 2;
-  outY = (yb - ya + v) / 2;
+  V sum, difference;
+  A::Add(sum, xb, xa);
+  A::Sub(difference, yb, ya);
+  outX = (sum + (v * tk + u)) / 2;
+  outY = (difference + v) / 2;
 }
 
 // The post-processing for one k: the outputs at n - k and n - (q + k). It
@@ -1462,7 +1508,7 @@ __attribute__((target("avx"))) void RealTransformWide(int n, double* x, double* 
 // those at b the plain form with the twiddles of q - k (sm, tm); without,
 // the other way round, out[0..3] holding the real and imaginary parts at i,
 // then at b. Output j goes to n - j as it is and to j conjugated.
-template <typename V, bool kMirrored>
+template <typename V, bool kMirrored, typename A>
 inline __attribute__((always_inline)) void PostPairOutputs(const double* y, int n, int i, const V& sk, const V& tk,
                                                            const V& sm, const V& tm, V* out) {
   const int h = n / 2, b = h - i;
@@ -1474,11 +1520,11 @@ inline __attribute__((always_inline)) void PostPairOutputs(const double* y, int 
   LoadBackwards(xb, xs + b);
   LoadBackwards(yb, ys + b);
   if constexpr (kMirrored) {
-    PostOutputMirrored(xi, yi, xb, yb, sk, tk, out[0], out[1]);
-    PostOutput(xb, yb, xi, yi, sm, tm, out[2], out[3]);
+    PostOutputMirrored<A>(xi, yi, xb, yb, sk, tk, out[0], out[1]);
+    PostOutput<A>(xb, yb, xi, yi, sm, tm, out[2], out[3]);
   } else {
-    PostOutput(xi, yi, xb, yb, sk, tk, out[0], out[1]);
-    PostOutputMirrored(xb, yb, xi, yi, sm, tm, out[2], out[3]);
+    PostOutput<A>(xi, yi, xb, yb, sk, tk, out[0], out[1]);
+    PostOutputMirrored<A>(xb, yb, xi, yi, sm, tm, out[2], out[3]);
   }
 }
 
@@ -1506,7 +1552,7 @@ inline __attribute__((always_inline)) void StorePostPair(double* x, double* y, i
 // live at once (sixteen registers hold them without spilling). Only where
 // the lanes reach k = q / 2, whose pairs are the same two elements, are
 // both pairs read before either is written.
-template <typename V>
+template <typename V, typename A = PlainAdds>
 inline __attribute__((always_inline)) void PostQuad(double* x, double* y, const double* s, const double* t, int n,
                                                     int k, bool reachesMiddle) {
   const int q = n / 4;
@@ -1516,9 +1562,9 @@ inline __attribute__((always_inline)) void PostQuad(double* x, double* y, const 
   LoadBackwards(sm, s + q - k);
   LoadBackwards(tm, t + q - k);
   V plain[4], mirrored[4];
-  PostPairOutputs<V, false>(y, n, k, sk, tk, sm, tm, plain);
+  PostPairOutputs<V, false, A>(y, n, k, sk, tk, sm, tm, plain);
   if (!reachesMiddle) StorePostPair(x, y, n, k, plain);
-  PostPairOutputs<V, true>(y, n, q + k, sk, tk, sm, tm, mirrored);
+  PostPairOutputs<V, true, A>(y, n, q + k, sk, tk, sm, tm, mirrored);
   if (reachesMiddle) StorePostPair(x, y, n, k, plain);
   StorePostPair(x, y, n, q + k, mirrored);
 }
@@ -1573,7 +1619,7 @@ inline __attribute__((always_inline)) void PostQuadJoint(double* x, double* y, c
 
 // The post-processing of the fused real transform, from the half-length
 // transform in y (real parts) and y + N/2 (imaginary parts) into x and y.
-template <bool kBothPairsFirst>
+template <bool kBothPairsFirst, typename A = PlainAdds>
 inline __attribute__((always_inline)) void PostProcessFused(int n, double* x, double* y, const double* s,
                                                              const double* t) {
   const int h = n / 2, q = n / 4;
@@ -1585,7 +1631,7 @@ inline __attribute__((always_inline)) void PostProcessFused(int n, double* x, do
     for (; k + 3 <= q / 2; k += 4) PostQuadJoint<Quad>(x, y, s, t, n, k);
     for (; k <= q / 2; ++k) PostQuadJoint<double>(x, y, s, t, n, k);
   } else {
-    for (; k + 3 <= q / 2; k += 4) PostQuad<Quad>(x, y, s, t, n, k, k + 3 == q / 2);
+    for (; k + 3 <= q / 2; k += 4) PostQuad<Quad, A>(x, y, s, t, n, k, k + 3 == q / 2);
     for (; k <= q / 2; ++k) PostQuad<double>(x, y, s, t, n, k, k == q / 2);
   }
   x[n - q] = xq;
@@ -1605,6 +1651,7 @@ inline __attribute__((always_inline)) void PostProcessFused(int n, double* x, do
 // vector c holds elements 4c .. 4c+3; then the stages of spans 8 and 16
 // (RegisterStages). Run r's element i is z[4 rev3(i) + rev2(r)],
 // and rev2 takes 0, 1, 2, 3 to 0, 2, 1, 3.
+template <typename A = PlainAdds>
 inline __attribute__((always_inline)) void HalfTransformOf32(const double* x, double* y, const double* s,
                                                               const double* t) {
   static constexpr int kReversed[8] = {0, 4, 2, 6, 1, 5, 3, 7};
@@ -1617,7 +1664,7 @@ inline __attribute__((always_inline)) void HalfTransformOf32(const double* x, do
     a[i] = __builtin_shufflevector(lo, hi, 0, 4, 2, 6);
     b[i] = __builtin_shufflevector(lo, hi, 1, 5, 3, 7);
   }
-  StagesOfEight(a, b, s[8], t[8]);
+  StagesOfEight<Quad, double, A>(a, b, s[8], t[8]);
   Quad re[8], im[8], columns[4];
   for (int half = 0; half < 2; ++half) {
     Transpose4(a + 4 * half, columns);
@@ -1636,6 +1683,7 @@ inline __attribute__((always_inline)) void HalfTransformOf32(const double* x, do
 
 // The bit reversal of the fused path with the first three stages: z[k] read
 // from x, the real parts to y[0..N/2), the imaginary parts to y[N/2..N).
+template <typename A = PlainAdds>
 inline __attribute__((always_inline)) void FusedTiles(int h, const double* x, double* y, const double* s,
                                                       const double* t, int mHalf) {
   // Row (high, middle) of z is x[2 * row .. 2 * row + 16).
@@ -1659,7 +1707,7 @@ inline __attribute__((always_inline)) void FusedTiles(int h, const double* x, do
       imHigh[r] = __builtin_shufflevector(c, e, 1, 3, 5, 7);
     }
     const int to = reversedMiddle << 3;
-    TileOut<true>(re, reHigh, im, imHigh, y + to, y + h + to, rowStep, s1, t1);
+    TileOut<true, A>(re, reHigh, im, imHigh, y + to, y + h + to, rowStep, s1, t1);
     int bit = middleCount >> 1;
     while (reversedMiddle & bit) {
       reversedMiddle ^= bit;
@@ -1699,17 +1747,8 @@ __attribute__((target("avx512f,avx512vl"))) void RealTransformFusedMany(int n, d
 // blocks of 64, and each pass a function of its own, so that no pass's
 // registers are spilled for another's (inlined into one function, the
 // passes took a tenth longer).
-__attribute__((target("avx"), noinline)) void HalfTransformOf32Wide(const double* x, double* y, const double* s,
-                                                                    const double* t) {
-  HalfTransformOf32(x, y, s, t);
-}
-
-__attribute__((target("avx"), noinline)) void FusedTilesWide(int h, const double* x, double* y, const double* s,
-                                                             const double* t, int mHalf) {
-  FusedTiles(h, x, y, s, t, mHalf);
-}
-
-__attribute__((target("avx"), noinline)) void FusedStagesWide(int h, double* y, const double* s, const double* t) {
+template <typename A>
+inline __attribute__((always_inline)) void PairedStages(int h, double* y, const double* s, const double* t) {
   if (h == 64) {
     // Spans 8 and 16, then 32, with the twiddles read from the tables (of
     // N = 128 points), which costs less here than finding their layout:
@@ -1723,11 +1762,25 @@ __attribute__((target("avx"), noinline)) void FusedStagesWide(int h, double* y, 
       s16[k] = s[4 * k];
       t16[k] = t[4 * k];
     }
-    StagePairBody(y, y + h, s8, t8, s16, t16, 8, 0, h);
+    StagePairBody<A>(y, y + h, s8, t8, s16, t16, 8, 0, h);
     StageBody<Quad, 4>(y, y + h, s, t, 32, 2, 0, h);
     return;
   }
-  FFTCoreWith(y, y + h, s, t, h, 2, true, PairedColumnWideStages{});
+  FFTCoreWith(y, y + h, s, t, h, 2, true, PairedColumnWideStages<A>{});
+}
+
+__attribute__((target("avx"), noinline)) void HalfTransformOf32Wide(const double* x, double* y, const double* s,
+                                                                    const double* t) {
+  HalfTransformOf32(x, y, s, t);
+}
+
+__attribute__((target("avx"), noinline)) void FusedTilesWide(int h, const double* x, double* y, const double* s,
+                                                             const double* t, int mHalf) {
+  FusedTiles(h, x, y, s, t, mHalf);
+}
+
+__attribute__((target("avx"), noinline)) void FusedStagesWide(int h, double* y, const double* s, const double* t) {
+  PairedStages<PlainAdds>(h, y, s, t);
 }
 
 __attribute__((target("avx"), noinline)) void PostProcessWide(int n, double* x, double* y, const double* s,
@@ -1735,8 +1788,46 @@ __attribute__((target("avx"), noinline)) void PostProcessWide(int n, double* x, 
   PostProcessFused<false>(n, x, y, s, t);
 }
 
+// The same passes for processors with AVX2 and FMA, part of their sums on
+// the multiply-add units (FusedAdds), with the same bits. They are kept in
+// a section of their own, apart from the other kernels, whose timing moves
+// by a few per cent with where their loops fall.
+#define KELDO_FMA_KERNEL __attribute__((target("avx2,fma"), noinline, section(".text.keldo_fma")))
+KELDO_FMA_KERNEL void HalfTransformOf32Fma(const double* x, double* y, const double* s,
+                                                                        const double* t) {
+  HalfTransformOf32<FusedAdds>(x, y, s, t);
+}
+
+KELDO_FMA_KERNEL void FusedTilesFma(int h, const double* x, double* y, const double* s,
+                                                                 const double* t, int mHalf) {
+  FusedTiles<FusedAdds>(h, x, y, s, t, mHalf);
+}
+
+KELDO_FMA_KERNEL void FusedStagesFma(int h, double* y, const double* s,
+                                                                  const double* t) {
+  PairedStages<FusedAdds>(h, y, s, t);
+}
+
+KELDO_FMA_KERNEL void PostProcessFma(int n, double* x, double* y, const double* s,
+                                                                  const double* t) {
+  PostProcessFused<false, FusedAdds>(n, x, y, s, t);
+}
+
+#undef KELDO_FMA_KERNEL
+
 void RealTransformFused(int n, double* x, double* y, const double* s, const double* t, int mHalf) {
+  static const bool fma = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
   const int h = n / 2;
+  if (fma) {
+    if (mHalf == 5) {
+      HalfTransformOf32Fma(x, y, s, t);
+    } else {
+      FusedTilesFma(h, x, y, s, t, mHalf);
+      FusedStagesFma(h, y, s, t);
+    }
+    PostProcessFma(n, x, y, s, t);
+    return;
+  }
   if (mHalf == 5) {
     HalfTransformOf32Wide(x, y, s, t);
   } else {
