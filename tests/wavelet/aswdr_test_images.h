@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
 #include <random>
 #include <string>
 #include <vector>
@@ -79,6 +80,18 @@ inline std::string StreamBits(const std::vector<std::uint8_t>& file, std::size_t
   std::string out;
   for (std::size_t i = 0; i < bits; ++i) out += ((file[kAswdrHeadSize + i / 8] >> (7 - i % 8)) & 1) ? '1' : '0';
   return out;
+}
+
+// FNV-1a over bytes, chained through `hash`: a fingerprint of coded files
+// and planes, for tests that pin an output against later rewrites.
+inline std::uint64_t Fingerprint(const void* data, std::size_t size, std::uint64_t hash = 14695981039346656037ull) {
+  const auto* bytes = static_cast<const unsigned char*>(data);
+  for (std::size_t i = 0; i < size; ++i) hash = (hash ^ bytes[i]) * 1099511628211ull;
+  return hash;
+}
+
+inline std::uint64_t Fingerprint(const ImagePlane& plane, std::uint64_t hash) {
+  return Fingerprint(plane.v.data(), plane.v.size() * sizeof(float), hash);
 }
 
 }  // namespace keldo::wavelet::testing
