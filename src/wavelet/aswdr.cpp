@@ -1,5 +1,6 @@
 #include "wavelet/aswdr.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 
@@ -188,7 +189,12 @@ class ArithmeticReceiver {
 
 struct PassState {
   ImagePlane quant;
-  ScanOrder order;
+  std::vector<std::uint8_t> nonZero;  // by position: quant != 0
+  FlatScanOrder order;
+  // The positions the current significance walk passed over as significant
+  // already, in walk order: the refinement walk's candidates.
+  std::vector<std::int32_t> passedOver;
+  std::size_t passedOverCount = 0;
   double threshold = 1.0;
   int pass = 0;
   std::int64_t significant = 0;       // turned significant so far
@@ -196,12 +202,20 @@ struct PassState {
   std::int64_t refinedInPass = 0;     // refinement bits of the current pass
   bool stoppedByLoopTest = false;
   std::vector<std::string> report;
+
+  void SetQuant(std::int32_t p, double value) {
+    const float q = static_cast<float>(value);
+    quant.v[static_cast<std::size_t>(p)] = q;
+    nonZero[static_cast<std::size_t>(p)] = q != 0.0f ? 1 : 0;
+  }
 };
 
 PassState StartPasses(int width, int height, int levels, int exponent) {
   PassState s;
   s.quant = ImagePlane(width, height);
-  CreateScanOrder(s.order, levels, width, height);
+  s.nonZero.assign(s.quant.v.size(), 0);
+  s.passedOver.resize(s.quant.v.size());
+  s.order.Start(levels, width, height);
   s.threshold = std::ldexp(1.0, exponent);
   return s;
 }
@@ -226,25 +240,30 @@ void MoveAway(float& q, double step) { q = static_cast<float>(q < 0.0f ? q - ste
 
 double Magnitude(float v) { return std::fabs(static_cast<double>(v)); }
 
-// The end of a pass for both sides; true when the passes go on.
-bool EndPass(PassState& s, int levels, int waveletIndex, const char* verb, std::int64_t bitsUsed) {
+// The end of a pass for both sides; true when the passes go on. Every
+// non-zero value is at least the pass's threshold here, so the rebuild's
+// first kind is the non-zero parents.
+bool EndPass(PassState& s, int waveletIndex, const char* verb, std::int64_t bitsUsed) {
   s.formerSignificant = s.significant;
   ReportData(s, verb, bitsUsed);
-  CreateNewScanOrder(s.order, levels, s.quant, s.threshold);
+  s.order.Rebuild(s.quant, s.nonZero, s.threshold);
   s.stoppedByLoopTest = LoopTest(waveletIndex, s.pass, s.threshold);
   return !s.stoppedByLoopTest;
 }
 
 // The refinement walk, shared by both sides through `bitFor`, which sends or
-// reads the bit of a value and says whether it moves. The walk leaves once
-// it has seen the values significant before the pass. False when the budget
-// stopped it.
+// reads the bit of a value and says whether it moves. It visits the values
+// with |quant| >= the former threshold in walk order, and leaves once it has
+// seen as many as were significant before the pass. Those values are all
+// among the positions the significance walk passed over (they were non-zero,
+// and at least the former threshold, before it), so the walk goes through
+// that list, in the same order. False when the budget stopped it.
 template <typename Channel, typename BitFor>
 bool RefinementPass(PassState& s, double formerThreshold, std::int32_t budget, Channel& ch, BitFor bitFor) {
-  std::int32_t p = 0;
   std::int64_t seen = 0;
-  const std::size_t n = s.quant.v.size();
-  for (std::size_t i = 0; i < n && seen < s.formerSignificant; ++i, p = s.order.next[static_cast<std::size_t>(p)]) {
+  const std::int32_t* candidates = s.passedOver.data();
+  for (std::size_t i = 0; i < s.passedOverCount && seen < s.formerSignificant; ++i) {
+    const std::int32_t p = candidates[i];
     float& q = s.quant.v[static_cast<std::size_t>(p)];
     if (Magnitude(q) < formerThreshold) continue;
     ++seen;
@@ -255,33 +274,69 @@ bool RefinementPass(PassState& s, double formerThreshold, std::int32_t budget, C
   return true;
 }
 
+// The pass in which each coefficient turns significant, for a start
+// threshold of 2^exponent: with |c| = m 2^f (1 <= m < 2), pass k has
+// 2^(exponent-k) <= |c| < 2^(exponent-k+1) exactly when k = exponent - f, so
+// before pass k the coefficient is significant already when that number is
+// below k and stays below the threshold when it is above. 0 for |c| at or
+// above the start (never coded), kNeverSignificant for 0 and
+// kAlwaysSignificant for a NaN, which no comparison holds back.
+constexpr std::uint16_t kNeverSignificant = 0xFFFE;
+constexpr std::uint16_t kAlwaysSignificant = 0xFFFF;
+
+std::vector<std::uint16_t> SignificancePasses(const ImagePlane& c, int exponent) {
+  std::vector<std::uint16_t> passes(c.v.size());
+  for (std::size_t i = 0; i < c.v.size(); ++i) {
+    const double a = Magnitude(c.v[i]);
+    if (std::isnan(a)) {
+      passes[i] = kAlwaysSignificant;
+    } else if (a == 0.0) {
+      passes[i] = kNeverSignificant;
+    } else {
+      const std::int64_t k = static_cast<std::int64_t>(exponent) - std::ilogb(a);
+      passes[i] = static_cast<std::uint16_t>(std::clamp<std::int64_t>(k, 0, kNeverSignificant - 1));
+    }
+  }
+  return passes;
+}
+
 template <typename Sender>
-void EncodePasses(const ImagePlane& c, int levels, int waveletIndex, std::int32_t budget, Sender& ch, PassState& s) {
-  const std::size_t n = c.v.size();
+void EncodePasses(const ImagePlane& c, int exponent, int waveletIndex, std::int32_t budget, Sender& ch, PassState& s) {
+  const std::vector<std::uint16_t> significantIn = SignificancePasses(c, exponent);
   for (s.pass = 1;; ++s.pass) {
     const double former = s.threshold;
     s.threshold /= 2.0;
     const double t = s.threshold;
     s.refinedInPass = 0;
+    // The budget can only stand reached before the first bit of a pass.
+    const bool stopWhenInsignificant = Sender::kTestAfterInsignificant && ch.Used() >= budget;
+    const auto k = static_cast<std::uint16_t>(std::min(s.pass, int{kNeverSignificant} - 1));
+    const std::vector<std::int32_t>& positions = s.order.Positions();
+    const std::size_t n = positions.size();
+    std::int32_t* passedOver = s.passedOver.data();
+    std::size_t passed = 0;
     std::int64_t run = 1;
-    std::int32_t p = 0;
-    for (std::size_t i = 0; i < n; ++i, p = s.order.next[static_cast<std::size_t>(p)]) {
-      const float value = c.v[static_cast<std::size_t>(p)];
-      const double a = Magnitude(value);
-      if (a >= former) continue;  // significant already
-      if (a < t) {
+    for (std::size_t i = 0; i < n; ++i) {
+      const std::int32_t p = positions[i];
+      const std::uint16_t when = significantIn[static_cast<std::size_t>(p)];
+      if (when < k) {  // significant already
+        passedOver[passed++] = p;
+        continue;
+      }
+      if (when > k && when != kAlwaysSignificant) {
         ++run;
-        if (Sender::kTestAfterInsignificant && ch.Used() >= budget) return;
+        if (stopWhenInsignificant) return;
         continue;
       }
       ch.Run(run);
       run = 1;
-      const bool negative = value < 0.0f;
-      s.quant.v[static_cast<std::size_t>(p)] = static_cast<float>(negative ? -t : t);
+      const bool negative = c.v[static_cast<std::size_t>(p)] < 0.0f;
+      s.SetQuant(p, negative ? -t : t);
       ch.Sign(negative);
       ++s.significant;
       if (ch.Used() >= budget) return;
     }
+    s.passedOverCount = passed;
     ch.Run(run + 1);
     if (ch.Used() >= budget) return;
     const bool onBudget = RefinementPass(s, former, budget, ch, [&](std::int32_t at, float q) {
@@ -289,13 +344,12 @@ void EncodePasses(const ImagePlane& c, int levels, int waveletIndex, std::int32_
       ch.Refine(moved);
       return moved;
     });
-    if (!onBudget || !EndPass(s, levels, waveletIndex, "encoded", ch.Used())) return;
+    if (!onBudget || !EndPass(s, waveletIndex, "encoded", ch.Used())) return;
   }
 }
 
 template <typename Receiver>
-void DecodePasses(int levels, int waveletIndex, std::int32_t budget, Receiver& ch, PassState& s) {
-  const std::size_t n = s.quant.v.size();
+void DecodePasses(int waveletIndex, std::int32_t budget, Receiver& ch, PassState& s) {
   for (s.pass = 1;; ++s.pass) {
     const double former = s.threshold;
     s.threshold /= 2.0;
@@ -303,25 +357,33 @@ void DecodePasses(int levels, int waveletIndex, std::int32_t budget, Receiver& c
     s.refinedInPass = 0;
     std::optional<std::int64_t> runValue = ch.Run();
     if (!runValue) return;
+    const std::vector<std::int32_t>& positions = s.order.Positions();
+    const std::size_t n = positions.size();
+    const std::uint8_t* nonZero = s.nonZero.data();
+    std::int32_t* passedOver = s.passedOver.data();
+    std::size_t passed = 0;
     std::int64_t counter = 1;
-    std::int32_t p = 0;
-    for (std::size_t i = 0; i < n; ++i, p = s.order.next[static_cast<std::size_t>(p)]) {
-      float& q = s.quant.v[static_cast<std::size_t>(p)];
-      if (q != 0.0f) continue;
+    for (std::size_t i = 0; i < n; ++i) {
+      const std::int32_t p = positions[i];
+      if (nonZero[p]) {
+        passedOver[passed++] = p;
+        continue;
+      }
       if (counter != *runValue) {
         ++counter;
         continue;
       }
-      q = static_cast<float>(ch.Sign() ? -t : t);
+      s.SetQuant(p, ch.Sign() ? -t : t);
       ++s.significant;
       counter = 1;
       if (ch.Used() >= budget) return;
       runValue = ch.Run();
       if (!runValue) return;
     }
+    s.passedOverCount = passed;
     if (ch.Used() >= budget) return;
     const bool onBudget = RefinementPass(s, former, budget, ch, [&](std::int32_t, float) { return ch.Refine(); });
-    if (!onBudget || !EndPass(s, levels, waveletIndex, "decoded", ch.Used())) return;
+    if (!onBudget || !EndPass(s, waveletIndex, "decoded", ch.Used())) return;
   }
 }
 
@@ -331,7 +393,7 @@ AswdrEncoded RunEncoder(const ImagePlane& transform, const AswdrHead& head, Send
   AswdrHead written = head;
   written.exponent = start.exponent;
   PassState s = StartPasses(transform.width, transform.height, head.levels, start.exponent);
-  EncodePasses(transform, head.levels, head.waveletIndex, head.budget, ch, s);
+  EncodePasses(transform, start.exponent, head.waveletIndex, head.budget, ch, s);
   AswdrEncoded out;
   out.bitsUsed = ch.Used();
   out.file = WriteAswdrHead(written);
@@ -349,12 +411,12 @@ void RunDecoder(AswdrDecoded& out, std::int32_t budget, Receiver ch) {
   const AswdrHead& h = out.head;
   PassState s = StartPasses(h.width, h.height, h.levels, h.exponent);
   s.report = std::move(out.report);
-  DecodePasses(h.levels, h.waveletIndex, budget, ch, s);
+  DecodePasses(h.waveletIndex, budget, ch, s);
   out.bitsUsed = ch.Used();
   out.passes = s.pass;
   out.quantBeforeRefinement = s.quant;
   out.lastRefinement = !s.stoppedByLoopTest || h.waveletIndex == 1;
-  if (out.lastRefinement) LastRefinement(s.quant, s.order, s.threshold, s.refinedInPass);
+  if (out.lastRefinement) LastRefinement(s.quant, s.order.Positions(), s.threshold, s.refinedInPass);
   out.quant = std::move(s.quant);
   out.report = std::move(s.report);
 }
@@ -425,10 +487,19 @@ std::optional<AswdrDecoded> DecompressAswdr(const std::vector<std::uint8_t>& fil
 }
 
 void LastRefinement(ImagePlane& quant, const ScanOrder& order, double threshold, std::int64_t refinedInLastPass) {
-  std::int64_t counter = 0;
+  std::vector<std::int32_t> positions(quant.v.size());
   std::int32_t p = 0;
-  const std::size_t n = quant.v.size();
-  for (std::size_t i = 0; i < n; ++i, p = order.next[static_cast<std::size_t>(p)]) {
+  for (std::int32_t& at : positions) {
+    at = p;
+    p = order.next[static_cast<std::size_t>(p)];
+  }
+  LastRefinement(quant, positions, threshold, refinedInLastPass);
+}
+
+void LastRefinement(ImagePlane& quant, const std::vector<std::int32_t>& positions, double threshold,
+                    std::int64_t refinedInLastPass) {
+  std::int64_t counter = 0;
+  for (const std::int32_t p : positions) {
     float& v = quant.v[static_cast<std::size_t>(p)];
     const double a = Magnitude(v);
     if (a >= 2.0 * threshold) {

@@ -114,5 +114,8 @@ std::optional<AswdrDecoded> DecompressAswdr(const std::vector<std::uint8_t>& fil
 // the first `refinedInLastPass` such values, T otherwise; one with
 // T <= |v| < 2T moves T/2; smaller ones stay.
 void LastRefinement(ImagePlane& quant, const ScanOrder& order, double threshold, std::int64_t refinedInLastPass);
+// The same on the positions of a flat order, in their order.
+void LastRefinement(ImagePlane& quant, const std::vector<std::int32_t>& positions, double threshold,
+                    std::int64_t refinedInLastPass);
 
 }  // namespace keldo::wavelet

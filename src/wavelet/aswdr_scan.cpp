@@ -161,6 +161,108 @@ void CreateNewScanOrder(ScanOrder& order, int levels, const ImagePlane& quant, d
   }
 }
 
+void FlatScanOrder::Start(int levels, int width, int height) {
+  levels_ = levels;
+  width_ = width;
+  height_ = height;
+  CreateScanOrder(linked_, levels, width, height);
+  Flatten();
+  regular_ = CheckLevelByLevel();
+}
+
+void FlatScanOrder::Flatten() {
+  const std::size_t n = linked_.next.size();
+  positions_.resize(n);
+  std::int32_t p = 0;
+  for (std::size_t i = 0; i < n; ++i, p = linked_.next[static_cast<std::size_t>(p)]) positions_[i] = p;
+}
+
+// True when the walk is a permutation that gives the trend first and then
+// each level's three blocks, the coarsest first, the first level's list
+// starting at (0, BH) where CreateNewScanOrder starts it, and every level
+// below the coarsest rebuilt by it; band_ then holds each position's block.
+bool FlatScanOrder::CheckLevelByLevel() {
+  const std::size_t n = positions_.size();
+  if (n == 0 || levels_ < 1) return false;
+  const int bw = std::max(width_ >> levels_, 1), bh = std::max(height_ >> levels_, 1);
+  if (static_cast<std::int64_t>(bw) << levels_ != width_ || static_cast<std::int64_t>(bh) << levels_ != height_)
+    return false;
+  band_.assign(n, 0);
+  std::vector<std::uint8_t> seen(n, 0);
+  // The block of (x, y) at the level whose corner edges are (edgeX, edgeY);
+  // 0 outside that level, 4 in the trend.
+  const auto blockOf = [&](int x, int y, int edgeX, int edgeY) -> std::uint8_t {
+    if (x >= 2 * edgeX || y >= 2 * edgeY) return 0;
+    if (x < edgeX) return y < edgeY ? 0 : 2;
+    return y < edgeY ? 1 : 3;
+  };
+  std::size_t at = 0;
+  for (; at < static_cast<std::size_t>(bw) * static_cast<std::size_t>(bh); ++at) {
+    const std::int32_t p = positions_[at];
+    if (p % width_ >= bw || p / width_ >= bh || seen[static_cast<std::size_t>(p)]) return false;
+    seen[static_cast<std::size_t>(p)] = 1;
+  }
+  if (positions_[at] != bh * width_) return false;
+  int edgeX = bw, edgeY = bh;
+  for (int level = 1; level <= levels_; ++level) {
+    if (level < levels_ && (4 * edgeX > width_ || 4 * edgeY > height_)) return false;
+    const std::size_t end = at + 3 * static_cast<std::size_t>(edgeX) * static_cast<std::size_t>(edgeY);
+    for (; at < end; ++at) {
+      const std::int32_t p = positions_[at];
+      const std::uint8_t block = blockOf(p % width_, p / width_, edgeX, edgeY);
+      if (block == 0 || seen[static_cast<std::size_t>(p)]) return false;
+      seen[static_cast<std::size_t>(p)] = 1;
+      band_[static_cast<std::size_t>(p)] = block;
+    }
+    edgeX *= 2;
+    edgeY *= 2;
+  }
+  return at == n;
+}
+
+void FlatScanOrder::Rebuild(const ImagePlane& quant, const std::vector<std::uint8_t>& nonZero, double threshold) {
+  if (!regular_) {
+    CreateNewScanOrder(linked_, levels_, quant, threshold);
+    Flatten();
+    return;
+  }
+  const int bw = width_ >> levels_, bh = height_ >> levels_;
+  std::size_t start = static_cast<std::size_t>(bw) * static_cast<std::size_t>(bh);
+  std::size_t count = 3 * start;
+  for (int level = 1; level < levels_; ++level, start += count, count *= 4)
+    RebuildLevel(start, count, nonZero.data());
+}
+
+// The children of the level list positions_[start, start + count) into the
+// next `4 * count` places, in AssignNewScanValues' order by block: those of
+// non-zero parents, then of zero parents with a non-zero child, then the
+// rest, each kind in the list's order. The child (2x, 2y) of position p is
+// position 2p.
+void FlatScanOrder::RebuildLevel(std::size_t start, std::size_t count, const std::uint8_t* nonZero) {
+  const std::int32_t w = width_;
+  const std::int32_t offsets[4][4] = {{0, 0, 0, 0}, {0, w, w + 1, 1}, {0, 1, w + 1, w}, {0, 1, w, w + 1}};
+  second_.resize(4 * count);
+  third_.resize(4 * count);
+  std::int32_t* const first = positions_.data() + start + count;
+  std::int32_t* out[3] = {first, second_.data(), third_.data()};
+  const std::int32_t* parents = positions_.data() + start;
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::int32_t p = parents[i];
+    const std::int32_t c = 2 * p;
+    const int anyChild = nonZero[c] | nonZero[c + 1] | nonZero[c + w] | nonZero[c + w + 1];
+    const int kind = nonZero[p] ? 0 : 2 - anyChild;
+    const std::int32_t* o = offsets[band_[static_cast<std::size_t>(p)]];
+    std::int32_t* d = out[kind];
+    d[0] = c + o[0];
+    d[1] = c + o[1];
+    d[2] = c + o[2];
+    d[3] = c + o[3];
+    out[kind] = d + 4;
+  }
+  std::int32_t* end = std::copy(second_.data(), out[1], out[0]);
+  std::copy(third_.data(), out[2], end);
+}
+
 StartThreshold GetThreshold(const ImagePlane& transform) {
   double largest = 0.0;
   for (float v : transform.v) largest = std::max(largest, std::fabs(static_cast<double>(v)));

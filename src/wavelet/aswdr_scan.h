@@ -49,6 +49,39 @@ void CreateScanOrder(ScanOrder& order, int levels, int width, int height);
 // left pair first; lower: along the top pair first; diagonal: row by row).
 void CreateNewScanOrder(ScanOrder& order, int levels, const ImagePlane& quant, double threshold);
 
+// The order a coder walks, held flat: Positions() are the width * height
+// positions a walk along next[] from (0, 0) visits, in that order. On a
+// plane whose initial order visits every position once, level by level (the
+// trend, then each level's three blocks, the coarsest first), Rebuild makes
+// the new order from the flat form itself: each level's children are placed
+// by one walk over its parents, which sorts them into the three kinds of
+// CreateNewScanOrder, and the lists follow one another as the links would
+// chain them. On any other plane the linked order is kept and rebuilt by
+// CreateNewScanOrder, and walked again into the flat form.
+class FlatScanOrder {
+ public:
+  // CreateScanOrder's order of a width by height plane of `levels` levels.
+  void Start(int levels, int width, int height);
+  // CreateNewScanOrder after a pass of threshold `threshold`. `nonZero`
+  // holds, by position, whether quant is non-zero; every non-zero value has
+  // |quant| >= threshold, so the first kind is the non-zero parents.
+  void Rebuild(const ImagePlane& quant, const std::vector<std::uint8_t>& nonZero, double threshold);
+  const std::vector<std::int32_t>& Positions() const { return positions_; }
+  bool Regular() const { return regular_; }
+
+ private:
+  void Flatten();
+  bool CheckLevelByLevel();
+  void RebuildLevel(std::size_t start, std::size_t count, const std::uint8_t* nonZero);
+
+  int levels_ = 0, width_ = 0, height_ = 0;
+  bool regular_ = false;
+  ScanOrder linked_;                      // the order itself, on a plane that is not regular
+  std::vector<std::int32_t> positions_;   // the walk
+  std::vector<std::uint8_t> band_;        // by position: 1 upper, 2 lower, 3 diagonal, 0 trend
+  std::vector<std::int32_t> second_, third_;  // the rebuild's lists of the second and third kinds
+};
+
 // The starting threshold: M the largest |value|, E = round(log2 M); 2^E when
 // log2 M <= E, otherwise 2^(E+1). A maximum that is a power of two is itself
 // the threshold. E is held to 0..255 (the byte of the file head), so an
