@@ -106,6 +106,7 @@ void ImageProcessorForm::BindCommands() {
   OnMenu("mnuCompress", [this](int) { ChooseCommand(kCommandCompress); });
   OnMenu("mnuDecompress", [this](int) { ChooseCommand(kCommandDecompress); });
   OnButton("cmdBegin", [this](int) { RunPaced([this] { Begin(); }); });
+  OnMenu("mnuHelp", [this](int) { context_.GetHelp("ImageCompressor.HLP", ""); });
 }
 
 // ------------------------------------------------------------------ images

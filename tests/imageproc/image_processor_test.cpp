@@ -139,6 +139,10 @@ TEST(ImageProcessor, ItOpensWithTheCompressCommandAndTheTransformItemHidden) {
   ASSERT_TRUE(f.controls().SetFromUser("cmbWavelet", "DD 2+2,2 Integer"));
   f.ControlChanged("cmbWavelet");
   EXPECT_EQ(f.WaveletIndex(), 3);
+  // Help opens the image processor's page.
+  f.RunMenu("mnuHelp");
+  EXPECT_TRUE(t.lines.empty());
+  EXPECT_NE(t.platform.help.LastPage().find("imageproc.md"), std::string::npos) << t.platform.help.LastPage();
 }
 
 TEST(ImageProcessor, GetImageLoadsAPgmAndTheDumpShowsItRowByY) {
