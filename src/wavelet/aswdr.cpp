@@ -316,16 +316,18 @@ void EncodePasses(const ImagePlane& c, int exponent, int waveletIndex, std::int3
     std::int32_t* passedOver = s.passedOver.data();
     std::size_t passed = 0;
     std::int64_t run = 1;
+    const std::uint16_t* when = significantIn.data();
     for (std::size_t i = 0; i < n; ++i) {
       const std::int32_t p = positions[i];
-      const std::uint16_t when = significantIn[static_cast<std::size_t>(p)];
-      if (when < k) {  // significant already
-        passedOver[passed++] = p;
-        continue;
-      }
-      if (when > k && when != kAlwaysSignificant) {
-        ++run;
-        if (stopWhenInsignificant) return;
+      const std::uint16_t w = when[p];
+      // Significant already (w < k): a candidate for refinement. Below the
+      // threshold (w > k): the run grows. Either without a branch.
+      const bool turns = w == k || w == kAlwaysSignificant;
+      passedOver[passed] = p;
+      passed += w < k ? 1 : 0;
+      run += w > k && !turns ? 1 : 0;
+      if (!turns) {
+        if (stopWhenInsignificant && w > k) return;
         continue;
       }
       ch.Run(run);
@@ -363,14 +365,17 @@ void DecodePasses(int waveletIndex, std::int32_t budget, Receiver& ch, PassState
     std::int32_t* passedOver = s.passedOver.data();
     std::size_t passed = 0;
     std::int64_t counter = 1;
+    std::int64_t target = *runValue;
     for (std::size_t i = 0; i < n; ++i) {
       const std::int32_t p = positions[i];
-      if (nonZero[p]) {
-        passedOver[passed++] = p;
-        continue;
-      }
-      if (counter != *runValue) {
-        ++counter;
+      // A non-zero value is passed over as a candidate for refinement; a
+      // zero one counts, and turns significant when the count reaches the
+      // run. Without a branch but for the last.
+      const int zero = nonZero[p] ^ 1;
+      passedOver[passed] = p;
+      passed += static_cast<std::size_t>(zero ^ 1);
+      if (zero == 0 || counter != target) {
+        counter += zero;
         continue;
       }
       s.SetQuant(p, ch.Sign() ? -t : t);
@@ -379,6 +384,7 @@ void DecodePasses(int waveletIndex, std::int32_t budget, Receiver& ch, PassState
       if (ch.Used() >= budget) return;
       runValue = ch.Run();
       if (!runValue) return;
+      target = *runValue;
     }
     s.passedOverCount = passed;
     if (ch.Used() >= budget) return;

@@ -180,42 +180,41 @@ void FlatScanOrder::Flatten() {
 // True when the walk is a permutation that gives the trend first and then
 // each level's three blocks, the coarsest first, the first level's list
 // starting at (0, BH) where CreateNewScanOrder starts it, and every level
-// below the coarsest rebuilt by it; band_ then holds each position's block.
+// below the coarsest rebuilt by it. band_ holds, by position, 4 * level +
+// block (block 1 upper, 2 lower, 3 diagonal; the trend 0), marked by
+// kVisited while the walk is checked.
 bool FlatScanOrder::CheckLevelByLevel() {
+  constexpr std::uint8_t kVisited = 0x80;
   const std::size_t n = positions_.size();
-  if (n == 0 || levels_ < 1) return false;
+  if (n == 0 || levels_ < 1 || levels_ > 25) return false;
   const int bw = std::max(width_ >> levels_, 1), bh = std::max(height_ >> levels_, 1);
   if (static_cast<std::int64_t>(bw) << levels_ != width_ || static_cast<std::int64_t>(bh) << levels_ != height_)
     return false;
   band_.assign(n, 0);
-  std::vector<std::uint8_t> seen(n, 0);
-  // The block of (x, y) at the level whose corner edges are (edgeX, edgeY);
-  // 0 outside that level, 4 in the trend.
-  const auto blockOf = [&](int x, int y, int edgeX, int edgeY) -> std::uint8_t {
-    if (x >= 2 * edgeX || y >= 2 * edgeY) return 0;
-    if (x < edgeX) return y < edgeY ? 0 : 2;
-    return y < edgeY ? 1 : 3;
-  };
-  std::size_t at = 0;
-  for (; at < static_cast<std::size_t>(bw) * static_cast<std::size_t>(bh); ++at) {
-    const std::int32_t p = positions_[at];
-    if (p % width_ >= bw || p / width_ >= bh || seen[static_cast<std::size_t>(p)]) return false;
-    seen[static_cast<std::size_t>(p)] = 1;
-  }
-  if (positions_[at] != bh * width_) return false;
-  int edgeX = bw, edgeY = bh;
-  for (int level = 1; level <= levels_; ++level) {
+  for (int level = 1, edgeX = bw, edgeY = bh; level <= levels_; ++level, edgeX *= 2, edgeY *= 2) {
     if (level < levels_ && (4 * edgeX > width_ || 4 * edgeY > height_)) return false;
-    const std::size_t end = at + 3 * static_cast<std::size_t>(edgeX) * static_cast<std::size_t>(edgeY);
-    for (; at < end; ++at) {
-      const std::int32_t p = positions_[at];
-      const std::uint8_t block = blockOf(p % width_, p / width_, edgeX, edgeY);
-      if (block == 0 || seen[static_cast<std::size_t>(p)]) return false;
-      seen[static_cast<std::size_t>(p)] = 1;
-      band_[static_cast<std::size_t>(p)] = block;
+    for (int y = 0; y < 2 * edgeY; ++y) {
+      std::uint8_t* row = band_.data() + static_cast<std::size_t>(y) * static_cast<std::size_t>(width_);
+      const auto code = [&](int block) { return static_cast<std::uint8_t>(4 * level + block); };
+      if (y < edgeY) {
+        std::fill(row + edgeX, row + 2 * edgeX, code(1));
+      } else {
+        std::fill(row, row + edgeX, code(2));
+        std::fill(row + edgeX, row + 2 * edgeX, code(3));
+      }
     }
-    edgeX *= 2;
-    edgeY *= 2;
+  }
+  // Each place of the walk wants the level (0 the trend) of its segment.
+  if (positions_[static_cast<std::size_t>(bw) * static_cast<std::size_t>(bh)] != bh * width_) return false;
+  std::size_t at = 0, blockArea = static_cast<std::size_t>(bw) * static_cast<std::size_t>(bh);
+  for (int level = 0; level <= levels_; ++level) {
+    const std::size_t end = at + (level == 0 ? blockArea : 3 * blockArea);
+    for (; at < end; ++at) {
+      std::uint8_t& code = band_[static_cast<std::size_t>(positions_[at])];
+      if ((code & kVisited) != 0 || code / 4 != level) return false;
+      code |= kVisited;
+    }
+    if (level > 0) blockArea *= 4;
   }
   return at == n;
 }
@@ -251,7 +250,7 @@ void FlatScanOrder::RebuildLevel(std::size_t start, std::size_t count, const std
     const std::int32_t c = 2 * p;
     const int anyChild = nonZero[c] | nonZero[c + 1] | nonZero[c + w] | nonZero[c + w + 1];
     const int kind = nonZero[p] ? 0 : 2 - anyChild;
-    const std::int32_t* o = offsets[band_[static_cast<std::size_t>(p)]];
+    const std::int32_t* o = offsets[band_[static_cast<std::size_t>(p)] & 3];
     std::int32_t* d = out[kind];
     d[0] = c + o[0];
     d[1] = c + o[1];

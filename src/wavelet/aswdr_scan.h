@@ -78,7 +78,7 @@ class FlatScanOrder {
   bool regular_ = false;
   ScanOrder linked_;                      // the order itself, on a plane that is not regular
   std::vector<std::int32_t> positions_;   // the walk
-  std::vector<std::uint8_t> band_;        // by position: 1 upper, 2 lower, 3 diagonal, 0 trend
+  std::vector<std::uint8_t> band_;        // by position: the block in the low two bits (1 upper, 2 lower, 3 diagonal)
   std::vector<std::int32_t> second_, third_;  // the rebuild's lists of the second and third kinds
 };
 

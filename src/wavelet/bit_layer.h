@@ -19,9 +19,21 @@ class BitWriter {
   explicit BitWriter(std::int64_t bitsUsed) : bitsUsed_(bitsUsed) {}
   // BitsToGo -= 1; a 1 adds 2^BitsToGo to the byte; at 0 the byte is stored
   // and a new one begun.
-  void TransmitBit(int bit);
+  void TransmitBit(int bit) {
+    --bitsToGo_;
+    buffer_ |= (bit != 0 ? 1 : 0) << bitsToGo_;
+    if (bitsToGo_ == 0) {
+      bytes_.push_back(static_cast<std::uint8_t>(buffer_));
+      bitsToGo_ = 8;
+      buffer_ = 0;
+    }
+    ++bitsUsed_;
+  }
   // A 0, then the bit.
-  void TransmitDbl(int bit);
+  void TransmitDbl(int bit) {
+    TransmitBit(0);
+    TransmitBit(bit);
+  }
   // Stores the partly filled byte, its low bits zero, when any bit stands
   // in it.
   void FlushPartialByte();
@@ -46,12 +58,19 @@ class BitReader {
       : data_(data), next_(offset), bitsUsed_(bitsUsed) {}
   // At BitsToGo 0 the next byte is taken; BitsToGo -= 1; the bit is 1 when
   // the byte holds at least 2^BitsToGo, which is then taken off.
-  int GetBit();
+  int GetBit() {
+    if (bitsToGo_ == 0) NextByte();
+    --bitsToGo_;
+    ++bitsUsed_;
+    if (pastEnd_) ++bitsPastEnd_;
+    return (buffer_ >> bitsToGo_) & 1;
+  }
 
   std::int64_t BitsUsed() const { return bitsUsed_; }
   std::int64_t BitsPastEnd() const { return bitsPastEnd_; }
 
  private:
+  void NextByte();
   const std::vector<std::uint8_t>& data_;
   std::size_t next_;
   int buffer_ = 0;
