@@ -194,15 +194,17 @@ void ImageProcessorForm::CopyImage(bool right) {
     return;
   }
   // The two-dimensional form holds a square grid of (N+1) by (N+1) samples,
-  // N a power of two: the picture goes into the smallest that holds it, its
-  // top left corner at sample (0, 0), black around it.
+  // N a power of two, and draws its row 0 at the bottom: the picture goes
+  // into the smallest grid that holds it, upright in its bottom left
+  // corner (its last line in row 0), black around it.
   int points = 64;
   while (points < std::max(source.originalWidth, source.originalHeight) && points < 2048) points *= 2;
   const auto stride = static_cast<std::size_t>(points) + 1;
   std::vector<float> samples(stride * stride, 0.0f);
-  for (int x = 0; x < std::min(source.originalWidth, points + 1); ++x)
+  const int rows = std::min(source.originalWidth, points + 1);
+  for (int x = 0; x < rows; ++x)
     for (int y = 0; y < std::min(source.originalHeight, points + 1); ++y)
-      samples[static_cast<std::size_t>(x) * stride + static_cast<std::size_t>(y)] = source.At(x, y);
+      samples[static_cast<std::size_t>(rows - 1 - x) * stride + static_cast<std::size_t>(y)] = source.At(x, y);
   ImageReceiver* form = NewFormFor<ImageReceiver>(context_, FormKind::Graph2);
   if (!form) return;
   form->DisplayImage(points, samples.data(), stride, 0.0f, static_cast<float>(points), 1.0f);

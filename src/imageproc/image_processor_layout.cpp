@@ -11,7 +11,7 @@ using F = LayoutNode;
 FormLayout MakeLayout() {
   FormLayout l;
   l.sideBox = {
-      {0, Rows({Group("Transform", Column({Item("OpTransform(0)"), Item("OpTransform(1)")})),
+      {0, Rows({Item("OpTransform(0)"), Item("OpTransform(1)"),
                 Field("Levels:", "txtLevels"), Field("Wavelet:", "cmbWavelet"), Field("Bit rate (bpp):", "txtBitRate"),
                 Group("Coder", Column({Item("OpEntropyCode(0)"), Item("OpEntropyCode(1)"), Item("OpEntropyCode(2)"),
                                        Item("OpEntropyCode(3)")})),

@@ -11,6 +11,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSignalBlocker>
 #include <QVBoxLayout>
 #include <utility>
 
@@ -87,8 +88,15 @@ QWidget* PanelBuilder::MakeWidget(const LayoutNode& node, QWidget* owner) {
           form_.controls().SetText(name, edit->toPlainText().toStdString());
         });
         Bind(name, edit, [edit, common](const Control& c) {
-          const QString text = Q(c.text);
-          if (edit->toPlainText() != text) edit->setPlainText(text);
+          // The box shows line ends as "\n"; the model's own text, "\r\n"
+          // ends included, stays as the form wrote it: showing it is not an
+          // edit.
+          QString text = Q(c.text);
+          text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+          if (edit->toPlainText() != text) {
+            const QSignalBlocker quiet(edit);
+            edit->setPlainText(text);
+          }
           common(edit, c);
         });
         widget = edit;

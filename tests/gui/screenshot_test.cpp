@@ -4,6 +4,7 @@
 #include <QLineEdit>
 #include <QImage>
 #include <QMdiArea>
+#include <QPlainTextEdit>
 #include <QScreen>
 #include <QSet>
 #include <QtTest>
@@ -70,6 +71,29 @@ class ScreenshotTest : public QObject {
   // A 2-D form typed into as a person would: a formula plotted with Enter,
   // then the small and the large view in each colour method, photographed,
   // and the photographed picture compared with the colours of the graph.
+  // A multi-line box shows the form's "\r\n" line ends as lines, and
+  // showing them leaves the form's text as it was.
+  void multiLineBoxesLeaveTheirTextAlone() {
+    if (qEnvironmentVariableIsEmpty("DISPLAY")) QSKIP("no X display: run under xvfb-run");
+    keldo::qt::QtPlatform platform(KELDO_SOURCE_DIR "/docs");
+    keldo::Frame frame(platform.services(), KELDO_SOURCE_DIR);
+    keldo::InstallFormKinds(frame);
+    keldo::qt::MainWindow window(frame);
+    window.resize(1000, 720);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    frame.RunMenu("mnuNewImageProcessor");
+    keldo::Form* form = frame.Current();
+    QVERIFY(form);
+    const std::string text = "Image: one\r\nSize: 2 x 2\r\n";
+    form->controls().SetText("Report", text);
+    auto* box = window.findChild<QPlainTextEdit*>("Report");
+    QVERIFY(box);
+    QTRY_COMPARE(box->toPlainText(), QString("Image: one\nSize: 2 x 2\n"));
+    QTest::qWait(120);
+    QCOMPARE(form->controls().Text("Report"), text);
+  }
+
   void twoDimensionalViews() {
     if (qEnvironmentVariableIsEmpty("DISPLAY")) QSKIP("no X display: run under xvfb-run");
     keldo::qt::QtPlatform platform(KELDO_SOURCE_DIR "/docs");

@@ -209,12 +209,13 @@ TEST(ImageProcessor, TheLeftImageCopiesToANewTwoDimensionalForm) {
   ASSERT_EQ(g->Points(), 64);
   const float* samples = g->GraphValues(0);
   const std::size_t stride = g->RowStride();
-  // Row x of the grid is row x of the picture; black beyond it.
-  for (int x = 0; x <= 64; ++x)
+  // The grid's row 0 is drawn at the bottom: the picture's line x is row
+  // 19 - x, upright in the bottom left corner; black beyond it.
+  for (int row = 0; row <= 64; ++row)
     for (int y = 0; y <= 64; ++y)
-      ASSERT_EQ(samples[static_cast<std::size_t>(x) * stride + static_cast<std::size_t>(y)],
-                x < 20 && y < 40 ? f.Image().At(x, y) : 0)
-          << x << " " << y;
+      ASSERT_EQ(samples[static_cast<std::size_t>(row) * stride + static_cast<std::size_t>(y)],
+                row < 20 && y < 40 ? f.Image().At(19 - row, y) : 0)
+          << row << " " << y;
 }
 
 TEST(ImageProcessor, CompressingAndDecompressingGivesTheRightImageAndTheFile) {
