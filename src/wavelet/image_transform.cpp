@@ -13,37 +13,60 @@ constexpr int kExtension = 6;
 // SymmWavTr's work array reaches 21 places beyond both ends of a line.
 constexpr int kWorkMargin = 21;
 
-// The line buffers of one transform: the line itself, Perm's scratch and the
-// lifting work array with its margins.
+// Columns go through in groups of this many, read and written a row of the
+// group at a time.
+constexpr int kColumnGroup = 8;
+
+// The line buffers of one transform: kColumnGroup lines, Perm's scratch and
+// the lifting work array with its margins.
 struct LineBuffers {
   explicit LineBuffers(int n)
-      : line(static_cast<std::size_t>(n)), scratch(static_cast<std::size_t>(n)),
-        work(static_cast<std::size_t>(n) + 2 * kWorkMargin + 1) {}
+      : length(static_cast<std::size_t>(n)), lines(length * kColumnGroup), scratch(length),
+        work(length + 2 * kWorkMargin + 1) {}
+  double* Line(int j) { return lines.data() + static_cast<std::size_t>(j) * length; }
   double* Work() { return work.data() + kWorkMargin; }
-  std::vector<double> line, scratch, work;
+  std::size_t length;
+  std::vector<double> lines, scratch, work;
 };
 
 enum class LineKind { Row, Column };
 enum class LineStep { Forward, Inverse };
 
+// One level of one line of n values.
+void TransformLine(int n, double* x, LineStep step, int code, LineBuffers& b) {
+  if (step == LineStep::Forward) {
+    SymmWavTr(n, kExtension, b.Work(), x, code);
+    Perm(n, x, b.scratch.data());
+  } else {
+    INVPERM(n, x, b.scratch.data());
+    InvSymmWavTr(n, kExtension, b.Work(), x, code);
+  }
+}
+
 // One pass over the rows (or columns) of the w by h corner: each line is
-// copied out, transformed one level and stored back.
+// copied out to double, transformed one level and stored back as float.
 void LinePass(ImagePlane& p, int w, int h, LineKind kind, LineStep step, int code, LineBuffers& b) {
-  const int lines = kind == LineKind::Row ? h : w;
-  const int n = kind == LineKind::Row ? w : h;
-  double* x = b.line.data();
-  for (int k = 0; k < lines; ++k) {
-    for (int i = 0; i < n; ++i) x[i] = kind == LineKind::Row ? p.At(i, k) : p.At(k, i);
-    if (step == LineStep::Forward) {
-      SymmWavTr(n, kExtension, b.Work(), x, code);
-      Perm(n, x, b.scratch.data());
-    } else {
-      INVPERM(n, x, b.scratch.data());
-      InvSymmWavTr(n, kExtension, b.Work(), x, code);
+  const std::size_t stride = static_cast<std::size_t>(p.width);
+  if (kind == LineKind::Row) {
+    double* x = b.Line(0);
+    for (int k = 0; k < h; ++k) {
+      float* row = p.v.data() + static_cast<std::size_t>(k) * stride;
+      for (int i = 0; i < w; ++i) x[i] = row[i];
+      TransformLine(w, x, step, code, b);
+      for (int i = 0; i < w; ++i) row[i] = static_cast<float>(x[i]);
     }
-    for (int i = 0; i < n; ++i) {
-      float& target = kind == LineKind::Row ? p.At(i, k) : p.At(k, i);
-      target = static_cast<float>(x[i]);
+    return;
+  }
+  for (int first = 0; first < w; first += kColumnGroup) {
+    const int group = std::min(kColumnGroup, w - first);
+    for (int i = 0; i < h; ++i) {
+      const float* row = p.v.data() + static_cast<std::size_t>(i) * stride + static_cast<std::size_t>(first);
+      for (int j = 0; j < group; ++j) b.Line(j)[i] = row[j];
+    }
+    for (int j = 0; j < group; ++j) TransformLine(h, b.Line(j), step, code, b);
+    for (int i = 0; i < h; ++i) {
+      float* row = p.v.data() + static_cast<std::size_t>(i) * stride + static_cast<std::size_t>(first);
+      for (int j = 0; j < group; ++j) row[j] = static_cast<float>(b.Line(j)[i]);
     }
   }
 }
@@ -95,8 +118,14 @@ std::vector<std::uint8_t> InvertTheTransformQuant(const ImagePlane& quant, int l
   ImagePlane image = quant;
   InvertTheTransform(image, levels, waveletIndex);
   std::vector<std::uint8_t> bytes(image.v.size());
-  for (std::size_t i = 0; i < bytes.size(); ++i)
-    bytes[i] = static_cast<std::uint8_t>(std::min(255.0, std::nearbyint(std::fabs(static_cast<double>(image.v[i])))));
+  // Below 255 the magnitude rounds to nearest, ties to even, by adding and
+  // taking off 2^52 (the default rounding, as nearbyint's); at or above it,
+  // or NaN, it is 255.
+  constexpr double kRounder = 4503599627370496.0;
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    const double a = std::fabs(static_cast<double>(image.v[i]));
+    bytes[i] = a < 255.0 ? static_cast<std::uint8_t>((a + kRounder) - kRounder) : std::uint8_t{255};
+  }
   return bytes;
 }
 
