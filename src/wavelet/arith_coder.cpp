@@ -1,7 +1,31 @@
 #include "wavelet/arith_coder.h"
 
+#include <cstdint>
+
 namespace keldo::wavelet {
 namespace {
+
+// Division of a small dividend by a small divisor through a reciprocal:
+// with m = ceil(2^32 / d), (x m) >> 32 is x div d for 0 <= x < 2^16 and
+// 1 <= d <= kLargestDivisor (the error x (m d - 2^32) / (d 2^32) stays below
+// 2^-16 < 1/d). The coder's products and totals are all that small at 9 code
+// bits; anything else is divided as it stands.
+constexpr int kLargestDivisor = 512;
+constexpr std::int32_t kSmallDividend = 1 << 16;
+
+struct Reciprocals {
+  std::uint64_t of[kLargestDivisor + 1] = {};
+  constexpr Reciprocals() {
+    for (std::uint64_t d = 1; d <= kLargestDivisor; ++d) of[d] = ((std::uint64_t{1} << 32) + d - 1) / d;
+  }
+};
+constexpr Reciprocals kReciprocals;
+
+std::int32_t Divide(std::int32_t x, std::int32_t d) {
+  if (x >= 0 && x < kSmallDividend && d >= 1 && d <= kLargestDivisor)
+    return static_cast<std::int32_t>((static_cast<std::uint64_t>(x) * kReciprocals.of[d]) >> 32);
+  return x / d;
+}
 
 void Emit(ArithState& s, int bit, BitWriter& bits) {
   bits.TransmitBit(bit);
@@ -31,8 +55,8 @@ ArithModel FreshModel(int characters) {
 void NarrowToIndex(ArithState& s, const ArithModel& m, int index) {
   s.range = s.high - s.low + 1;
   const std::int32_t total = m.cum[0];
-  s.high = s.low + s.range * m.cum[static_cast<std::size_t>(index - 1)] / total - 1;
-  s.low = s.low + s.range * m.cum[static_cast<std::size_t>(index)] / total;
+  s.high = s.low + Divide(s.range * m.cum[static_cast<std::size_t>(index - 1)], total) - 1;
+  s.low = s.low + Divide(s.range * m.cum[static_cast<std::size_t>(index)], total);
 }
 
 void RenormaliseEncoding(ArithState& s, const ArithPrecision& p, BitWriter& bits) {
@@ -78,7 +102,7 @@ void RenormaliseDecoding(ArithState& s, const ArithPrecision& p, BitReader& bits
 
 int FindIndex(const ArithState& s, const ArithModel& m, int lastIndex) {
   const std::int32_t range = s.high - s.low + 1;
-  const std::int32_t target = ((s.value - s.low + 1) * m.cum[0] - 1) / range;
+  const std::int32_t target = Divide((s.value - s.low + 1) * m.cum[0] - 1, range);
   int i = 1;
   while (i < lastIndex && m.cum[static_cast<std::size_t>(i)] > target) ++i;
   return i;
