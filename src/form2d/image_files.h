@@ -12,15 +12,16 @@
 #include <vector>
 
 #include "form2d/image_display.h"
+#include "kit/kb2_file.h"
 #include "platform/image.h"
 
 namespace keldo::form2d {
 
 // The largest side a file may give: AdjustValue turns an image of height
 // 2048 into 2049 points.
-constexpr int kMaxFilePoints = 2049;
+constexpr int kMaxFilePoints = kKb2MaxPoints;
 // The smallest: a grid of at least two intervals.
-constexpr int kMinFilePoints = 2;
+constexpr int kMinFilePoints = kKb2MinPoints;
 
 // One graph of a form file. Samples are (N+1) by (N+1), row-major: row i
 // (y), column j (x), as the form holds them; the file stores them
@@ -64,17 +65,8 @@ std::vector<std::uint8_t> WriteKd2(const Kd2Record& record);
 // side or the graph count cannot be held.
 std::optional<Kd2Record> ReadKd2(const std::vector<std::uint8_t>& bytes);
 
-// A .kb2 file: N, left, right, the colour method, then the samples row by
-// row. The step is (right - left)/N.
-struct Kb2Record {
-  std::int32_t points = 0;
-  float left = 0, right = 0;
-  char colorMethod = 'G';
-  std::vector<float> samples;  // (N+1) by (N+1), row-major
-};
-
-std::vector<std::uint8_t> WriteKb2(const Kb2Record& record);
-std::optional<Kb2Record> ReadKb2(const std::vector<std::uint8_t>& bytes);
+// The .kb2 data file is the kit's (kit/kb2_file.h): the workshop reads and
+// writes it too.
 
 // What an image file holds of a graph: N by N bytes, bottom row (row 0)
 // first. A byte is 0 unless the point lies in the view window (inclusive)
