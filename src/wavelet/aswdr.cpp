@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 
 #include "common/number_text.h"
 #include "wavelet/arith_coder.h"
@@ -243,10 +244,14 @@ double Magnitude(float v) { return std::fabs(static_cast<double>(v)); }
 // The end of a pass for both sides; true when the passes go on. Every
 // non-zero value is at least the pass's threshold here, so the rebuild's
 // first kind is the non-zero parents.
-bool EndPass(PassState& s, int waveletIndex, const char* verb, std::int64_t bitsUsed) {
+// `byPosition` and `bySlot` are the walk's value by position and by place
+// (FlatScanOrder::Rebuild).
+template <typename T>
+bool EndPass(PassState& s, int waveletIndex, const char* verb, std::int64_t bitsUsed, const T* byPosition,
+             T* bySlot) {
   s.formerSignificant = s.significant;
   ReportData(s, verb, bitsUsed);
-  s.order.Rebuild(s.quant, s.nonZero, s.threshold);
+  s.order.Rebuild(s.quant, s.nonZero, s.threshold, byPosition, bySlot);
   s.stoppedByLoopTest = LoopTest(waveletIndex, s.pass, s.threshold);
   return !s.stoppedByLoopTest;
 }
@@ -280,29 +285,60 @@ bool RefinementPass(PassState& s, double formerThreshold, std::int32_t budget, C
 // before pass k the coefficient is significant already when that number is
 // below k and stays below the threshold when it is above. 0 for |c| at or
 // above the start (never coded), kNeverSignificant for 0 and
-// kAlwaysSignificant for a NaN, which no comparison holds back.
-constexpr std::uint16_t kNeverSignificant = 0xFFFE;
-constexpr std::uint16_t kAlwaysSignificant = 0xFFFF;
+// kAlwaysSignificant for a NaN, which no comparison holds back. Every
+// number fits in 15 bits, and passes stop long before kNeverSignificant.
+constexpr std::uint16_t kNeverSignificant = 0x7FFE;
+constexpr std::uint16_t kAlwaysSignificant = 0x7FFF;
 
-std::vector<std::uint16_t> SignificancePasses(const ImagePlane& c, int exponent) {
-  std::vector<std::uint16_t> passes(c.v.size());
+struct SignificanceTable {
+  std::vector<std::uint16_t> passes;  // by position
+  bool anyNaN = false;
+};
+
+SignificanceTable SignificancePasses(const ImagePlane& c, int exponent) {
+  SignificanceTable table;
+  table.passes.resize(c.v.size());
   for (std::size_t i = 0; i < c.v.size(); ++i) {
     const double a = Magnitude(c.v[i]);
     if (std::isnan(a)) {
-      passes[i] = kAlwaysSignificant;
+      table.passes[i] = kAlwaysSignificant;
+      table.anyNaN = true;
     } else if (a == 0.0) {
-      passes[i] = kNeverSignificant;
+      table.passes[i] = kNeverSignificant;
     } else {
       const std::int64_t k = static_cast<std::int64_t>(exponent) - std::ilogb(a);
-      passes[i] = static_cast<std::uint16_t>(std::clamp<std::int64_t>(k, 0, kNeverSignificant - 1));
+      table.passes[i] = static_cast<std::uint16_t>(std::clamp<std::int64_t>(k, 0, kNeverSignificant - 1));
     }
   }
-  return passes;
+  return table;
+}
+
+// The walks take the places kChunk at a time: a chunk whose values all stay
+// below the threshold (coder) or are all zero with the decoder's run not
+// ending in it only lengthens the run.
+constexpr std::size_t kChunk = 8;
+
+std::uint64_t LoadWord(const void* at) {
+  std::uint64_t word;
+  std::memcpy(&word, at, sizeof word);
+  return word;
+}
+
+// True when all kChunk 15-bit pass numbers from `when` are above k (k below
+// 2^15): each is set apart by a 16th bit, k + 1 taken off, and the bit
+// stays exactly where the number exceeds k.
+bool AllAbove(const std::uint16_t* when, std::uint16_t k) {
+  constexpr std::uint64_t kHigh = 0x8000800080008000ull;
+  const std::uint64_t less = (std::uint64_t{k} + 1) * 0x0001000100010001ull;
+  const std::uint64_t a = (LoadWord(when) | kHigh) - less, b = (LoadWord(when + 4) | kHigh) - less;
+  return (a & b & kHigh) == kHigh;
 }
 
 template <typename Sender>
 void EncodePasses(const ImagePlane& c, int exponent, int waveletIndex, std::int32_t budget, Sender& ch, PassState& s) {
-  const std::vector<std::uint16_t> significantIn = SignificancePasses(c, exponent);
+  const SignificanceTable table = SignificancePasses(c, exponent);
+  std::vector<std::uint16_t> whenBySlot(table.passes.size());
+  s.order.Carry(table.passes.data(), whenBySlot.data());
   for (s.pass = 1;; ++s.pass) {
     const double former = s.threshold;
     s.threshold /= 2.0;
@@ -310,33 +346,41 @@ void EncodePasses(const ImagePlane& c, int exponent, int waveletIndex, std::int3
     s.refinedInPass = 0;
     // The budget can only stand reached before the first bit of a pass.
     const bool stopWhenInsignificant = Sender::kTestAfterInsignificant && ch.Used() >= budget;
+    const bool skipChunks = !stopWhenInsignificant && !table.anyNaN;
     const auto k = static_cast<std::uint16_t>(std::min(s.pass, int{kNeverSignificant} - 1));
-    const std::vector<std::int32_t>& positions = s.order.Positions();
-    const std::size_t n = positions.size();
+    const std::int32_t* positions = s.order.Positions().data();
+    const std::size_t n = s.order.Positions().size();
     std::int32_t* passedOver = s.passedOver.data();
     std::size_t passed = 0;
     std::int64_t run = 1;
-    const std::uint16_t* when = significantIn.data();
-    for (std::size_t i = 0; i < n; ++i) {
-      const std::int32_t p = positions[i];
-      const std::uint16_t w = when[p];
-      // Significant already (w < k): a candidate for refinement. Below the
-      // threshold (w > k): the run grows. Either without a branch.
-      const bool turns = w == k || w == kAlwaysSignificant;
-      passedOver[passed] = p;
-      passed += w < k ? 1 : 0;
-      run += w > k && !turns ? 1 : 0;
-      if (!turns) {
-        if (stopWhenInsignificant && w > k) return;
+    const std::uint16_t* when = whenBySlot.data();
+    for (std::size_t chunk = 0; chunk < n; chunk += kChunk) {
+      if (skipChunks && chunk + kChunk <= n && AllAbove(when + chunk, k)) {
+        run += kChunk;
         continue;
       }
-      ch.Run(run);
-      run = 1;
-      const bool negative = c.v[static_cast<std::size_t>(p)] < 0.0f;
-      s.SetQuant(p, negative ? -t : t);
-      ch.Sign(negative);
-      ++s.significant;
-      if (ch.Used() >= budget) return;
+      const std::size_t end = std::min(n, chunk + kChunk);
+      for (std::size_t i = chunk; i < end; ++i) {
+        const std::int32_t p = positions[i];
+        const std::uint16_t w = when[i];
+        // Significant already (w < k): a candidate for refinement. Below the
+        // threshold (w > k): the run grows. Either without a branch.
+        const bool turns = w == k || w == kAlwaysSignificant;
+        passedOver[passed] = p;
+        passed += w < k ? 1 : 0;
+        run += w > k && !turns ? 1 : 0;
+        if (!turns) {
+          if (stopWhenInsignificant && w > k) return;
+          continue;
+        }
+        ch.Run(run);
+        run = 1;
+        const bool negative = c.v[static_cast<std::size_t>(p)] < 0.0f;
+        s.SetQuant(p, negative ? -t : t);
+        ch.Sign(negative);
+        ++s.significant;
+        if (ch.Used() >= budget) return;
+      }
     }
     s.passedOverCount = passed;
     ch.Run(run + 1);
@@ -346,12 +390,14 @@ void EncodePasses(const ImagePlane& c, int exponent, int waveletIndex, std::int3
       ch.Refine(moved);
       return moved;
     });
-    if (!onBudget || !EndPass(s, waveletIndex, "encoded", ch.Used())) return;
+    if (!onBudget || !EndPass(s, waveletIndex, "encoded", ch.Used(), table.passes.data(), whenBySlot.data())) return;
   }
 }
 
 template <typename Receiver>
 void DecodePasses(int waveletIndex, std::int32_t budget, Receiver& ch, PassState& s) {
+  // By place: whether the value there is non-zero.
+  std::vector<std::uint8_t> nonZeroBySlot(s.nonZero.size(), 0);
   for (s.pass = 1;; ++s.pass) {
     const double former = s.threshold;
     s.threshold /= 2.0;
@@ -359,37 +405,56 @@ void DecodePasses(int waveletIndex, std::int32_t budget, Receiver& ch, PassState
     s.refinedInPass = 0;
     std::optional<std::int64_t> runValue = ch.Run();
     if (!runValue) return;
-    const std::vector<std::int32_t>& positions = s.order.Positions();
-    const std::size_t n = positions.size();
-    const std::uint8_t* nonZero = s.nonZero.data();
+    const std::int32_t* positions = s.order.Positions().data();
+    const std::size_t n = s.order.Positions().size();
+    std::uint8_t* nonZero = nonZeroBySlot.data();
     std::int32_t* passedOver = s.passedOver.data();
     std::size_t passed = 0;
     std::int64_t counter = 1;
     std::int64_t target = *runValue;
-    for (std::size_t i = 0; i < n; ++i) {
-      const std::int32_t p = positions[i];
-      // A non-zero value is passed over as a candidate for refinement; a
-      // zero one counts, and turns significant when the count reaches the
-      // run. Without a branch but for the last.
-      const int zero = nonZero[p] ^ 1;
-      passedOver[passed] = p;
-      passed += static_cast<std::size_t>(zero ^ 1);
-      if (zero == 0 || counter != target) {
-        counter += zero;
-        continue;
+    for (std::size_t chunk = 0; chunk < n; chunk += kChunk) {
+      if (chunk + kChunk <= n) {
+        // The bytes are 0 or 1, so the top byte of the word times 1 in each
+        // byte, their sum, counts the chunk's non-zero values.
+        const std::uint64_t word = LoadWord(nonZero + chunk);
+        const int zeros = static_cast<int>(kChunk) - static_cast<int>((word * 0x0101010101010101ull) >> 56);
+        if (target - counter >= zeros) {
+          counter += zeros;
+          if (word != 0)
+            for (std::size_t i = chunk; i < chunk + kChunk; ++i) {
+              passedOver[passed] = positions[i];
+              passed += nonZero[i];
+            }
+          continue;
+        }
       }
-      s.SetQuant(p, ch.Sign() ? -t : t);
-      ++s.significant;
-      counter = 1;
-      if (ch.Used() >= budget) return;
-      runValue = ch.Run();
-      if (!runValue) return;
-      target = *runValue;
+      const std::size_t end = std::min(n, chunk + kChunk);
+      for (std::size_t i = chunk; i < end; ++i) {
+        const std::int32_t p = positions[i];
+        // A non-zero value is passed over as a candidate for refinement; a
+        // zero one counts, and turns significant when the count reaches the
+        // run. Without a branch but for the last.
+        const int zero = nonZero[i] ^ 1;
+        passedOver[passed] = p;
+        passed += static_cast<std::size_t>(zero ^ 1);
+        if (zero == 0 || counter != target) {
+          counter += zero;
+          continue;
+        }
+        s.SetQuant(p, ch.Sign() ? -t : t);
+        nonZero[i] = s.nonZero[static_cast<std::size_t>(p)];
+        ++s.significant;
+        counter = 1;
+        if (ch.Used() >= budget) return;
+        runValue = ch.Run();
+        if (!runValue) return;
+        target = *runValue;
+      }
     }
     s.passedOverCount = passed;
     if (ch.Used() >= budget) return;
     const bool onBudget = RefinementPass(s, former, budget, ch, [&](std::int32_t, float) { return ch.Refine(); });
-    if (!onBudget || !EndPass(s, waveletIndex, "decoded", ch.Used())) return;
+    if (!onBudget || !EndPass(s, waveletIndex, "decoded", ch.Used(), s.nonZero.data(), nonZeroBySlot.data())) return;
   }
 }
 

@@ -219,31 +219,42 @@ bool FlatScanOrder::CheckLevelByLevel() {
   return at == n;
 }
 
-void FlatScanOrder::Rebuild(const ImagePlane& quant, const std::vector<std::uint8_t>& nonZero, double threshold) {
+template <typename T>
+void FlatScanOrder::Rebuild(const ImagePlane& quant, const std::vector<std::uint8_t>& nonZero, double threshold,
+                            const T* byPosition, T* bySlot) {
   if (!regular_) {
     CreateNewScanOrder(linked_, levels_, quant, threshold);
     Flatten();
+    Carry(byPosition, bySlot);
     return;
   }
   const int bw = width_ >> levels_, bh = height_ >> levels_;
   std::size_t start = static_cast<std::size_t>(bw) * static_cast<std::size_t>(bh);
   std::size_t count = 3 * start;
   for (int level = 1; level < levels_; ++level, start += count, count *= 4)
-    RebuildLevel(start, count, nonZero.data());
+    RebuildLevel(start, count, nonZero.data(), byPosition, bySlot);
 }
 
 // The children of the level list positions_[start, start + count) into the
 // next `4 * count` places, in AssignNewScanValues' order by block: those of
 // non-zero parents, then of zero parents with a non-zero child, then the
 // rest, each kind in the list's order. The child (2x, 2y) of position p is
-// position 2p.
-void FlatScanOrder::RebuildLevel(std::size_t start, std::size_t count, const std::uint8_t* nonZero) {
+// position 2p. One walk over the parents writes the first kind in place and
+// the others, with their carried values, aside; they follow it after.
+template <typename T>
+void FlatScanOrder::RebuildLevel(std::size_t start, std::size_t count, const std::uint8_t* nonZero,
+                                 const T* byPosition, T* bySlot) {
   const std::int32_t w = width_;
   const std::int32_t offsets[4][4] = {{0, 0, 0, 0}, {0, w, w + 1, 1}, {0, 1, w + 1, w}, {0, 1, w, w + 1}};
   second_.resize(4 * count);
   third_.resize(4 * count);
-  std::int32_t* const first = positions_.data() + start + count;
-  std::int32_t* out[3] = {first, second_.data(), third_.data()};
+  std::vector<T>& carriedSecond = CarryScratch<T>(0);
+  std::vector<T>& carriedThird = CarryScratch<T>(1);
+  carriedSecond.resize(4 * count);
+  carriedThird.resize(4 * count);
+  const std::size_t first = start + count;
+  std::int32_t* out[3] = {positions_.data() + first, second_.data(), third_.data()};
+  T* carried[3] = {bySlot + first, carriedSecond.data(), carriedThird.data()};
   const std::int32_t* parents = positions_.data() + start;
   for (std::size_t i = 0; i < count; ++i) {
     const std::int32_t p = parents[i];
@@ -252,15 +263,26 @@ void FlatScanOrder::RebuildLevel(std::size_t start, std::size_t count, const std
     const int kind = nonZero[p] ? 0 : 2 - anyChild;
     const std::int32_t* o = offsets[band_[static_cast<std::size_t>(p)] & 3];
     std::int32_t* d = out[kind];
-    d[0] = c + o[0];
-    d[1] = c + o[1];
-    d[2] = c + o[2];
-    d[3] = c + o[3];
+    T* v = carried[kind];
+    for (int j = 0; j < 4; ++j) {
+      d[j] = c + o[j];
+      v[j] = byPosition[c + o[j]];
+    }
     out[kind] = d + 4;
+    carried[kind] = v + 4;
   }
+  const std::size_t seconds = static_cast<std::size_t>(out[1] - second_.data());
+  const std::size_t thirds = static_cast<std::size_t>(out[2] - third_.data());
   std::int32_t* end = std::copy(second_.data(), out[1], out[0]);
   std::copy(third_.data(), out[2], end);
+  T* endCarried = std::copy(carriedSecond.data(), carriedSecond.data() + seconds, carried[0]);
+  std::copy(carriedThird.data(), carriedThird.data() + thirds, endCarried);
 }
+
+template void FlatScanOrder::Rebuild(const ImagePlane&, const std::vector<std::uint8_t>&, double, const std::uint8_t*,
+                                     std::uint8_t*);
+template void FlatScanOrder::Rebuild(const ImagePlane&, const std::vector<std::uint8_t>&, double, const std::uint16_t*,
+                                     std::uint16_t*);
 
 StartThreshold GetThreshold(const ImagePlane& transform) {
   double largest = 0.0;

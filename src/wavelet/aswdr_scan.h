@@ -65,21 +65,44 @@ class FlatScanOrder {
   // CreateNewScanOrder after a pass of threshold `threshold`. `nonZero`
   // holds, by position, whether quant is non-zero; every non-zero value has
   // |quant| >= threshold, so the first kind is the non-zero parents.
-  void Rebuild(const ImagePlane& quant, const std::vector<std::uint8_t>& nonZero, double threshold);
+  // A by-position value travels with the positions: when bySlot[i] ==
+  // byPosition[Positions()[i]] for every place before the call, so it is
+  // after, the places the rebuild moves being refilled from byPosition. T is
+  // std::uint8_t or std::uint16_t.
+  template <typename T>
+  void Rebuild(const ImagePlane& quant, const std::vector<std::uint8_t>& nonZero, double threshold,
+               const T* byPosition, T* bySlot);
+  // bySlot[i] = byPosition[Positions()[i]] for every place.
+  template <typename T>
+  void Carry(const T* byPosition, T* bySlot) const {
+    for (std::size_t i = 0; i < positions_.size(); ++i) bySlot[i] = byPosition[positions_[i]];
+  }
   const std::vector<std::int32_t>& Positions() const { return positions_; }
   bool Regular() const { return regular_; }
 
  private:
   void Flatten();
   bool CheckLevelByLevel();
-  void RebuildLevel(std::size_t start, std::size_t count, const std::uint8_t* nonZero);
+  template <typename T>
+  void RebuildLevel(std::size_t start, std::size_t count, const std::uint8_t* nonZero, const T* byPosition,
+                    T* bySlot);
 
   int levels_ = 0, width_ = 0, height_ = 0;
   bool regular_ = false;
   ScanOrder linked_;                      // the order itself, on a plane that is not regular
   std::vector<std::int32_t> positions_;   // the walk
   std::vector<std::uint8_t> band_;        // by position: the block in the low two bits (1 upper, 2 lower, 3 diagonal)
-  std::vector<std::int32_t> second_, third_;  // the rebuild's lists of the second and third kinds
+  // The rebuild's second and third kinds, and the values carried with them.
+  std::vector<std::int32_t> second_, third_;
+  std::vector<std::uint8_t> carried8_[2];
+  std::vector<std::uint16_t> carried16_[2];
+  template <typename T>
+  std::vector<T>& CarryScratch(int kind) {
+    if constexpr (sizeof(T) == 1)
+      return carried8_[kind];
+    else
+      return carried16_[kind];
+  }
 };
 
 // The starting threshold: M the largest |value|, E = round(log2 M); 2^E when
