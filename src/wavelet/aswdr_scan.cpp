@@ -231,52 +231,68 @@ void FlatScanOrder::Rebuild(const ImagePlane& quant, const std::vector<std::uint
   const int bw = width_ >> levels_, bh = height_ >> levels_;
   std::size_t start = static_cast<std::size_t>(bw) * static_cast<std::size_t>(bh);
   std::size_t count = 3 * start;
-  for (int level = 1; level < levels_; ++level, start += count, count *= 4)
-    RebuildLevel(start, count, nonZero.data(), byPosition, bySlot);
+  for (int level = 1; level < levels_; ++level, start += count, count *= 4) {
+    const std::array<std::size_t, 3> kinds = SortParents(bw << (level - 1), bh << (level - 1), nonZero.data());
+    PlaceChildren(start, count, kinds, byPosition, bySlot);
+  }
+}
+
+// The parents of a level are the three blocks beside the corner of sides
+// edgeX by edgeY; those of one row lie side by side, their children in the
+// two rows below twice as far down. Row by row, each parent's code is its
+// kind (0 non-zero; 1 zero with a non-zero child; 2 the rest) plus 4 times
+// its block (1 upper, 2 lower, 3 diagonal). The counts by kind come back.
+std::array<std::size_t, 3> FlatScanOrder::SortParents(int edgeX, int edgeY, const std::uint8_t* nonZero) {
+  const std::size_t w = static_cast<std::size_t>(width_);
+  std::array<std::size_t, 3> kinds = {0, 0, 0};
+  const auto sortRow = [&](std::size_t y, int from, int to, int block) {
+    const std::uint8_t* row = nonZero + y * w;
+    const std::uint8_t* children = nonZero + 2 * y * w;
+    std::uint8_t* codes = band_.data() + y * w;
+    for (int x = from; x < to; ++x) {
+      const auto c = static_cast<std::size_t>(2 * x);
+      const int anyChild = children[c] | children[c + 1] | children[c + w] | children[c + w + 1];
+      const int kind = row[x] ? 0 : 2 - anyChild;
+      codes[x] = static_cast<std::uint8_t>(kind | block << 2);
+      ++kinds[static_cast<std::size_t>(kind)];
+    }
+  };
+  for (int y = 0; y < edgeY; ++y) sortRow(static_cast<std::size_t>(y), edgeX, 2 * edgeX, 1);
+  for (int y = edgeY; y < 2 * edgeY; ++y) {
+    sortRow(static_cast<std::size_t>(y), 0, edgeX, 2);
+    sortRow(static_cast<std::size_t>(y), edgeX, 2 * edgeX, 3);
+  }
+  return kinds;
 }
 
 // The children of the level list positions_[start, start + count) into the
 // next `4 * count` places, in AssignNewScanValues' order by block: those of
 // non-zero parents, then of zero parents with a non-zero child, then the
-// rest, each kind in the list's order. The child (2x, 2y) of position p is
-// position 2p. One walk over the parents writes the first kind in place and
-// the others, with their carried values, aside; they follow it after.
+// rest, each kind in the list's order, every kind written straight into its
+// part by the counts of SortParents. The child (2x, 2y) of position p is
+// position 2p.
 template <typename T>
-void FlatScanOrder::RebuildLevel(std::size_t start, std::size_t count, const std::uint8_t* nonZero,
-                                 const T* byPosition, T* bySlot) {
+void FlatScanOrder::PlaceChildren(std::size_t start, std::size_t count, const std::array<std::size_t, 3>& kinds,
+                                  const T* byPosition, T* bySlot) {
   const std::int32_t w = width_;
   const std::int32_t offsets[4][4] = {{0, 0, 0, 0}, {0, w, w + 1, 1}, {0, 1, w + 1, w}, {0, 1, w, w + 1}};
-  second_.resize(4 * count);
-  third_.resize(4 * count);
-  std::vector<T>& carriedSecond = CarryScratch<T>(0);
-  std::vector<T>& carriedThird = CarryScratch<T>(1);
-  carriedSecond.resize(4 * count);
-  carriedThird.resize(4 * count);
   const std::size_t first = start + count;
-  std::int32_t* out[3] = {positions_.data() + first, second_.data(), third_.data()};
-  T* carried[3] = {bySlot + first, carriedSecond.data(), carriedThird.data()};
+  std::size_t at[3] = {first, first + 4 * kinds[0], first + 4 * (kinds[0] + kinds[1])};
+  std::int32_t* const places = positions_.data();
   const std::int32_t* parents = positions_.data() + start;
   for (std::size_t i = 0; i < count; ++i) {
     const std::int32_t p = parents[i];
     const std::int32_t c = 2 * p;
-    const int anyChild = nonZero[c] | nonZero[c + 1] | nonZero[c + w] | nonZero[c + w + 1];
-    const int kind = nonZero[p] ? 0 : 2 - anyChild;
-    const std::int32_t* o = offsets[band_[static_cast<std::size_t>(p)] & 3];
-    std::int32_t* d = out[kind];
-    T* v = carried[kind];
+    const std::uint8_t code = band_[static_cast<std::size_t>(p)];
+    const std::int32_t* o = offsets[code >> 2];
+    const std::size_t d = at[code & 3];
+    at[code & 3] = d + 4;
     for (int j = 0; j < 4; ++j) {
-      d[j] = c + o[j];
-      v[j] = byPosition[c + o[j]];
+      const std::int32_t child = c + o[j];
+      places[d + static_cast<std::size_t>(j)] = child;
+      bySlot[d + static_cast<std::size_t>(j)] = byPosition[child];
     }
-    out[kind] = d + 4;
-    carried[kind] = v + 4;
   }
-  const std::size_t seconds = static_cast<std::size_t>(out[1] - second_.data());
-  const std::size_t thirds = static_cast<std::size_t>(out[2] - third_.data());
-  std::int32_t* end = std::copy(second_.data(), out[1], out[0]);
-  std::copy(third_.data(), out[2], end);
-  T* endCarried = std::copy(carriedSecond.data(), carriedSecond.data() + seconds, carried[0]);
-  std::copy(carriedThird.data(), carriedThird.data() + thirds, endCarried);
 }
 
 template void FlatScanOrder::Rebuild(const ImagePlane&, const std::vector<std::uint8_t>&, double, const std::uint8_t*,

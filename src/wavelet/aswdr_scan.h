@@ -5,6 +5,8 @@
 // coder walks width * height positions from (0, 0) and never follows the
 // last position's link.
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -83,26 +85,18 @@ class FlatScanOrder {
  private:
   void Flatten();
   bool CheckLevelByLevel();
+  std::array<std::size_t, 3> SortParents(int edgeX, int edgeY, const std::uint8_t* nonZero);
   template <typename T>
-  void RebuildLevel(std::size_t start, std::size_t count, const std::uint8_t* nonZero, const T* byPosition,
-                    T* bySlot);
+  void PlaceChildren(std::size_t start, std::size_t count, const std::array<std::size_t, 3>& kinds,
+                     const T* byPosition, T* bySlot);
 
   int levels_ = 0, width_ = 0, height_ = 0;
   bool regular_ = false;
   ScanOrder linked_;                      // the order itself, on a plane that is not regular
   std::vector<std::int32_t> positions_;   // the walk
-  std::vector<std::uint8_t> band_;        // by position: the block in the low two bits (1 upper, 2 lower, 3 diagonal)
-  // The rebuild's second and third kinds, and the values carried with them.
-  std::vector<std::int32_t> second_, third_;
-  std::vector<std::uint8_t> carried8_[2];
-  std::vector<std::uint16_t> carried16_[2];
-  template <typename T>
-  std::vector<T>& CarryScratch(int kind) {
-    if constexpr (sizeof(T) == 1)
-      return carried8_[kind];
-    else
-      return carried16_[kind];
-  }
+  // By position: after the start, 4 * level + block (1 upper, 2 lower, 3
+  // diagonal); during the rebuild, for each parent, its kind + 4 * block.
+  std::vector<std::uint8_t> band_;
 };
 
 // The starting threshold: M the largest |value|, E = round(log2 M); 2^E when
