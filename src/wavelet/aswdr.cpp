@@ -1,6 +1,7 @@
 #include "wavelet/aswdr.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -295,6 +296,14 @@ struct SignificanceTable {
   bool anyNaN = false;
 };
 
+// ilogb of a float's magnitude from its bits: the biased exponent less 127
+// for a normal number; a subnormal one through std::ilogb. NaN, infinity and
+// zero are the caller's.
+int FloatExponent(std::uint32_t magnitudeBits, double magnitude) {
+  const int biased = static_cast<int>(magnitudeBits >> 23);
+  return biased != 0 ? biased - 127 : std::ilogb(magnitude);
+}
+
 SignificanceTable SignificancePasses(const ImagePlane& c, int exponent) {
   SignificanceTable table;
   table.passes.resize(c.v.size());
@@ -305,8 +314,11 @@ SignificanceTable SignificancePasses(const ImagePlane& c, int exponent) {
       table.anyNaN = true;
     } else if (a == 0.0) {
       table.passes[i] = kNeverSignificant;
+    } else if (std::isinf(a)) {
+      table.passes[i] = 0;
     } else {
-      const std::int64_t k = static_cast<std::int64_t>(exponent) - std::ilogb(a);
+      const std::uint32_t bits = std::bit_cast<std::uint32_t>(c.v[i]) & 0x7FFFFFFFu;
+      const std::int64_t k = static_cast<std::int64_t>(exponent) - FloatExponent(bits, a);
       table.passes[i] = static_cast<std::uint16_t>(std::clamp<std::int64_t>(k, 0, kNeverSignificant - 1));
     }
   }

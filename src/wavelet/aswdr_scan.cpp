@@ -165,9 +165,46 @@ void FlatScanOrder::Start(int levels, int width, int height) {
   levels_ = levels;
   width_ = width;
   height_ = height;
+  if (width == height && levels >= 1 && levels <= 25 && width >> levels > 0 && (width >> levels) << levels == width) {
+    StartSquare();
+    return;
+  }
   CreateScanOrder(linked_, levels, width, height);
   Flatten();
   regular_ = CheckLevelByLevel();
+}
+
+// CreateScanOrder's order on a square plane, written in walk order: the
+// trend by the zigzag, then each level's lower block by rows, upper block by
+// columns and diagonal block by the zigzag, each block's end linking to the
+// next block's start. Such an order passes CheckLevelByLevel; the rebuild
+// finds band_ filled as it goes.
+void FlatScanOrder::StartSquare() {
+  const std::size_t n = static_cast<std::size_t>(width_) * static_cast<std::size_t>(height_);
+  positions_.resize(n);
+  band_.resize(n);
+  std::int32_t* out = positions_.data();
+  const std::int32_t w = width_;
+  const auto zigZag = [&](int maxX, int maxY, int dx, int dy) {
+    for (int d = 0; d <= maxX + maxY; ++d) {
+      const int low = std::max(0, d - maxY), high = std::min(d, maxX);
+      if (d % 2 == 0) {
+        for (int x = low; x <= high; ++x) *out++ = (d - x + dy) * w + x + dx;
+      } else {
+        for (int x = high; x >= low; --x) *out++ = (d - x + dy) * w + x + dx;
+      }
+    }
+  };
+  const int base = width_ >> levels_;
+  zigZag(base - 1, base - 1, 0, 0);
+  for (int side = base; side < width_; side *= 2) {
+    for (int r = 0; r < side; ++r)
+      for (int c = 0; c < side; ++c) *out++ = (side + r) * w + (r % 2 == 0 ? c : side - 1 - c);
+    for (int c = 0; c < side; ++c)
+      for (int r = 0; r < side; ++r) *out++ = (c % 2 == 0 ? r : side - 1 - r) * w + side + c;
+    zigZag(side - 1, side - 1, side, side);
+  }
+  regular_ = true;
 }
 
 void FlatScanOrder::Flatten() {

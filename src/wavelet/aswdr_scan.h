@@ -83,6 +83,7 @@ class FlatScanOrder {
   bool Regular() const { return regular_; }
 
  private:
+  void StartSquare();
   void Flatten();
   bool CheckLevelByLevel();
   std::array<std::size_t, 3> SortParents(int edgeX, int edgeY, const std::uint8_t* nonZero);
@@ -94,8 +95,8 @@ class FlatScanOrder {
   bool regular_ = false;
   ScanOrder linked_;                      // the order itself, on a plane that is not regular
   std::vector<std::int32_t> positions_;   // the walk
-  // By position: after the start, 4 * level + block (1 upper, 2 lower, 3
-  // diagonal); during the rebuild, for each parent, its kind + 4 * block.
+  // By position: in CheckLevelByLevel, 4 * level + block (1 upper, 2 lower,
+  // 3 diagonal); in the rebuild, for each parent, its kind + 4 * block.
   std::vector<std::uint8_t> band_;
 };
 

@@ -129,6 +129,44 @@ TEST(AswdrScan, EveryOrderIsAPermutation) {
   }
 }
 
+// The flat order, started and rebuilt, against the linked one it stands
+// for, with a by-position value carried along: square planes (built in
+// walk order) and oblong ones (flattened from the links).
+TEST(AswdrScan, FlatOrderFollowsTheLinkedOrder) {
+  const int sizes[][3] = {{64, 64, 5}, {64, 64, 1}, {32, 32, 3}, {8, 8, 3}, {32, 64, 3}, {64, 32, 2}};
+  std::mt19937 random(5);
+  for (const auto& s : sizes) {
+    const std::size_t n = static_cast<std::size_t>(s[0]) * static_cast<std::size_t>(s[1]);
+    ScanOrder linked;
+    CreateScanOrder(linked, s[2], s[0], s[1]);
+    FlatScanOrder flat;
+    flat.Start(s[2], s[0], s[1]);
+    const auto sameWalk = [&] {
+      const Walk walk = WalkOf(linked, n);
+      for (std::size_t i = 0; i < n; ++i)
+        if (flat.Positions()[i] != walk[i].second * s[0] + walk[i].first) return false;
+      return true;
+    };
+    EXPECT_TRUE(sameWalk()) << s[0] << "x" << s[1] << " levels " << s[2];
+    ImagePlane quant(s[0], s[1]);
+    std::vector<std::uint16_t> byPosition(n), bySlot(n);
+    for (std::size_t p = 0; p < n; ++p) byPosition[p] = static_cast<std::uint16_t>(p * 7 % 65521);
+    flat.Carry(byPosition.data(), bySlot.data());
+    for (int round = 0; round < 3; ++round) {
+      std::vector<std::uint8_t> nonZero(n);
+      for (std::size_t p = 0; p < n; ++p) {
+        quant.v[p] = (random() % 5 == 0) ? 8.0f : 0.0f;
+        nonZero[p] = quant.v[p] != 0.0f ? 1 : 0;
+      }
+      CreateNewScanOrder(linked, s[2], quant, 8.0);
+      flat.Rebuild(quant, nonZero, 8.0, byPosition.data(), bySlot.data());
+      EXPECT_TRUE(sameWalk()) << s[0] << "x" << s[1] << " round " << round;
+      for (std::size_t i = 0; i < n; ++i)
+        ASSERT_EQ(bySlot[i], byPosition[static_cast<std::size_t>(flat.Positions()[i])]);
+    }
+  }
+}
+
 TEST(AswdrScan, StartingThreshold) {
   const auto start = [](float largest) {
     ImagePlane p(4, 4);
