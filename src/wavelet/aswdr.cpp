@@ -287,41 +287,46 @@ bool RefinementPass(PassState& s, double formerThreshold, std::int32_t budget, C
 // below k and stays below the threshold when it is above. 0 for |c| at or
 // above the start (never coded), kNeverSignificant for 0 and
 // kAlwaysSignificant for a NaN, which no comparison holds back. Every
-// number fits in 15 bits, and passes stop long before kNeverSignificant.
+// number fits in 15 bits, and passes stop long before kNeverSignificant;
+// the 16th bit, kNegative, holds c < 0, the sign the coder sends.
 constexpr std::uint16_t kNeverSignificant = 0x7FFE;
 constexpr std::uint16_t kAlwaysSignificant = 0x7FFF;
+constexpr std::uint16_t kNegative = 0x8000;
 
 struct SignificanceTable {
-  std::vector<std::uint16_t> passes;  // by position
+  std::vector<std::uint16_t> passes;  // by position, with kNegative
   bool anyNaN = false;
 };
 
-// ilogb of a float's magnitude from its bits: the biased exponent less 127
-// for a normal number; a subnormal one through std::ilogb. NaN, infinity and
-// zero are the caller's.
-int FloatExponent(std::uint32_t magnitudeBits, double magnitude) {
-  const int biased = static_cast<int>(magnitudeBits >> 23);
-  return biased != 0 ? biased - 127 : std::ilogb(magnitude);
+// The pass of one value from its bits. Normal numbers, all but a few, take
+// ilogb from the biased exponent (less 127) with no branch; zero, the
+// subnormals, infinity and NaN go their own ways. The sign is c < 0: not
+// for -0 or a NaN.
+std::uint16_t PassOf(float value, int exponent, bool& nan) {
+  const std::uint32_t bits = std::bit_cast<std::uint32_t>(value);
+  const std::uint32_t magnitude = bits & 0x7FFFFFFFu;
+  const int biased = static_cast<int>(magnitude >> 23);
+  std::uint16_t pass;
+  if (biased != 0 && biased != 0xFF) {
+    pass = static_cast<std::uint16_t>(std::clamp(exponent - (biased - 127), 0, kNeverSignificant - 1));
+  } else if (magnitude == 0) {
+    return kNeverSignificant;
+  } else if (biased == 0) {
+    const std::int64_t k = static_cast<std::int64_t>(exponent) - std::ilogb(Magnitude(value));
+    pass = static_cast<std::uint16_t>(std::clamp<std::int64_t>(k, 0, kNeverSignificant - 1));
+  } else if (magnitude == 0x7F800000u) {
+    pass = 0;  // infinity, at or above any start
+  } else {
+    nan = true;
+    return kAlwaysSignificant;
+  }
+  return static_cast<std::uint16_t>(pass | (bits >> 31) << 15);
 }
 
 SignificanceTable SignificancePasses(const ImagePlane& c, int exponent) {
   SignificanceTable table;
   table.passes.resize(c.v.size());
-  for (std::size_t i = 0; i < c.v.size(); ++i) {
-    const double a = Magnitude(c.v[i]);
-    if (std::isnan(a)) {
-      table.passes[i] = kAlwaysSignificant;
-      table.anyNaN = true;
-    } else if (a == 0.0) {
-      table.passes[i] = kNeverSignificant;
-    } else if (std::isinf(a)) {
-      table.passes[i] = 0;
-    } else {
-      const std::uint32_t bits = std::bit_cast<std::uint32_t>(c.v[i]) & 0x7FFFFFFFu;
-      const std::int64_t k = static_cast<std::int64_t>(exponent) - FloatExponent(bits, a);
-      table.passes[i] = static_cast<std::uint16_t>(std::clamp<std::int64_t>(k, 0, kNeverSignificant - 1));
-    }
-  }
+  for (std::size_t i = 0; i < c.v.size(); ++i) table.passes[i] = PassOf(c.v[i], exponent, table.anyNaN);
   return table;
 }
 
@@ -337,7 +342,7 @@ std::uint64_t LoadWord(const void* at) {
 }
 
 // True when all kChunk 15-bit pass numbers from `when` are above k (k below
-// 2^15): each is set apart by a 16th bit, k + 1 taken off, and the bit
+// 2^15): each has its 16th bit (the sign) set, k + 1 taken off, and the bit
 // stays exactly where the number exceeds k.
 bool AllAbove(const std::uint16_t* when, std::uint16_t k) {
   constexpr std::uint64_t kHigh = 0x8000800080008000ull;
@@ -374,7 +379,7 @@ void EncodePasses(const ImagePlane& c, int exponent, int waveletIndex, std::int3
       const std::size_t end = std::min(n, chunk + kChunk);
       for (std::size_t i = chunk; i < end; ++i) {
         const std::int32_t p = positions[i];
-        const std::uint16_t w = when[i];
+        const std::uint16_t w = when[i] & ~kNegative;
         // Significant already (w < k): a candidate for refinement. Below the
         // threshold (w > k): the run grows. Either without a branch.
         const bool turns = w == k || w == kAlwaysSignificant;
@@ -387,7 +392,7 @@ void EncodePasses(const ImagePlane& c, int exponent, int waveletIndex, std::int3
         }
         ch.Run(run);
         run = 1;
-        const bool negative = c.v[static_cast<std::size_t>(p)] < 0.0f;
+        const bool negative = (when[i] & kNegative) != 0;
         s.SetQuant(p, negative ? -t : t);
         ch.Sign(negative);
         ++s.significant;

@@ -1,8 +1,10 @@
 #include "wavelet/aswdr_scan.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 
 namespace keldo::wavelet {
 namespace {
@@ -84,6 +86,24 @@ bool AnyNonZeroChild(const ImagePlane& quant, int x, int y) {
   const int cx = 2 * x, cy = 2 * y;
   return quant.At(cx, cy) != 0.0f || quant.At(cx + 1, cy) != 0.0f || quant.At(cx, cy + 1) != 0.0f ||
          quant.At(cx + 1, cy + 1) != 0.0f;
+}
+
+// Eight bytes of 0 or 1 at a time, as a little-endian word: kEachByte has
+// 1 in each byte, and a word times it has their sum in its top byte.
+constexpr std::uint64_t kEachByte = 0x0101010101010101ull;
+
+std::uint64_t Word(const std::uint8_t* at) {
+  std::uint64_t word;
+  std::memcpy(&word, at, sizeof word);
+  return word;
+}
+
+// The four pairs of bytes of a word, each pair ored into one byte, in the
+// low four bytes.
+std::uint64_t PairsOred(std::uint64_t u) {
+  u = (u | u >> 8) & 0x00FF00FF00FF00FFull;
+  u = (u | u >> 8) & 0x0000FFFF0000FFFFull;
+  return (u | u >> 16) & 0x00000000FFFFFFFFull;
 }
 
 }  // namespace
@@ -174,6 +194,9 @@ void FlatScanOrder::Start(int levels, int width, int height) {
   regular_ = CheckLevelByLevel();
 }
 
+// Above every code of SortParents, so the first rebuild places every level.
+constexpr std::uint8_t kNoCode = 0xFF;
+
 // CreateScanOrder's order on a square plane, written in walk order: the
 // trend by the zigzag, then each level's lower block by rows, upper block by
 // columns and diagonal block by the zigzag, each block's end linking to the
@@ -182,7 +205,7 @@ void FlatScanOrder::Start(int levels, int width, int height) {
 void FlatScanOrder::StartSquare() {
   const std::size_t n = static_cast<std::size_t>(width_) * static_cast<std::size_t>(height_);
   positions_.resize(n);
-  band_.resize(n);
+  band_.assign(n, kNoCode);
   std::int32_t* out = positions_.data();
   const std::int32_t w = width_;
   const auto zigZag = [&](int maxX, int maxY, int dx, int dy) {
@@ -265,12 +288,18 @@ void FlatScanOrder::Rebuild(const ImagePlane& quant, const std::vector<std::uint
     Carry(byPosition, bySlot);
     return;
   }
+  // A level whose parents come in the same order with the same codes as at
+  // the last rebuild gives its children the places they hold; the values by
+  // place are then current already. The first level's parents never move.
   const int bw = width_ >> levels_, bh = height_ >> levels_;
   std::size_t start = static_cast<std::size_t>(bw) * static_cast<std::size_t>(bh);
   std::size_t count = 3 * start;
+  bool parentsMoved = false;
   for (int level = 1; level < levels_; ++level, start += count, count *= 4) {
-    const std::array<std::size_t, 3> kinds = SortParents(bw << (level - 1), bh << (level - 1), nonZero.data());
-    PlaceChildren(start, count, kinds, byPosition, bySlot);
+    const ParentKinds kinds = SortParents(bw << (level - 1), bh << (level - 1), nonZero.data());
+    if (!parentsMoved && !kinds.changed) continue;
+    PlaceChildren(start, count, kinds.count, byPosition, bySlot);
+    parentsMoved = true;
   }
 }
 
@@ -278,27 +307,57 @@ void FlatScanOrder::Rebuild(const ImagePlane& quant, const std::vector<std::uint
 // edgeX by edgeY; those of one row lie side by side, their children in the
 // two rows below twice as far down. Row by row, each parent's code is its
 // kind (0 non-zero; 1 zero with a non-zero child; 2 the rest) plus 4 times
-// its block (1 upper, 2 lower, 3 diagonal). The counts by kind come back.
-std::array<std::size_t, 3> FlatScanOrder::SortParents(int edgeX, int edgeY, const std::uint8_t* nonZero) {
+// its block (1 upper, 2 lower, 3 diagonal); the counts by kind come back,
+// and whether any code differs from the one it replaces. On a little-endian
+// machine eight parents at a time, their bytes and their children's as
+// words: a kind is 2 less any child, cleared where the parent is non-zero.
+FlatScanOrder::ParentKinds FlatScanOrder::SortParents(int edgeX, int edgeY, const std::uint8_t* nonZero) {
   const std::size_t w = static_cast<std::size_t>(width_);
-  std::array<std::size_t, 3> kinds = {0, 0, 0};
+  std::size_t nonZeroParents = 0, withChild = 0, all = 0;
+  int changed = 0;
   const auto sortRow = [&](std::size_t y, int from, int to, int block) {
     const std::uint8_t* row = nonZero + y * w;
     const std::uint8_t* children = nonZero + 2 * y * w;
     std::uint8_t* codes = band_.data() + y * w;
-    for (int x = from; x < to; ++x) {
+    int x = from;
+    if constexpr (std::endian::native == std::endian::little) {
+      const std::uint64_t blockBits = static_cast<std::uint64_t>(block << 2) * kEachByte;
+      for (; x + 8 <= to; x += 8) {
+        const auto c = static_cast<std::size_t>(2 * x);
+        const std::uint64_t anyChild =
+            PairsOred(Word(children + c) | Word(children + c + w)) |
+            PairsOred(Word(children + c + 8) | Word(children + c + w + 8)) << 32;
+        const std::uint64_t parents = Word(row + x);
+        const std::uint64_t kinds = (2 * kEachByte - anyChild) & ~(parents * 0xFF);
+        const std::uint64_t code = kinds | blockBits;
+        std::uint64_t old = Word(codes + x);
+        changed |= old != code ? 1 : 0;
+        std::memcpy(codes + x, &code, sizeof code);
+        nonZeroParents += static_cast<std::size_t>((parents * kEachByte) >> 56);
+        withChild += static_cast<std::size_t>(((kinds & kEachByte) * kEachByte) >> 56);
+      }
+    }
+    for (; x < to; ++x) {
       const auto c = static_cast<std::size_t>(2 * x);
       const int anyChild = children[c] | children[c + 1] | children[c + w] | children[c + w + 1];
-      const int kind = row[x] ? 0 : 2 - anyChild;
-      codes[x] = static_cast<std::uint8_t>(kind | block << 2);
-      ++kinds[static_cast<std::size_t>(kind)];
+      const int parent = row[x];
+      const int kind = parent ? 0 : 2 - anyChild;
+      nonZeroParents += static_cast<std::size_t>(parent);
+      withChild += static_cast<std::size_t>(kind == 1);
+      const auto code = static_cast<std::uint8_t>(kind | block << 2);
+      changed |= codes[x] ^ code;
+      codes[x] = code;
     }
+    all += static_cast<std::size_t>(to - from);
   };
   for (int y = 0; y < edgeY; ++y) sortRow(static_cast<std::size_t>(y), edgeX, 2 * edgeX, 1);
   for (int y = edgeY; y < 2 * edgeY; ++y) {
     sortRow(static_cast<std::size_t>(y), 0, edgeX, 2);
     sortRow(static_cast<std::size_t>(y), edgeX, 2 * edgeX, 3);
   }
+  ParentKinds kinds;
+  kinds.count = {nonZeroParents, withChild, all - nonZeroParents - withChild};
+  kinds.changed = changed != 0;
   return kinds;
 }
 
@@ -314,7 +373,9 @@ void FlatScanOrder::PlaceChildren(std::size_t start, std::size_t count, const st
   const std::int32_t w = width_;
   const std::int32_t offsets[4][4] = {{0, 0, 0, 0}, {0, w, w + 1, 1}, {0, 1, w + 1, w}, {0, 1, w, w + 1}};
   const std::size_t first = start + count;
-  std::size_t at[3] = {first, first + 4 * kinds[0], first + 4 * (kinds[0] + kinds[1])};
+  // The next place of each kind, held apart so that no place waits on the
+  // store of the one before.
+  std::size_t at0 = first, at1 = first + 4 * kinds[0], at2 = first + 4 * (kinds[0] + kinds[1]);
   std::int32_t* const places = positions_.data();
   const std::int32_t* parents = positions_.data() + start;
   for (std::size_t i = 0; i < count; ++i) {
@@ -322,8 +383,11 @@ void FlatScanOrder::PlaceChildren(std::size_t start, std::size_t count, const st
     const std::int32_t c = 2 * p;
     const std::uint8_t code = band_[static_cast<std::size_t>(p)];
     const std::int32_t* o = offsets[code >> 2];
-    const std::size_t d = at[code & 3];
-    at[code & 3] = d + 4;
+    const int kind = code & 3;
+    const std::size_t d = kind == 0 ? at0 : kind == 1 ? at1 : at2;
+    at0 += kind == 0 ? 4 : 0;
+    at1 += kind == 1 ? 4 : 0;
+    at2 += kind == 2 ? 4 : 0;
     for (int j = 0; j < 4; ++j) {
       const std::int32_t child = c + o[j];
       places[d + static_cast<std::size_t>(j)] = child;

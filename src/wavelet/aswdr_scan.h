@@ -86,7 +86,11 @@ class FlatScanOrder {
   void StartSquare();
   void Flatten();
   bool CheckLevelByLevel();
-  std::array<std::size_t, 3> SortParents(int edgeX, int edgeY, const std::uint8_t* nonZero);
+  struct ParentKinds {
+    std::array<std::size_t, 3> count{};
+    bool changed = false;
+  };
+  ParentKinds SortParents(int edgeX, int edgeY, const std::uint8_t* nonZero);
   template <typename T>
   void PlaceChildren(std::size_t start, std::size_t count, const std::array<std::size_t, 3>& kinds,
                      const T* byPosition, T* bySlot);
@@ -96,7 +100,8 @@ class FlatScanOrder {
   ScanOrder linked_;                      // the order itself, on a plane that is not regular
   std::vector<std::int32_t> positions_;   // the walk
   // By position: in CheckLevelByLevel, 4 * level + block (1 upper, 2 lower,
-  // 3 diagonal); in the rebuild, for each parent, its kind + 4 * block.
+  // 3 diagonal), with 0x80 once visited; in the rebuild, for each parent,
+  // its kind + 4 * block as of the last rebuild (below 16).
   std::vector<std::uint8_t> band_;
 };
 
