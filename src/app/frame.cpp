@@ -75,36 +75,50 @@ void Frame::RememberDialogFolder(int index, const std::string& chosenPath) {
   settings_.dialogFolders[static_cast<std::size_t>(index)] = std::filesystem::path(chosenPath).parent_path().string();
 }
 
+namespace {
+
+namespace fs = std::filesystem;
+
+// A folder files can be written to: made when missing, then probed.
+bool Writable(const fs::path& folder) {
+  std::error_code error;
+  fs::create_directories(folder, error);
+  if (error || !fs::is_directory(folder)) return false;
+  const fs::path probe = folder / ".keldo-probe";
+  FILE* f = std::fopen(probe.string().c_str(), "wb");
+  if (!f) return false;
+  std::fclose(f);
+  fs::remove(probe, error);
+  return true;
+}
+
+// The folder a setting chooses when it can be written to; else `relative`
+// under the program's folder; else the same under the user's data folder.
+std::string UsableFolder(const std::string& chosen, const std::string& programFolder, const fs::path& relative) {
+  if (!chosen.empty() && Writable(chosen)) return chosen;
+  const fs::path own = fs::path(programFolder) / relative;
+  if (Writable(own)) return own.string();
+  const char* data = std::getenv("XDG_DATA_HOME");
+  const char* home = std::getenv("HOME");
+  const fs::path user = (data && *data ? fs::path(data) / "KELDO"
+                                       : fs::path(home ? home : "/tmp") / ".local" / "share" / "KELDO") /
+                        relative;
+  Writable(user);
+  return user.string();
+}
+
+}  // namespace
+
 std::string Frame::SoundBufferFolder() {
-  namespace fs = std::filesystem;
-  const auto writable = [](const fs::path& folder) {
-    std::error_code error;
-    fs::create_directories(folder, error);
-    if (error || !fs::is_directory(folder)) return false;
-    const fs::path probe = folder / ".keldo-probe";
-    FILE* f = std::fopen(probe.string().c_str(), "wb");
-    if (!f) return false;
-    std::fclose(f);
-    fs::remove(probe, error);
-    return true;
-  };
   // The folder is found once for each setting, not at every buffer file.
   if (!soundFolder_.empty() && soundFolderSetting_ == settings_.soundBufferFolder) return soundFolder_;
   soundFolderSetting_ = settings_.soundBufferFolder;
-  const fs::path own = fs::path(programFolder_) / "SndBuff";
-  if (!settings_.soundBufferFolder.empty() && writable(settings_.soundBufferFolder)) {
-    soundFolder_ = settings_.soundBufferFolder;
-  } else if (writable(own)) {
-    soundFolder_ = own.string();
-  } else {
-    const char* data = std::getenv("XDG_DATA_HOME");
-    const char* home = std::getenv("HOME");
-    const fs::path user = data && *data ? fs::path(data) / "KELDO" / "SndBuff"
-                                        : fs::path(home ? home : "/tmp") / ".local" / "share" / "KELDO" / "SndBuff";
-    writable(user);
-    soundFolder_ = user.string();
-  }
+  soundFolder_ = UsableFolder(settings_.soundBufferFolder, programFolder_, "SndBuff");
   return soundFolder_;
+}
+
+std::string Frame::CompressFolder() {
+  return UsableFolder(settings_.compressFolder, programFolder_, fs::path("Compress") / "Data");
 }
 
 void Frame::BuildMenu() {

@@ -42,6 +42,7 @@ class Frame final : public FormContext {
   std::string DialogFolder(int index, const std::string& fallback) const override;
   void RememberDialogFolder(int index, const std::string& chosenPath) override;
   std::string SoundBufferFolder() override;
+  std::string CompressFolder() override;
 
   // --- registry and factories ---------------------------------------------
   // Takes the table of kinds (one row each) and builds the File menu's New

@@ -6,12 +6,10 @@
 #include "form1d/graph1_form.h"
 #include "form2d/graph2_form.h"
 #include "imageproc/image_processor_form.h"
-#include "kit/basic_form.h"
 #include "sound/sound_editor_form.h"
 #include "timefreq/scalogram_form.h"
 #include "timefreq/spectrogram_form.h"
-#include "timefreq/timefreq_menus.h"
-#include "workshop/workshop_menu.h"
+#include "workshop/workshop_form.h"
 
 namespace keldo {
 namespace {
@@ -25,12 +23,6 @@ constexpr DataFileItem kFrameItems1D[] = {{"mnuOpenSoundFile", "Open sound file 
                                           {"mnuOpen1DDataFile", "Open 1D data File ", 2}};
 constexpr DataFileItem kFrameItems2D[] = {{"mnuOpenImageFile", "Open image file", 1},
                                           {"mnuOpen2DDataFile", "Open 2D data file", 2}};
-
-// A kind whose commands are still to be built: its menu bar alone.
-template <FormKind kind, std::span<const MenuRow> (*menuBar)()>
-std::unique_ptr<Form> MakeMenuOnlyForm(FormContext& context) {
-  return MakeBasicForm(context, kind, menuBar());
-}
 
 const FormKindInfo kKinds[] = {
     {.kind = FormKind::Graph1,
@@ -78,7 +70,7 @@ const FormKindInfo kKinds[] = {
      .word = "workshop",
      .captionWord = "Wavelet Image Compression Workshop",
      .numbered = false,
-     .maker = MakeMenuOnlyForm<FormKind::Workshop, workshop::WorkshopMenuBar>},
+     .maker = workshop::MakeWorkshopForm},
     {.kind = FormKind::ImageProcessor,
      .word = "imageproc",
      .captionWord = "Image Processor ",

@@ -53,6 +53,10 @@ class FormContext {
   virtual void RememberDialogFolder(int index, const std::string& chosenPath) = 0;
   // The folder of the sound buffer files, created when missing.
   virtual std::string SoundBufferFolder() = 0;
+  // Where the workshop's compressed files and decoded matrices go:
+  // "Compress/Data" under the program's folder, or the same under a
+  // per-user data folder when that cannot be written.
+  virtual std::string CompressFolder() = 0;
 
   // --- forms ------------------------------------------------------------------
   // The kinds of form there are, one row each.

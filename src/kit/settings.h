@@ -29,6 +29,9 @@ struct FrameSettings {
   // Where the sound buffer files go; empty for the program's own folder, or
   // a per-user folder when that cannot be written.
   std::string soundBufferFolder;
+  // The same for the workshop's compressed files; empty for the program's
+  // own "Compress/Data".
+  std::string compressFolder;
   std::array<float, 11> wavCompCodes{};
   // The controls of the image save options as they were last left, by
   // name: texts as typed, ticks and choices as "0" or "1".

@@ -24,6 +24,8 @@ struct TestFrame {
     // Sound buffers go to a folder of the test run, not to the sources.
     frame.settings().soundBufferFolder =
         (std::filesystem::temp_directory_path() / ("keldo-test-sound-" + std::to_string(::getpid()))).string();
+    frame.settings().compressFolder =
+        (std::filesystem::temp_directory_path() / ("keldo-test-compress-" + std::to_string(::getpid()))).string();
   }
 };
 
