@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "wavelet/lanes.h"
 #include "wavelet/transforms.h"
 
 namespace keldo::wavelet {
@@ -13,61 +14,80 @@ constexpr int kExtension = 6;
 // SymmWavTr's work array reaches 21 places beyond both ends of a line.
 constexpr int kWorkMargin = 21;
 
-// Columns go through in groups of this many, read and written a row of the
-// group at a time.
-constexpr int kColumnGroup = 8;
+// Lines go through eight at a time, as the lanes of one Lanes8 line: rows
+// read across eight rows, columns a row of the group at a time. Lines left
+// over go one by one.
+constexpr int kGroup = Lanes8::kCount;
 
-// The line buffers of one transform: kColumnGroup lines, Perm's scratch and
-// the lifting work array with its margins.
+// The line buffers of one transform: a line of lanes and one of doubles,
+// Perm's scratch and the lifting work arrays with their margins.
 struct LineBuffers {
   explicit LineBuffers(int n)
-      : length(static_cast<std::size_t>(n)), lines(length * kColumnGroup), scratch(length),
-        work(length + 2 * kWorkMargin + 1) {}
-  double* Line(int j) { return lines.data() + static_cast<std::size_t>(j) * length; }
-  double* Work() { return work.data() + kWorkMargin; }
+      : length(static_cast<std::size_t>(n)), lanes(length), laneScratch(length),
+        laneWork(length + 2 * kWorkMargin + 1), line(length), scratch(length), work(length + 2 * kWorkMargin + 1) {}
   std::size_t length;
-  std::vector<double> lines, scratch, work;
+  std::vector<Lanes8> lanes, laneScratch, laneWork;
+  std::vector<double> line, scratch, work;
 };
 
 enum class LineKind { Row, Column };
 enum class LineStep { Forward, Inverse };
 
-// One level of one line of n values.
-void TransformLine(int n, double* x, LineStep step, int code, LineBuffers& b) {
+// One level of one line of n elements, doubles or lanes.
+template <typename E>
+void TransformLine(int n, E* x, LineStep step, int code, E* scratch, E* work) {
   if (step == LineStep::Forward) {
-    SymmWavTr(n, kExtension, b.Work(), x, code);
-    Perm(n, x, b.scratch.data());
+    SymmWavTr(n, kExtension, work + kWorkMargin, x, code);
+    Perm(n, x, scratch);
   } else {
-    INVPERM(n, x, b.scratch.data());
-    InvSymmWavTr(n, kExtension, b.Work(), x, code);
+    INVPERM(n, x, scratch);
+    InvSymmWavTr(n, kExtension, work + kWorkMargin, x, code);
   }
 }
 
 // One pass over the rows (or columns) of the w by h corner: each line is
 // copied out to double, transformed one level and stored back as float.
+// Value i of line j (of a group) is at(j, i).
 void LinePass(ImagePlane& p, int w, int h, LineKind kind, LineStep step, int code, LineBuffers& b) {
   const std::size_t stride = static_cast<std::size_t>(p.width);
-  if (kind == LineKind::Row) {
-    double* x = b.Line(0);
-    for (int k = 0; k < h; ++k) {
-      float* row = p.v.data() + static_cast<std::size_t>(k) * stride;
-      for (int i = 0; i < w; ++i) x[i] = row[i];
-      TransformLine(w, x, step, code, b);
-      for (int i = 0; i < w; ++i) row[i] = static_cast<float>(x[i]);
+  const int lines = kind == LineKind::Row ? h : w, n = kind == LineKind::Row ? w : h;
+  float* const v = p.v.data();
+  const auto at = [&](int line, int i) -> float& {
+    return kind == LineKind::Row ? v[static_cast<std::size_t>(line) * stride + static_cast<std::size_t>(i)]
+                                 : v[static_cast<std::size_t>(i) * stride + static_cast<std::size_t>(line)];
+  };
+  int first = 0;
+  for (; first + kGroup <= lines; first += kGroup) {
+    Lanes8* x = b.lanes.data();
+    if (kind == LineKind::Row) {
+      for (int j = 0; j < kGroup; ++j) {
+        const float* row = &at(first + j, 0);
+        for (int i = 0; i < n; ++i) x[i].v[j] = row[i];
+      }
+    } else {
+      for (int i = 0; i < n; ++i) {
+        const float* row = &at(first, i);
+        for (int j = 0; j < kGroup; ++j) x[i].v[j] = row[j];
+      }
     }
-    return;
+    TransformLine(n, x, step, code, b.laneScratch.data(), b.laneWork.data());
+    if (kind == LineKind::Row) {
+      for (int j = 0; j < kGroup; ++j) {
+        float* row = &at(first + j, 0);
+        for (int i = 0; i < n; ++i) row[i] = static_cast<float>(x[i].v[j]);
+      }
+    } else {
+      for (int i = 0; i < n; ++i) {
+        float* row = &at(first, i);
+        for (int j = 0; j < kGroup; ++j) row[j] = static_cast<float>(x[i].v[j]);
+      }
+    }
   }
-  for (int first = 0; first < w; first += kColumnGroup) {
-    const int group = std::min(kColumnGroup, w - first);
-    for (int i = 0; i < h; ++i) {
-      const float* row = p.v.data() + static_cast<std::size_t>(i) * stride + static_cast<std::size_t>(first);
-      for (int j = 0; j < group; ++j) b.Line(j)[i] = row[j];
-    }
-    for (int j = 0; j < group; ++j) TransformLine(h, b.Line(j), step, code, b);
-    for (int i = 0; i < h; ++i) {
-      float* row = p.v.data() + static_cast<std::size_t>(i) * stride + static_cast<std::size_t>(first);
-      for (int j = 0; j < group; ++j) row[j] = static_cast<float>(b.Line(j)[i]);
-    }
+  for (; first < lines; ++first) {
+    double* x = b.line.data();
+    for (int i = 0; i < n; ++i) x[i] = at(first, i);
+    TransformLine(n, x, step, code, b.scratch.data(), b.work.data());
+    for (int i = 0; i < n; ++i) at(first, i) = static_cast<float>(x[i]);
   }
 }
 

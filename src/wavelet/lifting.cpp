@@ -1,8 +1,11 @@
 // The biorthogonal wavelets by lifting on a symmetrically extended copy:
 // CDF 9/7 ("Daub 9/7"), the Deslauriers-Dubuc family and integer variants.
+// The steps are written once over the element type: a double, one line, or
+// Lanes8, eight lines at once with the same operations on each.
 
 #include <cmath>
 
+#include "wavelet/lanes.h"
 #include "wavelet/transforms.h"
 
 namespace keldo::wavelet {
@@ -11,12 +14,16 @@ namespace {
 constexpr double kA = -1.586134342, kB = -0.05298011854, kC = 0.8829110762, kD = 0.4435068522, kK = 1.149604398;
 
 // Rounds to the nearest integer, ties to even.
-double R(double v) { return std::nearbyint(v); }
+template <typename E>
+E R(const E& v) {
+  return NearbyInt(v);
+}
 
 // Copies x[0..n-1] into e with the whole-sample symmetric extension of
 // reach ext. An index the reflection sends outside 0..n-1 (n below ext + 1)
 // is reflected again, so that every value comes from the array.
-void Extend(int n, int ext, double* e, const double* x) {
+template <typename E>
+void Extend(int n, int ext, E* e, const E* x) {
   const auto inside = [n](int i) {
     const int period = 2 * (n - 1);
     if (period <= 0) return 0;
@@ -26,8 +33,8 @@ void Extend(int n, int ext, double* e, const double* x) {
   for (int i = 0; i < n; ++i) e[i] = x[i];
   // The margin beyond the extension takes part in the sweeps but never
   // reaches the interior; it starts from zero.
-  for (int i = ext + 1; i <= 21; ++i) e[-i] = 0.0;
-  for (int i = n + ext; i <= n + 20; ++i) e[i] = 0.0;
+  for (int i = ext + 1; i <= 21; ++i) e[-i] = E{};
+  for (int i = n + ext; i <= n + 20; ++i) e[i] = E{};
   for (int i = 1; i <= ext; ++i) {
     e[-i] = x[inside(i)];
     e[n - 1 + i] = x[inside(n - 1 - i)];
@@ -45,7 +52,8 @@ void Sweep(int n, Step step) {
 // every position it would alone, and each update sees exactly the values it
 // would see were the passes run one after another: the later passes trail
 // the earlier ones by the two positions they read ahead.
-void Forward97(int n, double* E) {
+template <typename T>
+void Forward97(int n, T* E) {
   const int first = -10, last = n + 8;  // the even positions of every pass
   const auto evenIn = [&](int e) { return e >= first && e <= last; };
   for (int p = first; p <= last + 8; p += 2) {
@@ -60,7 +68,8 @@ void Forward97(int n, double* E) {
   }
 }
 
-void Forward(int n, double* E, int code) {
+template <typename T>
+void Forward(int n, T* E, int code) {
   const auto dd53 = [&] {
     Sweep(n, [&](int e, int o) { E[o] -= (E[e] + E[e + 2]) * 0.5; });
     Sweep(n, [&](int e, int) { E[e] += (E[e - 1] + E[e + 1]) * 0.25; });
@@ -118,7 +127,8 @@ void Forward(int n, double* E, int code) {
 
 // The passes of Forward undone from last to first, each with the opposite
 // sign over the same sweep.
-void Backward(int n, double* E, int code) {
+template <typename T>
+void Backward(int n, T* E, int code) {
   const auto predict = [&](double f) { Sweep(n, [&](int e, int o) { E[o] -= f * (E[e] + E[e + 2]); }); };
   const auto update = [&](double f) { Sweep(n, [&](int e, int) { E[e] -= f * (E[e - 1] + E[e + 1]); }); };
   const auto dd53 = [&] {
@@ -185,25 +195,32 @@ void Backward(int n, double* E, int code) {
   }
 }
 
+template <typename E>
+void ForwardLine(int n, int ext, E* e, E* x, int code) {
+  Extend(n, ext, e, x);
+  Forward(n, e, code);
+  for (int i = 0; i < n; ++i) x[i] = e[i];
+}
+
+template <typename E>
+void InverseLine(int n, int ext, E* e, E* x, int code) {
+  Extend(n, ext, e, x);
+  Backward(n, e, code);
+  for (int i = 0; i < n; ++i) x[i] = e[i];
+}
+
 }  // namespace
+
+void SymmWavTr(int n, int ext, double* e, double* x, int code) { ForwardLine(n, ext, e, x, code); }
+void SymmWavTr(int n, int ext, Lanes8* e, Lanes8* x, int code) { ForwardLine(n, ext, e, x, code); }
+void InvSymmWavTr(int n, int ext, double* e, double* x, int code) { InverseLine(n, ext, e, x, code); }
+void InvSymmWavTr(int n, int ext, Lanes8* e, Lanes8* x, int code) { InverseLine(n, ext, e, x, code); }
 
 const std::vector<std::string>& OtherWaveletNames() {
   static const std::vector<std::string> kNames = {
       "Daub 9/7",          "DD 5/3 (2,2)",      "DD 11/7 (4,2)",   "DD 13/11 (6,2)",  "DD 13/7 (4,4)",
       "DD 5/9 (2+2,2)",    "DD 5/3 Integer",    "DD (2+2,2) Integer", "DD 11/7 Integer", "Daub 9/7 Integer"};
   return kNames;
-}
-
-void SymmWavTr(int n, int ext, double* e, double* x, int code) {
-  Extend(n, ext, e, x);
-  Forward(n, e, code);
-  for (int i = 0; i < n; ++i) x[i] = e[i];
-}
-
-void InvSymmWavTr(int n, int ext, double* e, double* x, int code) {
-  Extend(n, ext, e, x);
-  Backward(n, e, code);
-  for (int i = 0; i < n; ++i) x[i] = e[i];
 }
 
 }  // namespace keldo::wavelet

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "wavelet/filter_tables.h"
+#include "wavelet/lanes.h"
 
 namespace keldo::wavelet {
 namespace {
@@ -230,19 +231,30 @@ void InvWavTr(int n, int lh, double* x, double* w, const double* a, const double
   for (int i = 0; i < n; ++i) x[i] = w[i];
 }
 
-void Perm(int n, double* x, double* w) {
+namespace {
+
+template <typename E>
+void PermLine(int n, E* x, E* w) {
   const int h = n / 2;
   for (int i = 1; i <= h; ++i) w[i - 1] = x[2 * i - 1];
   for (int i = 2; i <= h; ++i) x[i - 1] = x[2 * (i - 1)];
   for (int i = 1; i <= h; ++i) x[h - 1 + i] = w[i - 1];
 }
 
-void INVPERM(int n, double* x, double* w) {
+template <typename E>
+void InvPermLine(int n, E* x, E* w) {
   const int h = n / 2;
   for (int i = 1; i <= h; ++i) w[i - 1] = x[h - 1 + i];
   for (int i = h; i >= 2; --i) x[2 * (i - 1)] = x[i - 1];
   for (int i = 1; i <= h; ++i) x[2 * i - 1] = w[i - 1];
 }
+
+}  // namespace
+
+void Perm(int n, double* x, double* w) { PermLine(n, x, w); }
+void Perm(int n, Lanes8* x, Lanes8* w) { PermLine(n, x, w); }
+void INVPERM(int n, double* x, double* w) { InvPermLine(n, x, w); }
+void INVPERM(int n, Lanes8* x, Lanes8* w) { InvPermLine(n, x, w); }
 
 void COIFPerm(int n, double* x, double* w, int shift) {
   const int s = shift % n;

@@ -13,6 +13,8 @@
 
 namespace keldo::wavelet {
 
+struct Lanes8;
+
 // Low-pass H and high-pass G = (-1)^k H[Lh - k] of one filter; Lh is the
 // last index (length - 1).
 struct FilterBank {
@@ -35,9 +37,12 @@ void GetInvCOIFCoeff(const FilterBank& bank, std::vector<double>& a, std::vector
 void WavTr(int n, int lh, double* x, double* w, const double* h, const double* g);
 // Its inverse, on interleaved data.
 void InvWavTr(int n, int lh, double* x, double* w, const double* a, const double* b);
-// Interleaved to trend-then-fluctuation, and back.
+// Interleaved to trend-then-fluctuation, and back; the Lanes8 forms on
+// eight lines at once.
 void Perm(int n, double* x, double* w);
 void INVPERM(int n, double* x, double* w);
+void Perm(int n, Lanes8* x, Lanes8* w);
+void INVPERM(int n, Lanes8* x, Lanes8* w);
 // Rotates x[0..n-1] right by shift mod n, and back.
 void COIFPerm(int n, double* x, double* w, int shift);
 void InvCOIFPerm(int n, double* x, double* w, int shift);
@@ -46,6 +51,10 @@ void InvCOIFPerm(int n, double* x, double* w, int shift);
 // result; e is scratch of n + 43 values (indices -21 .. n + 21).
 void SymmWavTr(int n, int ext, double* e, double* x, int code);
 void InvSymmWavTr(int n, int ext, double* e, double* x, int code);
+// The same on eight lines at once (wavelet/lanes.h): each line gets exactly
+// the values the double form gives it.
+void SymmWavTr(int n, int ext, Lanes8* e, Lanes8* x, int code);
+void InvSymmWavTr(int n, int ext, Lanes8* e, Lanes8* x, int code);
 // The names of the lifting schemes, codes 101..110 in order.
 const std::vector<std::string>& OtherWaveletNames();
 

@@ -1,7 +1,8 @@
 // The image processor's transform of a rectangular plane: one level of the
 // integer 5/3 wavelet on a ramp worked by hand, the scaling's factors, the
 // trend of a constant plane, forward then inverse for every wavelet, level
-// count and a few rectangles, and the level limit and bit budget rules.
+// count and a few rectangles, eight lines at once against one at a time,
+// and the level limit and bit budget rules.
 
 #include <gtest/gtest.h>
 
@@ -12,6 +13,8 @@
 #include <vector>
 
 #include "wavelet/image_transform.h"
+#include "wavelet/lanes.h"
+#include "wavelet/transforms.h"
 
 namespace keldo::wavelet {
 namespace {
@@ -120,6 +123,49 @@ TEST(ImageTransform, ReconstructedBytesAreRoundedMagnitudes) {
   ASSERT_EQ(bytes.size(), 64u);
   const std::uint8_t expected[4] = {4, 2, 255, 0};
   for (int i = 0; i < 64; ++i) EXPECT_EQ(bytes[static_cast<std::size_t>(i)], expected[i % 4]) << i;
+}
+
+// Eight lines at once through the lifting steps give each line the very
+// bits it gets alone, for every lifting code, forward and back, and Perm
+// and INVPERM move the lanes as they move doubles.
+TEST(ImageTransform, EightLinesAtOnceAreEachLineAlone) {
+  constexpr int kMargin = 21, kExt = 6;
+  std::mt19937 random(11);
+  std::uniform_real_distribution<double> value(-300.0, 300.0);
+  for (int n : {8, 14, 32}) {
+    for (int code = 101; code <= 110; ++code) {
+      std::vector<Lanes8> lanes(static_cast<std::size_t>(n)), laneWork(static_cast<std::size_t>(n + 2 * kMargin + 1));
+      std::vector<Lanes8> laneScratch(static_cast<std::size_t>(n));
+      std::vector<std::vector<double>> lines(Lanes8::kCount, std::vector<double>(static_cast<std::size_t>(n)));
+      for (int j = 0; j < Lanes8::kCount; ++j)
+        for (int i = 0; i < n; ++i) {
+          const double x = code >= 107 ? std::round(value(random)) : value(random);
+          lines[static_cast<std::size_t>(j)][static_cast<std::size_t>(i)] = x;
+          lanes[static_cast<std::size_t>(i)].v[j] = x;
+        }
+      SymmWavTr(n, kExt, laneWork.data() + kMargin, lanes.data(), code);
+      Perm(n, lanes.data(), laneScratch.data());
+      std::vector<double> work(static_cast<std::size_t>(n + 2 * kMargin + 1)), scratch(static_cast<std::size_t>(n));
+      for (auto& line : lines) {
+        SymmWavTr(n, kExt, work.data() + kMargin, line.data(), code);
+        Perm(n, line.data(), scratch.data());
+      }
+      for (int j = 0; j < Lanes8::kCount; ++j)
+        for (int i = 0; i < n; ++i)
+          ASSERT_EQ(lanes[static_cast<std::size_t>(i)].v[j], lines[static_cast<std::size_t>(j)][static_cast<std::size_t>(i)])
+              << "forward, code " << code << " n " << n;
+      INVPERM(n, lanes.data(), laneScratch.data());
+      InvSymmWavTr(n, kExt, laneWork.data() + kMargin, lanes.data(), code);
+      for (auto& line : lines) {
+        INVPERM(n, line.data(), scratch.data());
+        InvSymmWavTr(n, kExt, work.data() + kMargin, line.data(), code);
+      }
+      for (int j = 0; j < Lanes8::kCount; ++j)
+        for (int i = 0; i < n; ++i)
+          ASSERT_EQ(lanes[static_cast<std::size_t>(i)].v[j], lines[static_cast<std::size_t>(j)][static_cast<std::size_t>(i)])
+              << "inverse, code " << code << " n " << n;
+    }
+  }
 }
 
 TEST(ImageTransform, LevelLimit) {
