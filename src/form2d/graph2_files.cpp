@@ -208,10 +208,7 @@ void Graph2Form::SaveTheGraph(int kind) {
 
 bool Graph2Form::SaveFunctionFile(const std::string& path, int g, int type) {
   if (g < 0 || g >= graphCount_) return false;
-  if (type == kFileWc2) {
-    context_.ShowCritical("Saving wavelet compressed files is not available in this version.");
-    return false;
-  }
+  if (type == kFileWc2) return SaveToWaveletCompressedFile(path, g);
   bool saved = false;
   context_.ShowBusy();
   if (type == kFileData) {
@@ -282,10 +279,7 @@ bool Graph2Form::LoadDataFile(const std::string& path, const std::string&) {
 }
 
 bool Graph2Form::LoadFunction(const std::string& path, int type) {
-  if (type == kFileWc2) {
-    context_.ShowCritical("Opening wavelet compressed files is not available in this version.");
-    return false;
-  }
+  if (type == kFileWc2) return GetWaveletCompressedFile(path);
   int points = 0;
   std::vector<float> values;
   float left = -0.5f, right = 0.5f;

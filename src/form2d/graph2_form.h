@@ -261,6 +261,12 @@ class Graph2Form final : public Form, public ImageReceiver, private formula::For
   std::size_t Stride() const { return static_cast<std::size_t>(n_) + 1 + kMargin; }
   bool SaveFormTo(const std::string& path);
   bool SaveImageFile2(const std::string& path, int g, int type);
+  // The compressed image type (.wc2): SaveToWaveletCompressedFile codes the
+  // graph with the frame's coding options (false after a message, nothing
+  // written); GetWaveletCompressedFile decodes such a file into a new graph
+  // (85 for one that does not decode).
+  bool SaveToWaveletCompressedFile(const std::string& path, int g);
+  bool GetWaveletCompressedFile(const std::string& path);
   // Graph g's (N+1) by (N+1) samples without the margin, row by row.
   std::vector<float> PackedSamples(int g) const;
   void BuildControls();

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 #include <filesystem>
@@ -564,6 +565,74 @@ TEST(Files2D, TheFrameOpensNoFormForAFileCutShort) {
     EXPECT_EQ(Count(t, "message 20: Error loading file"), reports + 1) << file.name;
     EXPECT_TRUE(t.frame.OpenForms().empty()) << file.name;
   }
+}
+
+}  // namespace
+}  // namespace keldo::testing
+
+namespace keldo::testing {
+namespace {
+
+// A picture of integer grey levels on 128 points, saved as .wc2 with the
+// frame's coding options and opened again.
+double Wc2RoundTrip(TestFrame& t, const std::array<float, 11>& codes, const std::string& path, bool& opened) {
+  Graph2Form& f = NewForm(t, 128);
+  Plot(f, "gri(120+60*sin(9*x)*cos(7*y)+40*(x>0.1))");
+  t.frame.settings().wavCompCodes = codes;
+  EXPECT_TRUE(f.SaveFunctionFile(path, 0, form2d::kFileWc2));
+  Graph2Form& g = NewForm(t, 64);
+  opened = g.LoadFunction(path, form2d::kFileWc2);
+  Graph2Form* holder = Opened(t);
+  if (!opened || holder->NumGraphsPlotted() < 1 || holder->Points() != 128) return 0.0;
+  double squared = 0.0;
+  for (int i = 0; i < 128; ++i)
+    for (int j = 0; j < 128; ++j) {
+      const double d = Sample(f, 0, i, j) - Sample(*holder, holder->NumGraphsPlotted() - 1, i, j);
+      squared += d * d;
+    }
+  return squared / (128.0 * 128.0);
+}
+
+TEST(CompressedImage2D, AWc2FileSavesWithTheFramesOptionsAndOpensAsANewGraph) {
+  TestFrame t;
+  TempFolder dir;
+  const std::string path = dir / "picture.wc2";
+  // 5 levels, to a bit rate of 1 bpp, arithmetic with one model, ZigZag,
+  // lossy, no region, Daub 9/7.
+  bool opened = false;
+  const double mse = Wc2RoundTrip(t, {5, 0, 1.0f, 2, 0, 0, 0, 0, 0.9f, 1, 0}, path, opened);
+  for (const std::string& line : t.lines) ADD_FAILURE() << line;
+  ASSERT_TRUE(opened);
+  EXPECT_GT(10 * std::log10(255.0 * 255.0 / mse), 30.0);
+  const std::vector<std::uint8_t> bytes = Bytes(path);
+  ASSERT_GT(bytes.size(), 6u);
+  EXPECT_EQ(bytes[0], 4);  // code 3, arithmetic with one model
+  EXPECT_EQ(bytes[5], 1);  // the wavelet byte: Daub 9/7, no region
+  // 1 bpp of 128 by 128: 2048 bytes, give or take the trailer.
+  EXPECT_NEAR(static_cast<double>(bytes.size()), 2048.0, 64.0);
+  EXPECT_TRUE(t.lines.empty());
+}
+
+TEST(CompressedImage2D, LosslessCodingOfAnIntegerWaveletGivesThePictureBack) {
+  TestFrame t;
+  TempFolder dir;
+  bool opened = false;
+  // DD 5/3 Integer, lossless with a target of 0, binary.
+  const double mse = Wc2RoundTrip(t, {4, 0, 0.0f, 0, 0, 1, 1, 0, 0.9f, 3, 0}, dir / "exact.wc2", opened);
+  for (const std::string& line : t.lines) ADD_FAILURE() << line;
+  ASSERT_TRUE(opened);
+  EXPECT_EQ(mse, 0.0);
+}
+
+TEST(CompressedImage2D, AFileThatDoesNotDecodeGivesMessage85) {
+  TestFrame t;
+  TempFolder dir;
+  const std::string path = dir / "bad.wc2";
+  WriteBytes(path, "nothing to decode here");
+  Graph2Form& g = NewForm(t, 64);
+  EXPECT_FALSE(g.LoadFunction(path, form2d::kFileWc2));
+  EXPECT_TRUE(Reported(t, "message 85"));
+  EXPECT_EQ(g.NumGraphsPlotted(), 0);
 }
 
 }  // namespace
