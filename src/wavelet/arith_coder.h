@@ -12,6 +12,7 @@
 // at 9 code bits.
 
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <vector>
 
@@ -85,7 +86,45 @@ inline std::int32_t Divide(std::int32_t x, std::int32_t d) {
 
 inline void Emit(ArithState& s, int bit, BitWriter& bits) {
   bits.TransmitBit(bit);
-  for (; s.pending > 0; --s.pending) bits.TransmitBit(1 - bit);
+  bits.TransmitRepeated(1 - bit, s.pending);
+  s.pending = 0;
+}
+
+// The steps of a renormalisation in which low and high share their top bit
+// (settling it) come first, and there are as many as the leading bits they
+// share: none follows one that subtracts a quarter, which leaves low below
+// half and high at or above it. So those steps are taken at once: the
+// shared bits shifted out of low, and ones into high. Only for a state in
+// range (0 <= low <= high <= top).
+inline int SharedTopBits(const ArithState& s, const ArithPrecision& p) {
+  return p.codeBits - std::bit_width(static_cast<std::uint32_t>(s.low ^ s.high));
+}
+
+inline bool InRange(const ArithState& s, const ArithPrecision& p) {
+  return s.low >= 0 && s.low <= s.high && s.high <= p.top;
+}
+
+inline void ShiftOutShared(ArithState& s, const ArithPrecision& p, int shared) {
+  s.low = (s.low << shared) & p.top;
+  s.high = ((s.high << shared) | ((1 << shared) - 1)) & p.top;
+}
+
+// Then low is below half and high at or above it, and a step that takes a
+// quarter off (low >= the first quarter, high below the third) keeps them
+// so: it drops the bit below the top of each, low's a 1 and high's a 0, and
+// shifts the lower bits up, the top bit staying. So the number of such
+// steps is the run of 1s in low and 0s in high from the bit below the top
+// down, and they too go at once.
+inline int QuarterSteps(const ArithState& s, const ArithPrecision& p) {
+  const std::uint32_t below = static_cast<std::uint32_t>(p.half - 1);
+  const std::uint32_t breaks = ~(static_cast<std::uint32_t>(s.low) & ~static_cast<std::uint32_t>(s.high)) & below;
+  return p.codeBits - 1 - std::bit_width(breaks);
+}
+
+inline void ShiftOutQuarters(ArithState& s, const ArithPrecision& p, int quarters) {
+  const std::int32_t below = p.half - 1;
+  s.low = (s.low << quarters) & below;
+  s.high = (((s.high << quarters) | ((1 << quarters) - 1)) & below) | p.half;
 }
 
 template <typename Model>
@@ -96,7 +135,8 @@ void Narrow(ArithState& s, const Model& m, int index) {
   s.low = s.low + Divide(s.range * m.cum[static_cast<std::size_t>(index)], total);
 }
 
-inline void RenormaliseEncoding(ArithState& s, const ArithPrecision& p, BitWriter& bits) {
+// One step at a time, for any state.
+inline void RenormaliseEncodingByStep(ArithState& s, const ArithPrecision& p, BitWriter& bits) {
   for (;;) {
     if (s.high < p.half) {
       Emit(s, 0, bits);
@@ -116,7 +156,24 @@ inline void RenormaliseEncoding(ArithState& s, const ArithPrecision& p, BitWrite
   }
 }
 
-inline void RenormaliseDecoding(ArithState& s, const ArithPrecision& p, BitReader& bits) {
+inline void RenormaliseEncoding(ArithState& s, const ArithPrecision& p, BitWriter& bits) {
+  if (!InRange(s, p)) return RenormaliseEncodingByStep(s, p, bits);
+  const int shared = SharedTopBits(s, p);
+  if (shared > 0) {
+    // The first settled bit, then the pending bits, then the rest.
+    const int top = p.codeBits - 1;
+    Emit(s, (s.low >> top) & 1, bits);
+    if (shared > 1)
+      bits.TransmitBits(static_cast<std::uint32_t>(s.low >> (p.codeBits - shared)) & ((1u << (shared - 1)) - 1),
+                        shared - 1);
+    ShiftOutShared(s, p, shared);
+  }
+  const int quarters = QuarterSteps(s, p);
+  s.pending += quarters;
+  ShiftOutQuarters(s, p, quarters);
+}
+
+inline void RenormaliseDecodingByStep(ArithState& s, const ArithPrecision& p, BitReader& bits) {
   for (;;) {
     if (s.high >= p.half) {
       if (s.low >= p.half) {
@@ -135,6 +192,25 @@ inline void RenormaliseDecoding(ArithState& s, const ArithPrecision& p, BitReade
     s.high = 2 * s.high + 1;
     s.value = 2 * s.value + bits.GetBit();
   }
+}
+
+// As on encoding, when the value too shares the settled bits (it lies
+// between low and high in any stream a coder wrote), so that dropping them
+// is what the steps' subtractions do.
+inline void RenormaliseDecoding(ArithState& s, const ArithPrecision& p, BitReader& bits) {
+  if (!InRange(s, p) || s.value < 0 || s.value > p.top) return RenormaliseDecodingByStep(s, p, bits);
+  const int shared = SharedTopBits(s, p);
+  if (shared > 0) {
+    const int kept = p.codeBits - shared;
+    if ((s.value >> kept) != (s.low >> kept)) return RenormaliseDecodingByStep(s, p, bits);
+    ShiftOutShared(s, p, shared);
+    s.value = ((s.value << shared) & p.top) | static_cast<std::int32_t>(bits.GetBits(shared));
+  }
+  if (s.value < s.low || s.value > s.high) return RenormaliseDecodingByStep(s, p, bits);
+  const int quarters = QuarterSteps(s, p);
+  s.value = (s.value & p.half) | ((s.value << quarters) & (p.half - 1)) |
+            static_cast<std::int32_t>(bits.GetBits(quarters));
+  ShiftOutQuarters(s, p, quarters);
 }
 
 template <typename Model>

@@ -29,6 +29,30 @@ class BitWriter {
     }
     ++bitsUsed_;
   }
+  // The low `count` bits of `bits` (count up to 24), the highest first: the
+  // bytes and count of TransmitBit for each in turn.
+  void TransmitBits(std::uint32_t bits, int count) {
+    bitsUsed_ += count;
+    while (count > 0) {
+      const int take = count < bitsToGo_ ? count : bitsToGo_;
+      count -= take;
+      bitsToGo_ -= take;
+      buffer_ |= static_cast<int>((bits >> count) & ((1u << take) - 1)) << bitsToGo_;
+      if (bitsToGo_ == 0) {
+        bytes_.push_back(static_cast<std::uint8_t>(buffer_));
+        bitsToGo_ = 8;
+        buffer_ = 0;
+      }
+    }
+  }
+  // `count` copies of the bit.
+  void TransmitRepeated(int bit, std::int64_t count) {
+    constexpr int kPiece = 24;
+    for (; count > 0; count -= kPiece) {
+      const int take = count < kPiece ? static_cast<int>(count) : kPiece;
+      TransmitBits(bit != 0 ? (1u << take) - 1 : 0u, take);
+    }
+  }
   // A 0, then the bit.
   void TransmitDbl(int bit) {
     TransmitBit(0);
@@ -64,6 +88,22 @@ class BitReader {
     ++bitsUsed_;
     if (pastEnd_) ++bitsPastEnd_;
     return (buffer_ >> bitsToGo_) & 1;
+  }
+
+  // The next `count` bits (up to 24), the first highest: GetBit's value,
+  // count and reads for each in turn.
+  std::uint32_t GetBits(int count) {
+    std::uint32_t value = 0;
+    while (count > 0) {
+      if (bitsToGo_ == 0) NextByte();
+      const int take = count < bitsToGo_ ? count : bitsToGo_;
+      count -= take;
+      bitsToGo_ -= take;
+      bitsUsed_ += take;
+      if (pastEnd_) bitsPastEnd_ += take;
+      value = value << take | (static_cast<std::uint32_t>(buffer_ >> bitsToGo_) & ((1u << take) - 1));
+    }
+    return value;
   }
 
   std::int64_t BitsUsed() const { return bitsUsed_; }
