@@ -248,8 +248,8 @@ double Magnitude(float v) { return std::fabs(static_cast<double>(v)); }
 // `byPosition` and `bySlot` are the walk's value by position and by place
 // (FlatScanOrder::Rebuild).
 template <typename T>
-bool EndPass(PassState& s, int waveletIndex, const char* verb, std::int64_t bitsUsed, const T* byPosition,
-             T* bySlot) {
+bool EndPass(PassState& s, int waveletIndex, const char* verb, std::int64_t bitsUsed,
+             const FlatScanOrder::Carried<T>& byPosition, T* bySlot) {
   s.formerSignificant = s.significant;
   ReportData(s, verb, bitsUsed);
   s.order.Rebuild(s.quant, s.nonZero, s.threshold, byPosition, bySlot);
@@ -356,6 +356,10 @@ void EncodePasses(const ImagePlane& c, int exponent, int waveletIndex, std::int3
   const SignificanceTable table = SignificancePasses(c, exponent);
   std::vector<std::uint16_t> whenBySlot(table.passes.size());
   s.order.Carry(table.passes.data(), whenBySlot.data());
+  const std::vector<std::array<std::uint16_t, 4>> whenOfChildren = s.order.ChildrenByParent(table.passes.data());
+  FlatScanOrder::Carried<std::uint16_t> carried;
+  carried.byPosition = table.passes.data();
+  carried.byParent = whenOfChildren.empty() ? nullptr : whenOfChildren.data();
   for (s.pass = 1;; ++s.pass) {
     const double former = s.threshold;
     s.threshold /= 2.0;
@@ -407,7 +411,7 @@ void EncodePasses(const ImagePlane& c, int exponent, int waveletIndex, std::int3
       ch.Refine(moved);
       return moved;
     });
-    if (!onBudget || !EndPass(s, waveletIndex, "encoded", ch.Used(), table.passes.data(), whenBySlot.data())) return;
+    if (!onBudget || !EndPass(s, waveletIndex, "encoded", ch.Used(), carried, whenBySlot.data())) return;
   }
 }
 
@@ -415,6 +419,9 @@ template <typename Receiver>
 void DecodePasses(int waveletIndex, std::int32_t budget, Receiver& ch, PassState& s) {
   // By place: whether the value there is non-zero.
   std::vector<std::uint8_t> nonZeroBySlot(s.nonZero.size(), 0);
+  FlatScanOrder::Carried<std::uint8_t> carried;
+  carried.byPosition = s.nonZero.data();
+  carried.zeroWhereZero = true;
   for (s.pass = 1;; ++s.pass) {
     const double former = s.threshold;
     s.threshold /= 2.0;
@@ -471,7 +478,7 @@ void DecodePasses(int waveletIndex, std::int32_t budget, Receiver& ch, PassState
     s.passedOverCount = passed;
     if (ch.Used() >= budget) return;
     const bool onBudget = RefinementPass(s, former, budget, ch, [&](std::int32_t, float) { return ch.Refine(); });
-    if (!onBudget || !EndPass(s, waveletIndex, "decoded", ch.Used(), s.nonZero.data(), nonZeroBySlot.data())) return;
+    if (!onBudget || !EndPass(s, waveletIndex, "decoded", ch.Used(), carried, nonZeroBySlot.data())) return;
   }
 }
 

@@ -281,11 +281,11 @@ bool FlatScanOrder::CheckLevelByLevel() {
 
 template <typename T>
 void FlatScanOrder::Rebuild(const ImagePlane& quant, const std::vector<std::uint8_t>& nonZero, double threshold,
-                            const T* byPosition, T* bySlot) {
+                            const Carried<T>& carried, T* bySlot) {
   if (!regular_) {
     CreateNewScanOrder(linked_, levels_, quant, threshold);
     Flatten();
-    Carry(byPosition, bySlot);
+    Carry(carried.byPosition, bySlot);
     return;
   }
   // A level whose parents come in the same order with the same codes as at
@@ -298,7 +298,7 @@ void FlatScanOrder::Rebuild(const ImagePlane& quant, const std::vector<std::uint
   for (int level = 1; level < levels_; ++level, start += count, count *= 4) {
     const ParentKinds kinds = SortParents(bw << (level - 1), bh << (level - 1), nonZero.data());
     if (!parentsMoved && !kinds.changed) continue;
-    PlaceChildren(start, count, kinds.count, byPosition, bySlot);
+    PlaceChildren(start, count, kinds.count, carried, bySlot);
     parentsMoved = true;
   }
 }
@@ -350,11 +350,9 @@ FlatScanOrder::ParentKinds FlatScanOrder::SortParents(int edgeX, int edgeY, cons
     }
     all += static_cast<std::size_t>(to - from);
   };
-  for (int y = 0; y < edgeY; ++y) sortRow(static_cast<std::size_t>(y), edgeX, 2 * edgeX, 1);
-  for (int y = edgeY; y < 2 * edgeY; ++y) {
-    sortRow(static_cast<std::size_t>(y), 0, edgeX, 2);
-    sortRow(static_cast<std::size_t>(y), edgeX, 2 * edgeX, 3);
-  }
+  ForEachParentRun(edgeX, edgeY, [&](int y, int from, int to, int block) {
+    sortRow(static_cast<std::size_t>(y), from, to, block);
+  });
   ParentKinds kinds;
   kinds.count = {nonZeroParents, withChild, all - nonZeroParents - withChild};
   kinds.changed = changed != 0;
@@ -369,7 +367,7 @@ FlatScanOrder::ParentKinds FlatScanOrder::SortParents(int edgeX, int edgeY, cons
 // position 2p.
 template <typename T>
 void FlatScanOrder::PlaceChildren(std::size_t start, std::size_t count, const std::array<std::size_t, 3>& kinds,
-                                  const T* byPosition, T* bySlot) {
+                                  const Carried<T>& carried, T* bySlot) {
   const std::int32_t w = width_;
   const std::int32_t offsets[4][4] = {{0, 0, 0, 0}, {0, w, w + 1, 1}, {0, 1, w + 1, w}, {0, 1, w, w + 1}};
   const std::size_t first = start + count;
@@ -388,18 +386,43 @@ void FlatScanOrder::PlaceChildren(std::size_t start, std::size_t count, const st
     at0 += kind == 0 ? 4 : 0;
     at1 += kind == 1 ? 4 : 0;
     at2 += kind == 2 ? 4 : 0;
-    for (int j = 0; j < 4; ++j) {
-      const std::int32_t child = c + o[j];
-      places[d + static_cast<std::size_t>(j)] = child;
-      bySlot[d + static_cast<std::size_t>(j)] = byPosition[child];
+    for (int j = 0; j < 4; ++j) places[d + static_cast<std::size_t>(j)] = c + o[j];
+    T* values = bySlot + d;
+    if (carried.byParent != nullptr) {
+      std::memcpy(values, carried.byParent[p].data(), 4 * sizeof(T));
+    } else if (carried.zeroWhereZero && kind == 2) {
+      std::memset(values, 0, 4 * sizeof(T));
+    } else {
+      for (int j = 0; j < 4; ++j) values[j] = carried.byPosition[c + o[j]];
     }
   }
 }
 
-template void FlatScanOrder::Rebuild(const ImagePlane&, const std::vector<std::uint8_t>&, double, const std::uint8_t*,
-                                     std::uint8_t*);
-template void FlatScanOrder::Rebuild(const ImagePlane&, const std::vector<std::uint8_t>&, double, const std::uint16_t*,
-                                     std::uint16_t*);
+template <typename T>
+std::vector<std::array<T, 4>> FlatScanOrder::ChildrenByParent(const T* byPosition) const {
+  std::vector<std::array<T, 4>> byParent;
+  if (!regular_) return byParent;
+  const std::int32_t w = width_;
+  const std::int32_t offsets[4][4] = {{0, 0, 0, 0}, {0, w, w + 1, 1}, {0, 1, w + 1, w}, {0, 1, w, w + 1}};
+  byParent.resize(static_cast<std::size_t>(height_ / 2) * static_cast<std::size_t>(width_));
+  const int bw = width_ >> levels_, bh = height_ >> levels_;
+  for (int level = 1; level < levels_; ++level)
+    ForEachParentRun(bw << (level - 1), bh << (level - 1), [&](int y, int from, int to, int block) {
+      for (int x = from; x < to; ++x) {
+        const std::int32_t p = y * w + x;
+        for (int j = 0; j < 4; ++j) byParent[static_cast<std::size_t>(p)][static_cast<std::size_t>(j)] =
+            byPosition[2 * p + offsets[block][j]];
+      }
+    });
+  return byParent;
+}
+
+template void FlatScanOrder::Rebuild(const ImagePlane&, const std::vector<std::uint8_t>&, double,
+                                     const Carried<std::uint8_t>&, std::uint8_t*);
+template void FlatScanOrder::Rebuild(const ImagePlane&, const std::vector<std::uint8_t>&, double,
+                                     const Carried<std::uint16_t>&, std::uint16_t*);
+template std::vector<std::array<std::uint8_t, 4>> FlatScanOrder::ChildrenByParent(const std::uint8_t*) const;
+template std::vector<std::array<std::uint16_t, 4>> FlatScanOrder::ChildrenByParent(const std::uint16_t*) const;
 
 StartThreshold GetThreshold(const ImagePlane& transform) {
   double largest = 0.0;

@@ -68,12 +68,27 @@ class FlatScanOrder {
   // holds, by position, whether quant is non-zero; every non-zero value has
   // |quant| >= threshold, so the first kind is the non-zero parents.
   // A by-position value travels with the positions: when bySlot[i] ==
-  // byPosition[Positions()[i]] for every place before the call, so it is
-  // after, the places the rebuild moves being refilled from byPosition. T is
+  // carried.byPosition[Positions()[i]] for every place before the call, so
+  // it is after, the places the rebuild moves being refilled. T is
   // std::uint8_t or std::uint16_t.
   template <typename T>
+  struct Carried {
+    const T* byPosition = nullptr;
+    // ChildrenByParent(byPosition), for a value that never changes: one read
+    // per parent instead of four. Or null.
+    const std::array<T, 4>* byParent = nullptr;
+    // The value is 0 wherever nonZero is: the children of a parent with no
+    // non-zero child take 0 without a read.
+    bool zeroWhereZero = false;
+  };
+  template <typename T>
   void Rebuild(const ImagePlane& quant, const std::vector<std::uint8_t>& nonZero, double threshold,
-               const T* byPosition, T* bySlot);
+               const Carried<T>& carried, T* bySlot);
+  // The values of each parent's four children in the order the rebuild
+  // places them, by the parent's position (its entries for other positions
+  // unused); empty on a plane that is not regular.
+  template <typename T>
+  std::vector<std::array<T, 4>> ChildrenByParent(const T* byPosition) const;
   // bySlot[i] = byPosition[Positions()[i]] for every place.
   template <typename T>
   void Carry(const T* byPosition, T* bySlot) const {
@@ -93,7 +108,17 @@ class FlatScanOrder {
   ParentKinds SortParents(int edgeX, int edgeY, const std::uint8_t* nonZero);
   template <typename T>
   void PlaceChildren(std::size_t start, std::size_t count, const std::array<std::size_t, 3>& kinds,
-                     const T* byPosition, T* bySlot);
+                     const Carried<T>& carried, T* bySlot);
+  // Calls visit(y, from, to, block) for each row run of a level's parents
+  // (the three blocks beside the corner of sides edgeX by edgeY).
+  template <typename Visit>
+  static void ForEachParentRun(int edgeX, int edgeY, Visit visit) {
+    for (int y = 0; y < edgeY; ++y) visit(y, edgeX, 2 * edgeX, 1);
+    for (int y = edgeY; y < 2 * edgeY; ++y) {
+      visit(y, 0, edgeX, 2);
+      visit(y, edgeX, 2 * edgeX, 3);
+    }
+  }
 
   int levels_ = 0, width_ = 0, height_ = 0;
   bool regular_ = false;

@@ -130,7 +130,8 @@ TEST(AswdrScan, EveryOrderIsAPermutation) {
 }
 
 // The flat order, started and rebuilt, against the linked one it stands
-// for, with a by-position value carried along: square planes (built in
+// for, with a by-position value carried along (read by position, by parent,
+// and the non-zero flags with their zeros unread): square planes (built in
 // walk order) and oblong ones (flattened from the links).
 TEST(AswdrScan, FlatOrderFollowsTheLinkedOrder) {
   const int sizes[][3] = {{64, 64, 5}, {64, 64, 1}, {32, 32, 3}, {8, 8, 3}, {32, 64, 3}, {64, 32, 2}};
@@ -152,6 +153,14 @@ TEST(AswdrScan, FlatOrderFollowsTheLinkedOrder) {
     std::vector<std::uint16_t> byPosition(n), bySlot(n);
     for (std::size_t p = 0; p < n; ++p) byPosition[p] = static_cast<std::uint16_t>(p * 7 % 65521);
     flat.Carry(byPosition.data(), bySlot.data());
+    // The same value read by parent, and the non-zero flags themselves.
+    FlatScanOrder byParentOrder, nonZeroOrder;
+    byParentOrder.Start(s[2], s[0], s[1]);
+    nonZeroOrder.Start(s[2], s[0], s[1]);
+    const auto children = byParentOrder.ChildrenByParent(byPosition.data());
+    std::vector<std::uint16_t> byParentSlot(n);
+    byParentOrder.Carry(byPosition.data(), byParentSlot.data());
+    std::vector<std::uint8_t> nonZeroSlot(n, 0);
     for (int round = 0; round < 3; ++round) {
       std::vector<std::uint8_t> nonZero(n);
       for (std::size_t p = 0; p < n; ++p) {
@@ -159,10 +168,24 @@ TEST(AswdrScan, FlatOrderFollowsTheLinkedOrder) {
         nonZero[p] = quant.v[p] != 0.0f ? 1 : 0;
       }
       CreateNewScanOrder(linked, s[2], quant, 8.0);
-      flat.Rebuild(quant, nonZero, 8.0, byPosition.data(), bySlot.data());
+      flat.Rebuild(quant, nonZero, 8.0, FlatScanOrder::Carried<std::uint16_t>{byPosition.data()}, bySlot.data());
       EXPECT_TRUE(sameWalk()) << s[0] << "x" << s[1] << " round " << round;
       for (std::size_t i = 0; i < n; ++i)
         ASSERT_EQ(bySlot[i], byPosition[static_cast<std::size_t>(flat.Positions()[i])]);
+      FlatScanOrder::Carried<std::uint16_t> byParent{byPosition.data()};
+      byParent.byParent = children.empty() ? nullptr : children.data();
+      byParentOrder.Rebuild(quant, nonZero, 8.0, byParent, byParentSlot.data());
+      // The flags by place as the coder keeps them: current before the rebuild.
+      nonZeroOrder.Carry(nonZero.data(), nonZeroSlot.data());
+      FlatScanOrder::Carried<std::uint8_t> flags{nonZero.data()};
+      flags.zeroWhereZero = true;
+      nonZeroOrder.Rebuild(quant, nonZero, 8.0, flags, nonZeroSlot.data());
+      ASSERT_EQ(byParentOrder.Positions(), flat.Positions());
+      ASSERT_EQ(nonZeroOrder.Positions(), flat.Positions());
+      for (std::size_t i = 0; i < n; ++i) {
+        ASSERT_EQ(byParentSlot[i], bySlot[i]);
+        ASSERT_EQ(nonZeroSlot[i], nonZero[static_cast<std::size_t>(flat.Positions()[i])]);
+      }
     }
   }
 }
