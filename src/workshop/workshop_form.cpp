@@ -10,6 +10,7 @@
 #include "kit/menu_table.h"
 #include "platform/file_dialog.h"
 #include "platform/services.h"
+#include "wavelet/wdr_denoise.h"
 #include "wavelet/wdr_scan.h"
 #include "wavelet/workshop_entropy.h"
 #include "workshop/workshop_menu.h"
@@ -66,8 +67,6 @@ void WorkshopForm::BuildControls() {
   button("cmdLookUp", "Create Lookup Table", "Prints the weights by which symbols and bits are packed.");
   button("cmdArithCode", "Arithmetic CoDec", "Codes and decodes a string with the arithmetic coder.");
   button("cmdHelp", "Help", "Help on the workshop.");
-  // Not built yet: the transform denoiser.
-  controls_.SetEnabled("cmdDenoise", false);
   controls_.Add("txtLevels", ControlKind::Text, "5").tip = "Levels of the stored transform.";
   controls_.Add("txtBitRate", ControlKind::Text, "0.5").tip = "The bit rate to reach, bits per pixel.";
   controls_.Add("txtPSNR", ControlKind::Text, "30").tip = "The PSNR to reach, in dB.";
@@ -92,6 +91,7 @@ void WorkshopForm::BuildControls() {
 void WorkshopForm::BindCommands() {
   OnButton("cmdEncode", [this](int) { RunPaced([this] { EncodeCommand(); }); });
   OnButton("cmdDecode", [this](int) { RunPaced([this] { DecodeCommand(); }); });
+  OnButton("cmdDenoise", [this](int) { RunPaced([this] { DenoiseCommand(); }); });
   OnButton("cmdScanOrder", [this](int) { ScanOrderCommand(); });
   OnButton("cmdZigZag", [this](int) { ZigZagCommand(); });
   OnButton("cmdLookUp", [this](int) { LookUpCommand(); });
@@ -133,7 +133,7 @@ void WorkshopForm::LossyChanged() {
 
 // ---------------------------------------------------------------- coding
 
-bool WorkshopForm::GetTestData(int& levels) {
+bool WorkshopForm::GetTestData(const std::string& levelsBox, int& levels) {
   const auto chosen = context_.services().fileDialog->Run({platform::FileDialogMode::Open, "Transform data",
                                                           kTransformFilter, 1, platform::kFlagFileMustExist, "",
                                                           context_.DialogFolder(kFolderData, "Data")});
@@ -148,7 +148,7 @@ bool WorkshopForm::GetTestData(int& levels) {
   }
   const int n = record->points;
   const int most = wavelet::HighestLevel(n);
-  const double typed = compiler_.VALU(controls_.Text("txtLevels"));
+  const double typed = compiler_.VALU(controls_.Text(levelsBox));
   if (most == 0 || !(typed >= 1) || typed > most) {
     context_.ShowError(21);
     return false;
@@ -186,7 +186,7 @@ void WorkshopForm::EncodeCommand() {
   }
   Report("");
   int levels = 0;
-  if (!GetTestData(levels)) return;
+  if (!GetTestData("txtLevels", levels)) return;
   options.levels = levels;
   options.scanMode = Chosen("OpScan", 4) + 1;
   const int stage = Chosen("OpCompress", 3);
@@ -231,22 +231,10 @@ void WorkshopForm::DecodeCommand() {
   }
   decoded_ = std::move(decoded->plane);
   const int n = decoded_.width;
-  // SaveQuantizationMatrix: the matrix as a .kb2 file beside the .wic.
-  Kb2Record record;
-  record.points = n;
-  record.left = 0.0f;
-  record.right = static_cast<float>(n);
-  record.samples.assign((static_cast<std::size_t>(n) + 1) * (static_cast<std::size_t>(n) + 1), 0.0f);
-  for (int y = 0; y < n; ++y)
-    for (int x = 0; x < n; ++x)
-      record.samples[static_cast<std::size_t>(y) * (static_cast<std::size_t>(n) + 1) + x] = decoded_.At(x, y);
   std::string path = chosen->path;
   if (path.size() > 4) path.resize(path.size() - 4);
   path += "_quant.kb2";
-  if (!WriteFileBytes(path, WriteKb2(record))) {
-    context_.ShowError(32);
-    return;
-  }
+  if (!SaveQuantizationMatrix(decoded_, path)) return;
   std::string text = "Decoded matrix saved in file:  " + path + "\r\n";
   // The distortion against the transform last read, when it is that one;
   // none for an exact decoding.
@@ -259,6 +247,64 @@ void WorkshopForm::DecodeCommand() {
     if (d > 0) text += "Distortion (PSNR): " + PlainNumber(wavelet::FPSNR(d)) + "\r\n";
   }
   Report(text);
+}
+
+bool WorkshopForm::SaveQuantizationMatrix(const wavelet::ImagePlane& matrix, const std::string& path) {
+  const int n = matrix.width;
+  const auto stride = static_cast<std::size_t>(n) + 1;
+  Kb2Record record;
+  record.points = n;
+  record.left = 0.0f;
+  record.right = static_cast<float>(n);
+  record.samples.assign(stride * stride, 0.0f);
+  for (int y = 0; y < n; ++y)
+    for (int x = 0; x < n; ++x) record.samples[static_cast<std::size_t>(y) * stride + x] = matrix.At(x, y);
+  if (WriteFileBytes(path, WriteKb2(record))) return true;
+  context_.ShowError(32);
+  return false;
+}
+
+void WorkshopForm::DenoiseCommand() {
+  wavelet::WdrDenoiseOptions options;
+  std::string thresholdText = controls_.Text("txtDNThresh");
+  options.floor = compiler_.VALU(thresholdText);
+  if (thresholdText == "N!N" || !std::isfinite(options.floor)) {
+    context_.ShowError(10);
+    return;
+  }
+  if (!(options.floor > 0)) {
+    context_.ShowError(11);
+    return;
+  }
+  const double depth = compiler_.VALU(controls_.Text("txtDepth"));
+  const double descents = compiler_.VALU(controls_.Text("txtDescents"));
+  if (!(depth >= 1 && depth <= 32) || !(descents >= 0 && descents <= 32)) {
+    context_.ShowError(21);
+    return;
+  }
+  options.depth = static_cast<int>(std::nearbyint(depth));
+  options.descents = static_cast<int>(std::nearbyint(descents));
+  options.refine = controls_["chkRefine"].value != 0;
+  options.shrink = controls_["chkShrinkage"].value != 0;
+  Report("");
+  if (!GetTestData("txtDNLevels", options.levels)) return;
+  wavelet::ImagePlane plane(n_, n_);
+  plane.v = transform_;
+  context_.ShowBusy();
+  bool ok = false;
+  wavelet::WdrDenoiseResult result = wavelet::ArrayDeNoiseEncode(plane, options, ok);
+  context_.ShowIdle();
+  if (!ok) {
+    context_.ShowError(21);
+    return;
+  }
+  decoded_ = std::move(result.plane);
+  const std::string path = (std::filesystem::path(context_.CompressFolder()) / (baseName_ + "_quant.kb2")).string();
+  if (!SaveQuantizationMatrix(decoded_, path)) return;
+  Report("Number of Completed Passes: " + std::to_string(result.passes) + "\r\nThreshold: " +
+         PlainNumber(result.lastThreshold) + "\r\nNumber of significant values: " + std::to_string(result.significant) +
+         "\r\nValues kept in trees of " + std::to_string(options.depth) + " levels: " + std::to_string(result.kept) +
+         "\r\nDenoised matrix saved in file:  " + path + "\r\n");
 }
 
 // ------------------------------------------------------------ test aids

@@ -26,6 +26,10 @@ class WorkshopForm final : public Form, private formula::FormulaHost {
 
   void EncodeCommand();
   void DecodeCommand();
+  // "Denoise Transform": the stored transform through the bit-plane passes
+  // down to the box's threshold, keeping trees of the box's depth; the
+  // matrix is stored as "_quant.kb2" in the workshop's folder.
+  void DenoiseCommand();
   void ScanOrderCommand();
   void ZigZagCommand();
   void LookUpCommand();
@@ -46,7 +50,9 @@ class WorkshopForm final : public Form, private formula::FormulaHost {
   void BindCommands();
   // GetTestData: a .kb2 file chosen in the dialog; its side must be one the
   // coders take and the levels box within its limit. False after a message.
-  bool GetTestData(int& levels);
+  bool GetTestData(const std::string& levelsBox, int& levels);
+  // SaveQuantizationMatrix: a matrix as a .kb2 file; false after a message.
+  bool SaveQuantizationMatrix(const wavelet::ImagePlane& matrix, const std::string& path);
   void Report(const std::string& text);
   int Chosen(const std::string& base, int count) const;
 

@@ -14,6 +14,7 @@
 #include "kit/typed_forms.h"
 #include "test_frame.h"
 #include "wavelet/image_transform.h"
+#include "wavelet/wdr_denoise.h"
 #include "wavelet/wdr_files.h"
 #include "workshop/workshop_form.h"
 
@@ -164,6 +165,44 @@ TEST(Workshop, ABadFileGivesMessage85) {
   ASSERT_TRUE(w.Click("cmdDecode"));
   std::filesystem::remove(bad);
   EXPECT_EQ(t.lines, std::vector<std::string>{"message 85: Error decompressing file."});
+}
+
+TEST(Workshop, DenoiseTransformStoresTheMatrixTheDenoiserGives) {
+  TestFrame t;
+  WorkshopForm& w = OpenWorkshop(t);
+  const std::string source = TempPath("keldo_ws_noisy.kb2");
+  const std::vector<float> transform = WriteTransform(source);
+  w.controls().SetText("txtDNLevels", "3");
+  w.controls().SetText("txtDNThresh", "12");
+  w.controls().SetText("txtDepth", "2");
+  ASSERT_TRUE(w.controls().SetFromUser("chkShrinkage", "1"));
+  t.platform.fileDialog.QueueAnswer(source);
+  ASSERT_TRUE(w.Click("cmdDenoise"));
+  std::filesystem::remove(source);
+  EXPECT_TRUE(t.lines.empty());
+  wavelet::ImagePlane plane(64, 64);
+  plane.v = transform;
+  wavelet::WdrDenoiseOptions options;
+  options.levels = 3;
+  options.floor = 12;
+  options.depth = 2;
+  options.shrink = true;
+  bool ok = false;
+  const wavelet::WdrDenoiseResult expected = wavelet::ArrayDeNoiseEncode(plane, options, ok);
+  ASSERT_TRUE(ok);
+  EXPECT_EQ(w.Decoded().v, expected.plane.v);
+  const std::string report = w.controls().Text("TxtData");
+  EXPECT_NE(report.find("Number of significant values: " + std::to_string(expected.significant)), std::string::npos)
+      << report;
+  const std::string quant = t.frame.CompressFolder() + "/keldo_ws_noisy_quant.kb2";
+  EXPECT_NE(report.find("Denoised matrix saved in file:  " + quant), std::string::npos) << report;
+  EXPECT_TRUE(std::filesystem::exists(quant));
+  // A negative threshold is refused before any file is asked for.
+  const std::size_t asked = t.platform.fileDialog.Requests().size();
+  w.controls().SetText("txtDNThresh", "-1");
+  ASSERT_TRUE(w.Click("cmdDenoise"));
+  EXPECT_EQ(t.lines, std::vector<std::string>{"message 11: Threshold value cannot be negative."});
+  EXPECT_EQ(t.platform.fileDialog.Requests().size(), asked);
 }
 
 TEST(Workshop, TheScanOrderAidPrintsTheEightByEightOrder) {
