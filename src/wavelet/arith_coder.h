@@ -306,9 +306,18 @@ class ArithmeticCoderTwo {
     arith_step::RenormaliseEncoding(state_, kArithNineBits, bits);
     arith_step::Update(m, index, rescaleTop, kArithNineBits.maxFrequency);
   }
+  // Find's index without a branch: while cum falls (or holds) over indices
+  // 1..3, as the update keeps it in any stream a coder wrote, the first
+  // index at or below the target is 1 plus the count of those above it.
+  static int FindInOrderedModel(const ArithState& s, const Model& m) {
+    if (m.cum[1] < m.cum[2] || m.cum[2] < m.cum[3]) return arith_step::Find(s, m, kEofSymbol);
+    const std::int32_t range = s.high - s.low + 1;
+    const std::int32_t target = arith_step::Divide((s.value - s.low + 1) * m.cum[0] - 1, range);
+    return 1 + (m.cum[1] > target ? 1 : 0) + (m.cum[2] > target ? 1 : 0) + (m.cum[3] > target ? 1 : 0);
+  }
   int DecodeIn(int rescaleTop, BitReader& bits) {
     Model& m = Current();
-    const int index = arith_step::Find(state_, m, kEofSymbol);
+    const int index = FindInOrderedModel(state_, m);
     arith_step::Narrow(state_, m, index);
     arith_step::RenormaliseDecoding(state_, kArithNineBits, bits);
     if (index == kEofSymbol) return kEofSymbol;
