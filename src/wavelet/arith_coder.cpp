@@ -4,6 +4,51 @@
 
 namespace keldo::wavelet {
 
+namespace arith_step {
+
+void RenormaliseEncodingByStep(ArithState& s, const ArithPrecision& p, BitWriter& bits) {
+  for (;;) {
+    if (s.high < p.half) {
+      Emit(s, 0, bits);
+    } else if (s.low >= p.half) {
+      Emit(s, 1, bits);
+      s.low -= p.half;
+      s.high -= p.half;
+    } else if (s.low >= p.firstQuarter && s.high < p.thirdQuarter) {
+      ++s.pending;
+      s.low -= p.firstQuarter;
+      s.high -= p.firstQuarter;
+    } else {
+      return;
+    }
+    s.low = 2 * s.low;
+    s.high = 2 * s.high + 1;
+  }
+}
+
+void RenormaliseDecodingByStep(ArithState& s, const ArithPrecision& p, BitReader& bits) {
+  for (;;) {
+    if (s.high >= p.half) {
+      if (s.low >= p.half) {
+        s.value -= p.half;
+        s.low -= p.half;
+        s.high -= p.half;
+      } else if (s.low >= p.firstQuarter && s.high < p.thirdQuarter) {
+        s.value -= p.firstQuarter;
+        s.low -= p.firstQuarter;
+        s.high -= p.firstQuarter;
+      } else {
+        return;
+      }
+    }
+    s.low = 2 * s.low;
+    s.high = 2 * s.high + 1;
+    s.value = 2 * s.value + bits.GetBit();
+  }
+}
+
+}  // namespace arith_step
+
 void NarrowToIndex(ArithState& s, const ArithModel& m, int index) { arith_step::Narrow(s, m, index); }
 
 void RenormaliseEncoding(ArithState& s, const ArithPrecision& p, BitWriter& bits) {

@@ -128,33 +128,16 @@ inline void ShiftOutQuarters(ArithState& s, const ArithPrecision& p, int quarter
 }
 
 template <typename Model>
-void Narrow(ArithState& s, const Model& m, int index) {
+inline void Narrow(ArithState& s, const Model& m, int index) {
   s.range = s.high - s.low + 1;
   const std::int32_t total = m.cum[0];
   s.high = s.low + Divide(s.range * m.cum[static_cast<std::size_t>(index - 1)], total) - 1;
   s.low = s.low + Divide(s.range * m.cum[static_cast<std::size_t>(index)], total);
 }
 
-// One step at a time, for any state.
-inline void RenormaliseEncodingByStep(ArithState& s, const ArithPrecision& p, BitWriter& bits) {
-  for (;;) {
-    if (s.high < p.half) {
-      Emit(s, 0, bits);
-    } else if (s.low >= p.half) {
-      Emit(s, 1, bits);
-      s.low -= p.half;
-      s.high -= p.half;
-    } else if (s.low >= p.firstQuarter && s.high < p.thirdQuarter) {
-      ++s.pending;
-      s.low -= p.firstQuarter;
-      s.high -= p.firstQuarter;
-    } else {
-      return;
-    }
-    s.low = 2 * s.low;
-    s.high = 2 * s.high + 1;
-  }
-}
+// One step at a time, for any state (arith_coder.cpp).
+void RenormaliseEncodingByStep(ArithState& s, const ArithPrecision& p, BitWriter& bits);
+void RenormaliseDecodingByStep(ArithState& s, const ArithPrecision& p, BitReader& bits);
 
 inline void RenormaliseEncoding(ArithState& s, const ArithPrecision& p, BitWriter& bits) {
   if (!InRange(s, p)) return RenormaliseEncodingByStep(s, p, bits);
@@ -171,27 +154,6 @@ inline void RenormaliseEncoding(ArithState& s, const ArithPrecision& p, BitWrite
   const int quarters = QuarterSteps(s, p);
   s.pending += quarters;
   ShiftOutQuarters(s, p, quarters);
-}
-
-inline void RenormaliseDecodingByStep(ArithState& s, const ArithPrecision& p, BitReader& bits) {
-  for (;;) {
-    if (s.high >= p.half) {
-      if (s.low >= p.half) {
-        s.value -= p.half;
-        s.low -= p.half;
-        s.high -= p.half;
-      } else if (s.low >= p.firstQuarter && s.high < p.thirdQuarter) {
-        s.value -= p.firstQuarter;
-        s.low -= p.firstQuarter;
-        s.high -= p.firstQuarter;
-      } else {
-        return;
-      }
-    }
-    s.low = 2 * s.low;
-    s.high = 2 * s.high + 1;
-    s.value = 2 * s.value + bits.GetBit();
-  }
 }
 
 // As on encoding, when the value too shares the settled bits (it lies
@@ -214,7 +176,7 @@ inline void RenormaliseDecoding(ArithState& s, const ArithPrecision& p, BitReade
 }
 
 template <typename Model>
-int Find(const ArithState& s, const Model& m, int lastIndex) {
+inline int Find(const ArithState& s, const Model& m, int lastIndex) {
   const std::int32_t range = s.high - s.low + 1;
   const std::int32_t target = Divide((s.value - s.low + 1) * m.cum[0] - 1, range);
   int i = 1;
@@ -223,7 +185,7 @@ int Find(const ArithState& s, const Model& m, int lastIndex) {
 }
 
 template <typename Model>
-void Update(Model& m, int index, int rescaleTop, std::int32_t maxFrequency) {
+inline void Update(Model& m, int index, int rescaleTop, std::int32_t maxFrequency) {
   auto& freq = m.freq;
   auto& cum = m.cum;
   if (cum[0] == maxFrequency) {
