@@ -4,12 +4,13 @@
 #   scripts/make-guide-pictures.sh [BUILD_DIR]     (default: build)
 #
 # Every examples/*.ksc runs through BUILD_DIR/src/keldo-run in a temporary
-# folder of its own, where it writes its files; the examples folder and the
-# sources are left as they were. Each picture an example takes goes to
-# docs/images/ when a page of docs/ or the README shows it, or when
-# docs/images/ already holds a picture of that name. The pictures of the
-# guide that no example takes are listed at the end; they are made by hand
-# or by the screenshot test (frame-1d.png, under BUILD_DIR/screenshots/).
+# folder of its own, which is also its program folder (KELDO_HOME), where it
+# writes its files; the examples folder and the sources are left as they
+# were. Each picture an example takes goes to docs/images/ when a page of
+# docs/ or the README shows it, or when docs/images/ already holds a picture
+# of that name. The pictures of the guide that no example takes are listed
+# at the end; they are made by hand or by the screenshot test (frame-1d.png,
+# under BUILD_DIR/screenshots/).
 set -eu
 
 root=$(cd "$(dirname "$0")/.." && pwd)
@@ -36,7 +37,9 @@ failed=0
 for script in "$root"/examples/*.ksc; do
   name=$(basename "$script" .ksc)
   mkdir "$work/$name"
-  if ! (cd "$work/$name" && "$runner" "$script" >"$work/$name.out" 2>&1); then
+  # The program's folder is the example's own (KELDO_HOME=.), so that the
+  # folders it writes under it (Compress/Data, SndBuff) are there too.
+  if ! (cd "$work/$name" && KELDO_HOME=. "$runner" "$script" >"$work/$name.out" 2>&1); then
     echo "$name: keldo-run failed:" >&2
     cat "$work/$name.out" >&2
     failed=1
