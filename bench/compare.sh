@@ -71,6 +71,12 @@ for name in sorted(os.listdir(sys.argv[1])):
                     entry[side + "_psnr"] = b["psnr"]
             if median:
                 entry[side + "_median"] = True
+# The workshop's whole-way rows take OpenJPEG's row of the same image and rate.
+for key, v in rows.items():
+    part = key.split("/")
+    if part[0] == "BM_Workshop" and len(part) == 4 and "yardstick" not in v:
+        yard = rows.get("BM_Codec/%s/AswdrBinary/%s" % (part[1], part[3]), {})
+        v.update({k: yard[k] for k in ("yardstick", "yardstick_psnr") if k in yard})
 def fmt(t):
     if t is None: return "-"
     for unit, s in (("s", 1), ("ms", 1e-3), ("us", 1e-6)):
