@@ -266,7 +266,7 @@ class ArithmeticCoderTwo {
     const int index = m.charToIndex[static_cast<std::size_t>(character)];
     arith_step::Narrow(state_, m, index);
     arith_step::RenormaliseEncoding(state_, kArithNineBits, bits);
-    UpdateOrderedModel(m, index, rescaleTop);
+    arith_step::Update(m, index, rescaleTop, kArithNineBits.maxFrequency);
   }
   // Find's index without a branch: while cum falls (or holds) over indices
   // 1..3, as the update keeps it in any stream a coder wrote, the first
@@ -277,27 +277,6 @@ class ArithmeticCoderTwo {
     const std::int32_t target = arith_step::Divide((s.value - s.low + 1) * m.cum[0] - 1, range);
     return 1 + (m.cum[1] > target ? 1 : 0) + (m.cum[2] > target ? 1 : 0) + (m.cum[3] > target ? 1 : 0);
   }
-  // Update's result without a loop while the counts fall (or hold) over
-  // indices 1 to 3 and stay at least 1, as in any coder's stream, for the
-  // index of one of the context's characters (rescaleTop of them): the front
-  // of index i's run of equal counts is 1 plus the count of indices before
-  // it with more; the trade of characters is made even when it is with
-  // itself, and the sums above that front each grow by 1.
-  static void UpdateOrderedModel(Model& m, int index, int rescaleTop) {
-    const std::int32_t maxFrequency = kArithNineBits.maxFrequency;
-    if (m.cum[0] == maxFrequency || m.freq[1] < m.freq[2] || m.freq[2] < m.freq[3] || m.freq[3] < 1 || index > rescaleTop)
-      return arith_step::Update(m, index, rescaleTop, maxFrequency);
-    const std::int32_t own = m.freq[static_cast<std::size_t>(index)];
-    const int k = 1 + (index > 1 && m.freq[1] > own ? 1 : 0) + (index > 2 && m.freq[2] > own ? 1 : 0);
-    const auto atK = m.indexToChar[static_cast<std::size_t>(k)];
-    const auto atIndex = m.indexToChar[static_cast<std::size_t>(index)];
-    m.indexToChar[static_cast<std::size_t>(k)] = atIndex;
-    m.indexToChar[static_cast<std::size_t>(index)] = atK;
-    m.charToIndex[static_cast<std::size_t>(atK)] = static_cast<std::int16_t>(index);
-    m.charToIndex[static_cast<std::size_t>(atIndex)] = static_cast<std::int16_t>(k);
-    ++m.freq[static_cast<std::size_t>(k)];
-    for (int j = 0; j < 3; ++j) m.cum[static_cast<std::size_t>(j)] += j < k ? 1 : 0;
-  }
   int DecodeIn(int rescaleTop, BitReader& bits) {
     Model& m = Current();
     const int index = FindInOrderedModel(state_, m);
@@ -305,7 +284,7 @@ class ArithmeticCoderTwo {
     arith_step::RenormaliseDecoding(state_, kArithNineBits, bits);
     if (index == kEofSymbol) return kEofSymbol;
     const int character = m.indexToChar[static_cast<std::size_t>(index)];
-    UpdateOrderedModel(m, index, rescaleTop);
+    arith_step::Update(m, index, rescaleTop, kArithNineBits.maxFrequency);
     return character;
   }
 
