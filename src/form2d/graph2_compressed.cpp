@@ -54,7 +54,12 @@ bool Graph2Form::SaveToWaveletCompressedFile(const std::string& path, int g) {
   }
   // The lifting schemes leave two levels of the image's power unused.
   levels = std::min(levels, Log2(n_) - 2);
-  if (code(kCodeRegion) != 0.0f) {
+  // The region is the zoomed view of the picture: with the whole picture in
+  // view there is none, whatever the option says.
+  const GraphLook& look = Look(g);
+  const float left = GraphLeft(g), right = GraphRight(g);
+  const bool zoomed = look.viewXLeft > left || look.viewXRight < right || look.viewYLow > left || look.viewYHigh < right;
+  if (code(kCodeRegion) != 0.0f && zoomed) {
     context_.ShowCritical("Coding a region of interest is not available in this version.");
     return false;
   }

@@ -47,6 +47,13 @@ FormView::FormView(Form& form, QWidget* parent) : QWidget(parent), form_(form) {
     bottom->addLayout(builder_->MakeLayout(layout.bottom, this));
     grid->addLayout(bottom, 2, 0, 1, 2);
   }
+  // A form without pictures (the workshop) gives their room to its bottom
+  // row, its report.
+  if (form_.Pictures().empty()) {
+    plot_->hide();
+    grid->setRowStretch(0, 0);
+    grid->setRowStretch(2, 1);
+  }
   setWindowTitle(Q(form_.Caption()));
   // A plot changes the form between menu commands: show it as it grows.
   auto* timer = new QTimer(this);

@@ -55,7 +55,6 @@ WorkshopForm::WorkshopForm(FormContext& context) : Form(context, FormKind::Works
 
 void WorkshopForm::BuildControls() {
   SetMenu(BuildMenu(WorkshopMenuBar(), controls_));
-  controls_.Add("PicSideBox(0)", ControlKind::Panel);
   const auto button = [this](const char* name, const char* caption, const char* tip) {
     controls_.Add(name, ControlKind::Button, caption).tip = tip;
   };

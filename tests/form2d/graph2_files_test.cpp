@@ -624,6 +624,18 @@ TEST(CompressedImage2D, LosslessCodingOfAnIntegerWaveletGivesThePictureBack) {
   EXPECT_EQ(mse, 0.0);
 }
 
+TEST(CompressedImage2D, TheFramesDefaultsSaveAPictureInFullView) {
+  TestFrame t;
+  TempFolder dir;
+  Graph2Form& f = NewForm(t, 64);
+  Plot(f, "x*y");
+  // The defaults tick the region option; a picture in full view has none.
+  ASSERT_NE(t.frame.settings().wavCompCodes[7], 0.0f);
+  EXPECT_TRUE(f.SaveFunctionFile(dir / "default.wc2", 0, form2d::kFileWc2));
+  EXPECT_TRUE(t.lines.empty());
+  EXPECT_TRUE(std::filesystem::exists(dir / "default.wc2"));
+}
+
 TEST(CompressedImage2D, AFileThatDoesNotDecodeGivesMessage85) {
   TestFrame t;
   TempFolder dir;
