@@ -353,7 +353,7 @@ inline __attribute__((always_inline)) void TileOut(const Quad* xlo, const Quad* 
 }
 
 // BitReverseTiles for doubles, m at least 6.
-template <bool kStages>
+template <bool kStages, typename A = PlainAdds>
 inline __attribute__((always_inline)) void BitReverseTilesBody(double* x, double* y, int m, double s1, double t1) {
   const int middleCount = 1 << (m - 6);
   const int rowStep = 1 << (m - 3);
@@ -369,10 +369,10 @@ inline __attribute__((always_inline)) void BitReverseTilesBody(double* x, double
         Quad bxl[8], bxh[8], byl[8], byh[8];
         LoadTile(bxl, bxh, x + partner, rowStep);
         LoadTile(byl, byh, y + partner, rowStep);
-        TileOut<kStages>(bxl, bxh, byl, byh, x + at, y + at, rowStep, s1, t1);
-        TileOut<kStages>(axl, axh, ayl, ayh, x + partner, y + partner, rowStep, s1, t1);
+        TileOut<kStages, A>(bxl, bxh, byl, byh, x + at, y + at, rowStep, s1, t1);
+        TileOut<kStages, A>(axl, axh, ayl, ayh, x + partner, y + partner, rowStep, s1, t1);
       } else {
-        TileOut<kStages>(axl, axh, ayl, ayh, x + at, y + at, rowStep, s1, t1);
+        TileOut<kStages, A>(axl, axh, ayl, ayh, x + at, y + at, rowStep, s1, t1);
       }
     }
     int bit = middleCount >> 1;
@@ -1755,7 +1755,8 @@ __attribute__((target("avx512f,avx512vl"))) void RealTransformFusedMany(int n, d
 // registers are spilled for another's (inlined into one function, the
 // passes took a tenth longer).
 template <typename A>
-inline __attribute__((always_inline)) void PairedStages(int h, double* y, const double* s, const double* t) {
+inline __attribute__((always_inline)) void PairedStages(int h, double* re, double* im, const double* s,
+                                                        const double* t) {
   if (h == 64) {
     // Spans 8 and 16, then 32, with the twiddles read from the tables (of
     // N = 128 points), which costs less here than finding their layout:
@@ -1769,11 +1770,11 @@ inline __attribute__((always_inline)) void PairedStages(int h, double* y, const 
       s16[k] = s[4 * k];
       t16[k] = t[4 * k];
     }
-    StagePairBody<A>(y, y + h, s8, t8, s16, t16, 8, 0, h);
-    StageBody<Quad, 4>(y, y + h, s, t, 32, 2, 0, h);
+    StagePairBody<A>(re, im, s8, t8, s16, t16, 8, 0, h);
+    StageBody<Quad, 4>(re, im, s, t, 32, 2, 0, h);
     return;
   }
-  FFTCoreWith(y, y + h, s, t, h, 2, true, PairedColumnWideStages<A>{});
+  FFTCoreWith(re, im, s, t, h, 2, true, PairedColumnWideStages<A>{});
 }
 
 __attribute__((target("avx"), noinline)) void HalfTransformOf32Wide(const double* x, double* y, const double* s,
@@ -1786,8 +1787,9 @@ __attribute__((target("avx"), noinline)) void FusedTilesWide(int h, const double
   FusedTiles(h, x, y, s, t, mHalf);
 }
 
-__attribute__((target("avx"), noinline)) void FusedStagesWide(int h, double* y, const double* s, const double* t) {
-  PairedStages<PlainAdds>(h, y, s, t);
+__attribute__((target("avx"), noinline)) void FusedStagesWide(int h, double* re, double* im, const double* s,
+                                                              const double* t) {
+  PairedStages<PlainAdds>(h, re, im, s, t);
 }
 
 __attribute__((target("avx"), noinline)) void PostProcessWide(int n, double* x, double* y, const double* s,
@@ -1810,9 +1812,13 @@ KELDO_FMA_KERNEL void FusedTilesFma(int h, const double* x, double* y, const dou
   FusedTiles<FusedAdds>(h, x, y, s, t, mHalf);
 }
 
-KELDO_FMA_KERNEL void FusedStagesFma(int h, double* y, const double* s,
-                                                                  const double* t) {
-  PairedStages<FusedAdds>(h, y, s, t);
+KELDO_FMA_KERNEL void FusedStagesFma(int h, double* re, double* im, const double* s, const double* t) {
+  PairedStages<FusedAdds>(h, re, im, s, t);
+}
+
+// The bit reversal in place with the first three stages (BitReverseTiles).
+KELDO_FMA_KERNEL void BitReverseTilesFma(double* x, double* y, int m, double s1, double t1) {
+  BitReverseTilesBody<true, FusedAdds>(x, y, m, s1, t1);
 }
 
 KELDO_FMA_KERNEL void PostProcessFma(int n, double* x, double* y, const double* s,
@@ -1822,15 +1828,20 @@ KELDO_FMA_KERNEL void PostProcessFma(int n, double* x, double* y, const double* 
 
 #undef KELDO_FMA_KERNEL
 
-void RealTransformFused(int n, double* x, double* y, const double* s, const double* t, int mHalf) {
+bool HasFma() {
   static const bool fma = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
+  return fma;
+}
+
+void RealTransformFused(int n, double* x, double* y, const double* s, const double* t, int mHalf) {
+  const bool fma = HasFma();
   const int h = n / 2;
   if (fma) {
     if (mHalf == 5) {
       HalfTransformOf32Fma(x, y, s, t);
     } else {
       FusedTilesFma(h, x, y, s, t, mHalf);
-      FusedStagesFma(h, y, s, t);
+      FusedStagesFma(h, y, y + h, s, t);
     }
     PostProcessFma(n, x, y, s, t);
     return;
@@ -1839,7 +1850,7 @@ void RealTransformFused(int n, double* x, double* y, const double* s, const doub
     HalfTransformOf32Wide(x, y, s, t);
   } else {
     FusedTilesWide(h, x, y, s, t, mHalf);
-    FusedStagesWide(h, y, s, t);
+    FusedStagesWide(h, y, y + h, s, t);
   }
   PostProcessWide(n, x, y, s, t);
 }
@@ -1855,6 +1866,40 @@ void RealTransform(int n, double* x, double* y, const double* s, const double* t
     RealTransformWide(n, x, y, s, t, mHalf);
   } else {
     RealTransformBody<Pair, 2>(n, x, y, s, t, mHalf);
+  }
+}
+
+// The complex transform of h = 2^mHalf elements inside the inverse real
+// transform, in place on x (real parts) and y (imaginary parts), tables
+// built for 2h: the passes of the fused real transform (the bit reversal in
+// tiles with the first three stages, then the blocks of 64 or the paired
+// stages, and the last stages column by column), each element computed by
+// the very operations of BitReversePair and ComplexFFTCore with stride 2.
+template <int kSmall>
+__attribute__((target("avx512f,avx512vl"))) void InverseHalfTransformMany(double* x, double* y, const double* s,
+                                                                           const double* t, int h, int mHalf) {
+  const int tstep = 2 * (h / 8);
+  BitReverseTilesBody<true>(x, y, mHalf, s[tstep], t[tstep]);
+  if constexpr (kSmall == 6) StagesInBlocks(x, y, s, t, h, 2, 0, h);
+  else FFTCoreWith(x, y, s, t, h, 2, true, ColumnWideStages{});
+}
+
+void InverseHalfTransform(double* x, double* y, const double* s, const double* t, int h, int mHalf) {
+  static const bool wide = __builtin_cpu_supports("avx");
+  if (!wide || mHalf < 6) {
+    ReverseAndTransform(x, y, s, t, h, mHalf, 2);
+  } else if (ManyRegisters()) {
+    if (mHalf == 6) InverseHalfTransformMany<6>(x, y, s, t, h, mHalf);
+    else InverseHalfTransformMany<0>(x, y, s, t, h, mHalf);
+  } else {
+    const int tstep = 2 * (h / 8);
+    if (HasFma()) {
+      BitReverseTilesFma(x, y, mHalf, s[tstep], t[tstep]);
+      FusedStagesFma(h, x, y, s, t);
+    } else {
+      BitReverseTilesWide<true>(x, y, mHalf, s[tstep], t[tstep]);
+      FusedStagesWide(h, x, y, s, t);
+    }
   }
 }
 
@@ -1939,8 +1984,7 @@ void RealInverseFFT(int n, int mOffset, double* x, double* y, const double* s, c
   }
   const double f = y[q] + accumulated;
   y[q] *= 2;
-  BitReversePair(x, y, h, mOffset + 5);
-  ComplexFFTCore(x, y, s, t, h, 2);
+  InverseHalfTransform(x, y, s, t, h, mOffset + 5);
   // The running sums of y[k] - y[h - k] from 2 e and of y[h - k] + y[k]
   // from 2 f, for the odd outputs of y and of x.
   double oddY = 2 * e, oddX = 2 * f;
