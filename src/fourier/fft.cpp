@@ -1903,6 +1903,134 @@ void InverseHalfTransform(double* x, double* y, const double* s, const double* t
   }
 }
 
+// The passes of the inverse real transform around its half-length
+// transform that hold no long sums, L elements at a time in the lanes of a
+// vector V (a lone double for the ends), each lane doing the operations of
+// the scalar steps; elements read and written backwards move with their
+// lanes reversed. Preparation, k = 1..N/4-1: from the half spectrum, the
+// sequence to transform, at k and N/2 - k in place.
+template <typename V>
+inline __attribute__((always_inline)) void InversePrepareStep(int n, double* x, double* y, const double* s, int k) {
+  const int h = n / 2;
+  V sk, xk, xm, yk, ym;
+  Load(sk, s + k);
+  Load(xk, x + k);
+  LoadBackwards(xm, x + h - k);
+  Load(yk, y + k);
+  LoadBackwards(ym, y + h - k);
+  const V p = (xm + xk) / 2, g = xk - xm;
+  Store(x + k, p - g * sk);
+  StoreBackwards(x + h - k, p + g * sk);
+  const V w = (yk - ym) / 2, r = (ym + yk) * sk;
+  Store(y + k, r + w);
+  StoreBackwards(y + h - k, r - w);
+}
+
+// After the transform (X, Y) and the running sums over the odd outputs,
+// kept in x[N/2 + k] and x[N - k]: for k = 1..N/4-1, y[2k] = X[N/2 - k] +
+// X[k], y[2k + 1] the first running sum, and the difference X[N/2 - k] -
+// X[k] in its place.
+template <typename V>
+inline __attribute__((always_inline)) void InverseGatherY(int n, double* x, double* y, int k) {
+  const int h = n / 2;
+  V xk, xm, odd;
+  Load(xk, x + k);
+  LoadBackwards(xm, x + h - k);
+  Load(odd, x + h + k);
+  const V sum = xm + xk;
+  Store(x + h + k, xm - xk);
+  if constexpr (sizeof(V) == sizeof(double)) {
+    y[2 * k] = sum;
+    y[2 * k + 1] = odd;
+  } else {
+    Store(y + 2 * k, V(__builtin_shufflevector(sum, odd, 0, 4, 1, 5)));
+    Store(y + 2 * k + 4, V(__builtin_shufflevector(sum, odd, 2, 6, 3, 7)));
+  }
+}
+
+// Then x[2k] = that difference and x[2k + 1] the second running sum.
+template <typename V>
+inline __attribute__((always_inline)) void InverseGatherX(int n, double* x, int k) {
+  const int h = n / 2;
+  V even, odd;
+  Load(even, x + h + k);
+  LoadBackwards(odd, x + n - k);
+  if constexpr (sizeof(V) == sizeof(double)) {
+    x[2 * k] = even;
+    x[2 * k + 1] = odd;
+  } else {
+    Store(x + 2 * k, V(__builtin_shufflevector(even, odd, 0, 4, 1, 5)));
+    Store(x + 2 * k + 4, V(__builtin_shufflevector(even, odd, 2, 6, 3, 7)));
+  }
+}
+
+// The outputs at k and N - k, k = 1..N/2-1: with sign = (-1)^k x[N/2] of
+// the input, v = sign - x[0] + y[k], x[N - k] = v - x[k], x[k] = v + x[k].
+template <typename V>
+inline __attribute__((always_inline)) void InverseOutputs(int n, double* x, const double* y, const V& sign,
+                                                          double x0, int k) {
+  V xk, yk;
+  Load(xk, x + k);
+  Load(yk, y + k);
+  const V v = sign - x0 + yk;
+  StoreBackwards(x + n - k, v - xk);
+  Store(x + k, v + xk);
+}
+
+// The preparation, four values of k at a time when kWide.
+template <bool kWide>
+inline __attribute__((always_inline)) void InversePrepareBody(int n, double* x, double* y, const double* s) {
+  const int q = n / 4;
+  int k = 1;
+  if constexpr (kWide)
+    for (; k + 3 < q; k += 4) InversePrepareStep<Quad>(n, x, y, s, k);
+  for (; k < q; ++k) InversePrepareStep<double>(n, x, y, s, k);
+}
+
+// Every pass after the running sums, x[1] = 2 f between the two gathers
+// (the first reads X[1]); x0 and xh are the input's x[0] and x[N/2].
+template <bool kWide>
+inline __attribute__((always_inline)) void InverseFinishBody(int n, double* x, double* y, double x0, double xh,
+                                                             double f) {
+  const int h = n / 2, q = n / 4;
+  int k = 1;
+  if constexpr (kWide)
+    for (; k + 3 < q; k += 4) InverseGatherY<Quad>(n, x, y, k);
+  for (; k < q; ++k) InverseGatherY<double>(n, x, y, k);
+  x[1] = 2 * f;
+  k = 1;
+  if constexpr (kWide)
+    for (; k + 3 < q; k += 4) InverseGatherX<Quad>(n, x, k);
+  for (; k < q; ++k) InverseGatherX<double>(n, x, k);
+  // Negation is exact: the sign of odd k is -xh, of even k xh.
+  k = 1;
+  if constexpr (kWide) {
+    const Quad signs = {-xh, xh, -xh, xh};
+    for (; k + 3 < h; k += 4) InverseOutputs<Quad>(n, x, y, signs, x0, k);
+  }
+  for (; k < h; ++k) InverseOutputs<double>(n, x, y, (k & 1) ? -xh : xh, x0, k);
+}
+
+__attribute__((target("avx"))) void InversePrepareWide(int n, double* x, double* y, const double* s) {
+  InversePrepareBody<true>(n, x, y, s);
+}
+
+__attribute__((target("avx"))) void InverseFinishWide(int n, double* x, double* y, double x0, double xh, double f) {
+  InverseFinishBody<true>(n, x, y, x0, xh, f);
+}
+
+void InversePrepare(int n, double* x, double* y, const double* s) {
+  static const bool wide = __builtin_cpu_supports("avx");
+  if (wide) InversePrepareWide(n, x, y, s);
+  else InversePrepareBody<false>(n, x, y, s);
+}
+
+void InverseFinish(int n, double* x, double* y, double x0, double xh, double f) {
+  static const bool wide = __builtin_cpu_supports("avx");
+  if (wide) InverseFinishWide(n, x, y, x0, xh, f);
+  else InverseFinishBody<false>(n, x, y, x0, xh, f);
+}
+
 // The same in floats, one value of k at a time.
 void RealTransform(int n, float* x, float* y, const float* s, const float* t, int mHalf) {
   const int h = n / 2, q = n / 4;
@@ -1973,15 +2101,7 @@ void RealInverseFFT(int n, int mOffset, double* x, double* y, const double* s, c
   const double atHalf = x0 + xh + 2 * alternating;
   const double atZero = x0 + xh + 2 * plain;
   y[0] = 0.0;
-  for (int k = 1; k < q; ++k) {
-    const double sk = s[k];
-    const double p = (x[h - k] + x[k]) / 2, g = x[k] - x[h - k];
-    x[k] = p - g * sk;
-    x[h - k] = p + g * sk;
-    const double w = (y[k] - y[h - k]) / 2, r = (y[h - k] + y[k]) * sk;
-    y[k] = r + w;
-    y[h - k] = r - w;
-  }
+  InversePrepare(n, x, y, s);
   const double f = y[q] + accumulated;
   y[q] *= 2;
   InverseHalfTransform(x, y, s, t, h, mOffset + 5);
@@ -1995,24 +2115,8 @@ void RealInverseFFT(int n, int mOffset, double* x, double* y, const double* s, c
     x[n - k] = oddX;
   }
   y[1] = 2 * e;
-  for (int k = 1; k < q; ++k) {
-    y[2 * k] = x[h - k] + x[k];
-    y[2 * k + 1] = x[h + k];
-    x[h + k] = x[h - k] - x[k];
-  }
-  x[1] = 2 * f;
-  for (int k = 1; k < q; ++k) {
-    x[2 * k] = x[h + k];
-    x[2 * k + 1] = x[n - k];
-  }
+  InverseFinish(n, x, y, x0, xh, f);
   x[0] = atZero;
-  double sign = xh;
-  for (int k = 1; k < h; ++k) {
-    sign = -sign;
-    const double v = sign - x0 + y[k];
-    x[n - k] = v - x[k];
-    x[k] = v + x[k];
-  }
   x[h] = atHalf;
 }
 
