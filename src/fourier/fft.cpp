@@ -1812,18 +1812,24 @@ KELDO_FMA_KERNEL void FusedTilesFma(int h, const double* x, double* y, const dou
   FusedTiles<FusedAdds>(h, x, y, s, t, mHalf);
 }
 
-KELDO_FMA_KERNEL void FusedStagesFma(int h, double* re, double* im, const double* s, const double* t) {
-  PairedStages<FusedAdds>(h, re, im, s, t);
-}
-
-// The bit reversal in place with the first three stages (BitReverseTiles).
-KELDO_FMA_KERNEL void BitReverseTilesFma(double* x, double* y, int m, double s1, double t1) {
-  BitReverseTilesBody<true, FusedAdds>(x, y, m, s1, t1);
+KELDO_FMA_KERNEL void FusedStagesFma(int h, double* y, const double* s,
+                                                                  const double* t) {
+  PairedStages<FusedAdds>(h, y, y + h, s, t);
 }
 
 KELDO_FMA_KERNEL void PostProcessFma(int n, double* x, double* y, const double* s,
                                                                   const double* t) {
   PostProcessFused<false, FusedAdds>(n, x, y, s, t);
+}
+
+// The bit reversal in place with the first three stages (BitReverseTiles),
+// and the paired stages on arrays of their own, for the inverse transform.
+KELDO_FMA_KERNEL void BitReverseTilesFma(double* x, double* y, int m, double s1, double t1) {
+  BitReverseTilesBody<true, FusedAdds>(x, y, m, s1, t1);
+}
+
+KELDO_FMA_KERNEL void PairedStagesFma(int h, double* re, double* im, const double* s, const double* t) {
+  PairedStages<FusedAdds>(h, re, im, s, t);
 }
 
 #undef KELDO_FMA_KERNEL
@@ -1841,7 +1847,7 @@ void RealTransformFused(int n, double* x, double* y, const double* s, const doub
       HalfTransformOf32Fma(x, y, s, t);
     } else {
       FusedTilesFma(h, x, y, s, t, mHalf);
-      FusedStagesFma(h, y, y + h, s, t);
+      FusedStagesFma(h, y, s, t);
     }
     PostProcessFma(n, x, y, s, t);
     return;
@@ -1887,7 +1893,8 @@ __attribute__((target("avx512f,avx512vl"))) void InverseHalfTransformMany(double
 void InverseHalfTransform(double* x, double* y, const double* s, const double* t, int h, int mHalf) {
   static const bool wide = __builtin_cpu_supports("avx");
   if (!wide || mHalf < 6) {
-    ReverseAndTransform(x, y, s, t, h, mHalf, 2);
+    BitReverseBoth(x, y, h, mHalf);
+    FFTCore(x, y, s, t, h, 2);
   } else if (ManyRegisters()) {
     if (mHalf == 6) InverseHalfTransformMany<6>(x, y, s, t, h, mHalf);
     else InverseHalfTransformMany<0>(x, y, s, t, h, mHalf);
@@ -1895,7 +1902,7 @@ void InverseHalfTransform(double* x, double* y, const double* s, const double* t
     const int tstep = 2 * (h / 8);
     if (HasFma()) {
       BitReverseTilesFma(x, y, mHalf, s[tstep], t[tstep]);
-      FusedStagesFma(h, x, y, s, t);
+      PairedStagesFma(h, x, y, s, t);
     } else {
       BitReverseTilesWide<true>(x, y, mHalf, s[tstep], t[tstep]);
       FusedStagesWide(h, x, y, s, t);
