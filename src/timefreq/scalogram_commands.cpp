@@ -25,12 +25,6 @@ int Chosen(const ControlModel& controls, const std::string& base, int first, int
   return otherwise;
 }
 
-double Peak(const std::vector<double>& values) {
-  double m = 0.0;
-  for (double v : values) m = std::max(m, std::fabs(v));
-  return m;
-}
-
 }  // namespace
 
 // -------------------------------------------------------------- inversion
@@ -148,15 +142,10 @@ bool ScalogramForm::ReadFrom(const ScgFile& f) {
 }
 
 bool ScalogramForm::LoadForm(const std::string& path, const std::string& title) {
-  std::vector<std::uint8_t> bytes;
-  if (!ReadFileBytes(path, bytes)) return false;
-  const std::optional<ScgFile> file = ReadScgFile(bytes);
-  if (!file || !ReadFrom(*file)) return false;
-  fileName_ = path;
-  controls_.SetEnabled("mnuSave", true);
-  if (!title.empty()) SetCaption(title);
-  Touch();
-  return true;
+  return LoadFormFile(path, title, [this](const std::vector<std::uint8_t>& bytes) {
+    const auto file = ReadScgFile(bytes);
+    return file && ReadFrom(*file);
+  });
 }
 
 // ------------------------------------------------------------------- dump
@@ -166,15 +155,7 @@ std::vector<GraphSummary> ScalogramForm::Graphs() const {
   if (!present_) return out;
   const wavelet::ScalogramShape& s = scalogram_.shape;
   const auto matrix = [&](const char* name, std::vector<double> values) {
-    GraphSummary g;
-    g.a = a_;
-    g.b = b_;
-    g.h = dt_;
-    g.rows = s.nscales + 1;
-    g.peak = Peak(values);
-    g.values = std::move(values);
-    g.fields.push_back({"name", name, {}, {}});
-    return g;
+    return MatrixSummary(name, std::move(values), s.nscales + 1, dt_);
   };
   GraphSummary real = matrix("real", scalogram_.re);
   real.fields.push_back({"octaves", "", {static_cast<double>(setup_.octaves)}, {}});

@@ -131,27 +131,8 @@ std::span<const SideBoxRow<ScalogramForm>> ScalogramForm::SideBoxTable() {
 
 void ScalogramForm::BindCommands() {
   BindSideBoxes(*this, SideBoxTable(), kScalogramPanels);
-  OnMenu("mnuRestore", [this](int) { RestoreScalogram(); });
-  OnMenu("mnuRestorePopUp", [this](int) { RestoreScalogram(); });
-  OnMenu("mnuSave", [this](int) { SaveTheForm(1); });
-  OnMenu("mnuSaveAs", [this](int) { SaveTheForm(0); });
-  OnMenu("mnuOpen", [this](int) { context_.OpenTheForm(); });
-  OnMenu("mnuVerticalSlice", [this](int) { CopyVerticalSlice(); });
-  OnMenu("mnuHorizontalSlice", [this](int) { CopyHorizontalSlice(); });
-  OnMenu("mnuCopySignal", [this](int) { CopyTheSignal(); });
+  BindCommonCommands("mnuHelpScalogram", "KELDSCGR.HLP");
   OnMenu("mnuChBgdFgd", [this](int) { ChangeBackground(); });
-  OnMenu("mnuViewCursor", [this](int) {
-    Control& item = controls_["mnuViewCursor"];
-    item.value = item.value ? 0 : 1;
-    if (!item.value) cursorText_.clear();
-  });
-  OnMenu("mnuHelpScalogram", [this](int) { context_.GetHelp("KELDSCGR.HLP", ""); });
-  OnMenu("mnuHelpSideBox", [this](int) {
-    const std::string& caption = controls_.Text("mnuHelpSideBox");
-    context_.GetHelp("KELDSCGR.HLP", caption.size() > 9 ? caption.substr(9) : "");
-  });
-  OnButton("cmdFormula", [this](int index) { formulaBox_.Press(index); });
-  controls_.SetEnabled("mnuSave", false);
 }
 
 // ------------------------------------------------------------ named calls
@@ -542,7 +523,7 @@ void ScalogramForm::PlotTheGraph() {
   RedrawScalogram();
 }
 
-void ScalogramForm::RestoreScalogram() {
+void ScalogramForm::RestoreTheForm() {
   if (signal_.empty() || computing_) {
     context_.Beep();
     return;

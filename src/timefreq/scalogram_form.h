@@ -59,15 +59,15 @@ class ScalogramForm final : public TimeFreqForm, public ScalogramCalls {
   void PlotTheGraph();
   void RedrawScalogram();
   // Recomputes from the signal; the list is back to "B".
-  void RestoreScalogram();
+  void RestoreTheForm() override;
   void InvertTheScalogram();
-  void CopyVerticalSlice();
-  void CopyHorizontalSlice();
+  void CopyVerticalSlice() override;
+  void CopyHorizontalSlice() override;
   void PlaySignal();
   void ChangeBackground();
 
   // Files: SaveTheForm(0) asks for a name, 1 uses the form's own.
-  void SaveTheForm(int asKnown);
+  void SaveTheForm(int asKnown) override;
   bool LoadForm(const std::string& path, const std::string& title) override;
   bool CanLoadForms() const override { return true; }
 

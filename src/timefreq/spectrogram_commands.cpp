@@ -28,12 +28,6 @@ int SelectedIndex(const ControlModel& controls, const std::string& base, int cou
   return 0;
 }
 
-double Peak(const std::vector<double>& values) {
-  double m = 0.0;
-  for (double v : values) m = std::max(m, std::fabs(v));
-  return m;
-}
-
 }  // namespace
 
 // -------------------------------------------------------------- inversion
@@ -156,15 +150,10 @@ bool SpectrogramForm::ReadFrom(const SpgFile& f) {
 }
 
 bool SpectrogramForm::LoadForm(const std::string& path, const std::string& title) {
-  std::vector<std::uint8_t> bytes;
-  if (!ReadFileBytes(path, bytes)) return false;
-  const std::optional<SpgFile> file = ReadSpgFile(bytes);
-  if (!file || !ReadFrom(*file)) return false;
-  fileName_ = path;
-  controls_.SetEnabled("mnuSave", true);
-  if (!title.empty()) SetCaption(title);
-  Touch();
-  return true;
+  return LoadFormFile(path, title, [this](const std::vector<std::uint8_t>& bytes) {
+    const auto file = ReadSpgFile(bytes);
+    return file && ReadFrom(*file);
+  });
 }
 
 // ------------------------------------------------------------------- dump
@@ -174,15 +163,7 @@ std::vector<GraphSummary> SpectrogramForm::Graphs() const {
   if (!present_) return out;
   const fourier::SpectrogramShape& s = spectrum_.shape;
   const auto matrix = [&](const char* name, std::vector<double> values) {
-    GraphSummary g;
-    g.a = a_;
-    g.b = b_;
-    g.h = static_cast<double>(s.step) * dt_;
-    g.rows = s.nrows + 1;
-    g.peak = Peak(values);
-    g.values = std::move(values);
-    g.fields.push_back({"name", name, {}, {}});
-    return g;
+    return MatrixSummary(name, std::move(values), s.nrows + 1, static_cast<double>(s.step) * dt_);
   };
   GraphSummary real = matrix("real", spectrum_.re);
   real.fields.push_back({"winlen", "", {static_cast<double>(s.winlen)}, {}});

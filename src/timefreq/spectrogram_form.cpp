@@ -143,20 +143,8 @@ std::span<const SideBoxRow<SpectrogramForm>> SpectrogramForm::SideBoxTable() {
 
 void SpectrogramForm::BindCommands() {
   BindSideBoxes(*this, SideBoxTable(), kSpectrogramPanels);
-  OnMenu("mnuRestore", [this](int) { RestoreTheGraph(); });
-  OnMenu("mnuRestorePopUp", [this](int) { RestoreTheGraph(); });
-  OnMenu("mnuSave", [this](int) { SaveTheForm(1); });
-  OnMenu("mnuSaveAs", [this](int) { SaveTheForm(0); });
-  OnMenu("mnuOpen", [this](int) { context_.OpenTheForm(); });
-  OnMenu("mnuVerticalSlice", [this](int) { CopyVerticalSlice(); });
-  OnMenu("mnuHorizontalSlice", [this](int) { CopyHorizontalSlice(); });
-  OnMenu("mnuCopySignal", [this](int) { CopyTheSignal(); });
+  BindCommonCommands("mnuHelpSpectrogram", "KELDSPGR.HLP");
   OnMenu("mnuPercussion", [this](int) { ComputePercScalgrm(); });
-  OnMenu("mnuViewCursor", [this](int) {
-    Control& item = controls_["mnuViewCursor"];
-    item.value = item.value ? 0 : 1;
-    if (!item.value) cursorText_.clear();
-  });
   // Gabor denoising of the signal shown: the threshold formula from the
   // noise estimate, ready to plot and invert.
   OnMenu("mnuDenoise", [this](int) {
@@ -168,13 +156,6 @@ void SpectrogramForm::BindCommands() {
     Control& item = controls_["mnuViewOnly"];
     item.value = item.value ? 0 : 1;
   });
-  OnMenu("mnuHelpSpectrogram", [this](int) { context_.GetHelp("KELDSPGR.HLP", ""); });
-  OnMenu("mnuHelpSideBox", [this](int) {
-    const std::string& caption = controls_.Text("mnuHelpSideBox");
-    context_.GetHelp("KELDSPGR.HLP", caption.size() > 9 ? caption.substr(9) : "");
-  });
-  OnButton("cmdFormula", [this](int index) { formulaBox_.Press(index); });
-  controls_.SetEnabled("mnuSave", false);
 }
 
 // ------------------------------------------------------------ named calls
@@ -430,7 +411,7 @@ CellMatrix SpectrogramForm::Cells() {
   return cells;
 }
 
-void SpectrogramForm::RestoreTheGraph() {
+void SpectrogramForm::RestoreTheForm() {
   if (signal_.empty()) return;
   Compute(false);
 }

@@ -59,10 +59,10 @@ class SpectrogramForm final : public TimeFreqForm, public SpectrogramCalls {
   // (the cell's magnitude) becomes each cell's magnitude, its phase kept.
   void PlotTheGraph();
   // Recomputes from the signal; the list is back to "B".
-  void RestoreTheGraph();
+  void RestoreTheForm() override;
   void InvertTheSpectrogram();
-  void CopyVerticalSlice();
-  void CopyHorizontalSlice();
+  void CopyVerticalSlice() override;
+  void CopyHorizontalSlice() override;
   void PlaySignal();
   // "Percussion scalogram": the pulse train of the columns' power in a new
   // one-dimensional form that keeps this signal to play, and its scalogram
@@ -70,7 +70,7 @@ class SpectrogramForm final : public TimeFreqForm, public SpectrogramCalls {
   void ComputePercScalgrm();
 
   // Files: SaveTheForm(0) asks for a name, 1 uses the form's own.
-  void SaveTheForm(int asKnown);
+  void SaveTheForm(int asKnown) override;
   bool LoadForm(const std::string& path, const std::string& title) override;
   bool CanLoadForms() const override { return true; }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "common/file_io.h"
 #include "common/number_text.h"
 #include "formula/eval.h"
 #include "kit/form_context.h"
@@ -17,6 +18,53 @@ TimeFreqForm::TimeFreqForm(FormContext& context, FormKind kind, const FormulaBox
     : Form(context, kind), formulaBox_(*this, formulas), buttons_(buttons) {
   formula_.twoDimensional = true;
   formula_.noiseTerms = 64;
+}
+
+void TimeFreqForm::BindCommonCommands(const char* helpItem, const char* helpFile) {
+  OnMenu("mnuRestore", [this](int) { RestoreTheForm(); });
+  OnMenu("mnuRestorePopUp", [this](int) { RestoreTheForm(); });
+  OnMenu("mnuSave", [this](int) { SaveTheForm(1); });
+  OnMenu("mnuSaveAs", [this](int) { SaveTheForm(0); });
+  OnMenu("mnuOpen", [this](int) { context_.OpenTheForm(); });
+  OnMenu("mnuVerticalSlice", [this](int) { CopyVerticalSlice(); });
+  OnMenu("mnuHorizontalSlice", [this](int) { CopyHorizontalSlice(); });
+  OnMenu("mnuCopySignal", [this](int) { CopyTheSignal(); });
+  OnMenu("mnuViewCursor", [this](int) {
+    Control& item = controls_["mnuViewCursor"];
+    item.value = item.value ? 0 : 1;
+    if (!item.value) cursorText_.clear();
+  });
+  const std::string file = helpFile;
+  OnMenu(helpItem, [this, file](int) { context_.GetHelp(file, ""); });
+  OnMenu("mnuHelpSideBox", [this, file](int) {
+    const std::string& caption = controls_.Text("mnuHelpSideBox");
+    context_.GetHelp(file, caption.size() > 9 ? caption.substr(9) : "");  // after "Help for "
+  });
+  OnButton("cmdFormula", [this](int index) { formulaBox_.Press(index); });
+  controls_.SetEnabled("mnuSave", false);
+}
+
+bool TimeFreqForm::LoadFormFile(const std::string& path, const std::string& title,
+                                const std::function<bool(const std::vector<std::uint8_t>&)>& read) {
+  std::vector<std::uint8_t> bytes;
+  if (!ReadFileBytes(path, bytes) || !read(bytes)) return false;
+  fileName_ = path;
+  controls_.SetEnabled("mnuSave", true);
+  if (!title.empty()) SetCaption(title);
+  Touch();
+  return true;
+}
+
+GraphSummary TimeFreqForm::MatrixSummary(const char* name, std::vector<double> values, int rows, double h) const {
+  GraphSummary g;
+  g.a = a_;
+  g.b = b_;
+  g.h = h;
+  g.rows = rows;
+  for (double v : values) g.peak = std::max(g.peak, std::fabs(v));
+  g.values = std::move(values);
+  g.fields.push_back({"name", name, {}, {}});
+  return g;
 }
 
 void TimeFreqForm::AddPlayControls() {

@@ -5,6 +5,7 @@
 // replaced by the formula's value, its phase or sign kept), and the new
 // one-dimensional forms that receive slices and inverted signals.
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -60,6 +61,23 @@ class TimeFreqForm : public Form, protected formula::FormulaHost {
   void AddPlayControls();
   void AddFormulaControls(const std::string& fieldTip, const std::string& goTip);
   void AddReportControls();
+
+  // The commands both forms bind alike: Restore (menu and pop-up), Save and
+  // Save As, Open, the slices and the signal to new forms, the cursor
+  // read-out, the form's help item and the side box's help, in `helpFile`,
+  // and the formula box's buttons.
+  void BindCommonCommands(const char* helpItem, const char* helpFile);
+  virtual void RestoreTheForm() = 0;
+  virtual void SaveTheForm(int asKnown) = 0;
+  virtual void CopyVerticalSlice() = 0;
+  virtual void CopyHorizontalSlice() = 0;
+  // LoadForm's frame: the file's bytes through `read` (false for a file
+  // that is no form of the kind), then the form takes the file's name.
+  bool LoadFormFile(const std::string& path, const std::string& title,
+                    const std::function<bool(const std::vector<std::uint8_t>&)>& read);
+  // A matrix of a dump: `rows` rows of the values over [a, b], columns h
+  // apart, with its name.
+  GraphSummary MatrixSummary(const char* name, std::vector<double> values, int rows, double h) const;
 
   // The signal sig[0..points] over [a, b] in steps dt.
   void StoreSignal(const std::vector<double>& values, int points, double a, double b, double dt);
