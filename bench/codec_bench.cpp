@@ -13,6 +13,8 @@
 // the program measures nothing. The yardstick, OpenJPEG's opj_compress -I at
 // the ratio 8 / bpp and opj_decompress, is timed by bench/openjpeg_yardstick.py.
 
+#include "codec_pictures.h"
+
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -33,55 +35,12 @@
 namespace {
 
 using namespace keldo::wavelet;
+using keldo::bench::GreyImage;
+using keldo::bench::Psnr;
+using keldo::bench::ReadPgm;
 
 constexpr int kLevels = 5;
 constexpr int kDaub97 = 1;  // the image processor's "Daub 9/7"
-constexpr double kPeak = 255.0;
-
-struct GreyImage {
-  int width = 0, height = 0;
-  std::vector<std::uint8_t> pixels;  // row-major
-};
-
-// An 8-bit binary PGM (P5, maxval 255; '#' comments in the head skipped), or
-// nothing for any other file.
-std::optional<GreyImage> ReadPgm(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  const std::vector<char> raw((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-  std::size_t at = 0;
-  const auto isSpace = [](char c) { return c == ' ' || c == '\n' || c == '\r' || c == '\t'; };
-  std::vector<std::string> fields;
-  while (fields.size() < 4 && at < raw.size()) {
-    if (raw[at] == '#') {
-      while (at < raw.size() && raw[at] != '\n') ++at;
-    } else if (isSpace(raw[at])) {
-      ++at;
-    } else {
-      std::string field;
-      while (at < raw.size() && !isSpace(raw[at])) field += raw[at++];
-      fields.push_back(field);
-    }
-  }
-  if (fields.size() < 4 || fields[0] != "P5" || fields[3] != "255") return std::nullopt;
-  GreyImage image;
-  image.width = std::atoi(fields[1].c_str());
-  image.height = std::atoi(fields[2].c_str());
-  const std::size_t count = static_cast<std::size_t>(image.width) * static_cast<std::size_t>(image.height);
-  if (image.width <= 0 || image.height <= 0 || raw.size() < at + 1 + count) return std::nullopt;
-  image.pixels.assign(raw.begin() + static_cast<std::ptrdiff_t>(at + 1),
-                      raw.begin() + static_cast<std::ptrdiff_t>(at + 1 + count));
-  return image;
-}
-
-double Psnr(const std::vector<std::uint8_t>& original, const std::vector<std::uint8_t>& decoded) {
-  double sum = 0.0;
-  for (std::size_t i = 0; i < original.size(); ++i) {
-    const double d = static_cast<double>(original[i]) - static_cast<double>(decoded[i]);
-    sum += d * d;
-  }
-  const double mse = sum / static_cast<double>(original.size());
-  return mse == 0.0 ? INFINITY : 10.0 * std::log10(kPeak * kPeak / mse);
-}
 
 void BM_Codec(benchmark::State& state, const GreyImage& image, AswdrCoder coder, double bpp) {
   ImagePlane pixels(image.width, image.height);
@@ -143,14 +102,6 @@ int RegisterCases(const char* folder) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-  const char* folder = std::getenv("KELDO_CODEC_IMAGES");
-  if (folder == nullptr || RegisterCases(folder) == 0) {
-    std::puts("bench_codec: no images; set KELDO_CODEC_IMAGES to a folder written by bench/codec_images.py");
-    return 0;
-  }
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  return 0;
+  return keldo::bench::RunCodecBenchmarks(argc, argv, "bench_codec",
+                                          [](const std::string& folder) { return RegisterCases(folder.c_str()); });
 }

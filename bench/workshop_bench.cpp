@@ -24,6 +24,8 @@
 // folder KELDO_CODEC_IMAGES names (bench/compare.sh does both); without them
 // the program measures nothing.
 
+#include "codec_pictures.h"
+
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -44,43 +46,10 @@
 namespace {
 
 using namespace keldo::wavelet;
+using keldo::bench::GreyImage;
+using keldo::bench::Psnr;
 
 constexpr int kLevels = 5;
-constexpr double kPeak = 255.0;
-
-struct GreyImage {
-  int side = 0;
-  std::vector<std::uint8_t> pixels;  // row-major, side by side
-};
-
-// A square 8-bit binary PGM (P5, maxval 255; '#' comments in the head
-// skipped), or nothing for any other file.
-std::optional<GreyImage> ReadSquarePgm(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  const std::vector<char> raw((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-  std::size_t at = 0;
-  const auto isSpace = [](char c) { return c == ' ' || c == '\n' || c == '\r' || c == '\t'; };
-  std::vector<std::string> fields;
-  while (fields.size() < 4 && at < raw.size()) {
-    if (raw[at] == '#') {
-      while (at < raw.size() && raw[at] != '\n') ++at;
-    } else if (isSpace(raw[at])) {
-      ++at;
-    } else {
-      std::string field;
-      while (at < raw.size() && !isSpace(raw[at])) field += raw[at++];
-      fields.push_back(field);
-    }
-  }
-  if (fields.size() < 4 || fields[0] != "P5" || fields[3] != "255" || fields[1] != fields[2]) return std::nullopt;
-  GreyImage image;
-  image.side = std::atoi(fields[1].c_str());
-  const std::size_t count = static_cast<std::size_t>(image.side) * static_cast<std::size_t>(image.side);
-  if (image.side <= 0 || raw.size() < at + 1 + count) return std::nullopt;
-  image.pixels.assign(raw.begin() + static_cast<std::ptrdiff_t>(at + 1),
-                      raw.begin() + static_cast<std::ptrdiff_t>(at + 1 + count));
-  return image;
-}
 
 // The two-dimensional form's "Daub 9/7" of the Other list.
 WaveletChoice Daub97() {
@@ -93,7 +62,7 @@ WaveletChoice Daub97() {
 // The transform as the workshop reads it from a .kb2 file: n by n, row y at
 // y * n. The form's grid has a row and a column more, left untouched.
 std::vector<float> TransformOf(const GreyImage& image) {
-  const int n = image.side;
+  const int n = image.width;
   const std::size_t stride = static_cast<std::size_t>(n) + 1;
   std::vector<float> grid(stride * stride, 0.0f);
   for (int y = 0; y < n; ++y)
@@ -121,16 +90,6 @@ std::vector<std::uint8_t> PixelsOf(const ImagePlane& decoded) {
       pixels[static_cast<std::size_t>(y) * n + x] =
           static_cast<std::uint8_t>(std::clamp(std::nearbyint(grid[static_cast<std::size_t>(y) * stride + x]), 0.0f, 255.0f));
   return pixels;
-}
-
-double Psnr(const std::vector<std::uint8_t>& original, const std::vector<std::uint8_t>& decoded) {
-  double sum = 0.0;
-  for (std::size_t i = 0; i < original.size(); ++i) {
-    const double d = static_cast<double>(original[i]) - static_cast<double>(decoded[i]);
-    sum += d * d;
-  }
-  const double mse = sum / static_cast<double>(original.size());
-  return mse == 0.0 ? INFINITY : 10.0 * std::log10(kPeak * kPeak / mse);
 }
 
 struct CoderCase {
@@ -203,7 +162,7 @@ void BM_WorkshopWhole(benchmark::State& state, const GreyImage& image, CoderCase
   std::vector<std::uint8_t> pixels;
   std::size_t fileBytes = 0;
   for (auto _ : state) {
-    const std::optional<std::vector<std::uint8_t>> bytes = Encode(TransformOf(image), image.side, options);
+    const std::optional<std::vector<std::uint8_t>> bytes = Encode(TransformOf(image), image.width, options);
     std::optional<WdrDecodedFile> decoded;
     if (bytes) decoded = DecodeWicFile(*bytes, false);
     if (!decoded) {
@@ -215,7 +174,7 @@ void BM_WorkshopWhole(benchmark::State& state, const GreyImage& image, CoderCase
     benchmark::DoNotOptimize(pixels.data());
   }
   state.counters["psnr"] = Psnr(image.pixels, pixels);
-  state.counters["bpp"] = BitsPerPixel(fileBytes, image.side);
+  state.counters["bpp"] = BitsPerPixel(fileBytes, image.width);
 }
 
 // Registers the cases of every image found; the images and their transforms
@@ -227,7 +186,8 @@ int RegisterCases(const char* folder) {
   transforms.reserve(std::size(kImages));
   int registered = 0;
   for (const char* name : kImages) {
-    std::optional<GreyImage> image = ReadSquarePgm(std::string(folder) + "/" + name + ".pgm");
+    std::optional<GreyImage> image = keldo::bench::ReadPgm(std::string(folder) + "/" + name + ".pgm");
+    if (image && image->width != image->height) image.reset();  // the workshop codes square planes
     if (!image) continue;
     const GreyImage& kept = images.emplace_back(std::move(*image));
     const std::vector<float>& transform = transforms.emplace_back(TransformOf(kept));
@@ -235,10 +195,10 @@ int RegisterCases(const char* folder) {
     for (const CoderCase& coder : kCoders) {
       for (const char* rate : kTimedRates) {
         const std::string at = stem + coder.name + "/" + rate;
-        benchmark::RegisterBenchmark((at + "/encode/ours").c_str(), BM_WorkshopEncode, transform, kept.side, coder,
+        benchmark::RegisterBenchmark((at + "/encode/ours").c_str(), BM_WorkshopEncode, transform, kept.width, coder,
                                      std::atof(rate))
             ->Unit(benchmark::kMillisecond);
-        benchmark::RegisterBenchmark((at + "/decode/ours").c_str(), BM_WorkshopDecode, transform, kept.side, coder,
+        benchmark::RegisterBenchmark((at + "/decode/ours").c_str(), BM_WorkshopDecode, transform, kept.width, coder,
                                      std::atof(rate))
             ->Unit(benchmark::kMillisecond);
         registered += 2;
@@ -257,14 +217,6 @@ int RegisterCases(const char* folder) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-  const char* folder = std::getenv("KELDO_CODEC_IMAGES");
-  if (folder == nullptr || RegisterCases(folder) == 0) {
-    std::puts("bench_workshop: no images; set KELDO_CODEC_IMAGES to a folder written by bench/codec_images.py");
-    return 0;
-  }
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  return 0;
+  return keldo::bench::RunCodecBenchmarks(argc, argv, "bench_workshop",
+                                          [](const std::string& folder) { return RegisterCases(folder.c_str()); });
 }

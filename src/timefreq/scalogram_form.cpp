@@ -34,18 +34,6 @@ constexpr int kGoPlay = 5;
 
 constexpr const char* kFieldNames[] = {"txtScalogram(0)", "txtScalogram(1)", "txtScalogram(2)", "txtScalogram(3)"};
 
-// A number field read as a whole number, rounded, halves to even; false
-// for a value that is no number or out of range.
-bool WholeNumber(double v, int& out) {
-  if (!std::isfinite(v) || v < -2147483648.0 || v > 2147483647.0) return false;
-  out = static_cast<int>(std::nearbyint(v));
-  return true;
-}
-
-platform::Rgb Grey(int level) {
-  const int g = std::clamp(level, 0, 255);
-  return platform::MakeRgb(g, g, g);
-}
 
 }  // namespace
 

@@ -56,17 +56,6 @@ int Log2(int n) {
   return k;
 }
 
-// A number field read as VB's CInt reads it: rounded, halves to even.
-bool WholeNumber(double v, int& out) {
-  if (!std::isfinite(v) || v < -2147483648.0 || v > 2147483647.0) return false;
-  out = static_cast<int>(std::nearbyint(v));
-  return true;
-}
-
-platform::Rgb Grey(int level) {
-  const int g = std::clamp(level, 0, 255);
-  return platform::MakeRgb(g, g, g);
-}
 
 }  // namespace
 

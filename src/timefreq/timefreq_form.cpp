@@ -14,6 +14,17 @@
 
 namespace keldo::timefreq {
 
+bool WholeNumber(double v, int& out) {
+  if (!std::isfinite(v) || v < -2147483648.0 || v > 2147483647.0) return false;
+  out = static_cast<int>(std::nearbyint(v));
+  return true;
+}
+
+platform::Rgb Grey(int level) {
+  const int g = std::clamp(level, 0, 255);
+  return platform::MakeRgb(g, g, g);
+}
+
 TimeFreqForm::TimeFreqForm(FormContext& context, FormKind kind, const FormulaBoxKind& formulas, Buttons buttons)
     : Form(context, kind), formulaBox_(*this, formulas), buttons_(buttons) {
   formula_.twoDimensional = true;

@@ -21,6 +21,12 @@
 
 namespace keldo::timefreq {
 
+// A number field read as a whole number, as VB's CInt reads it: rounded,
+// halves to even; false for a value that is no number or out of range.
+bool WholeNumber(double v, int& out);
+// The grey of a display level, held to 0..255.
+platform::Rgb Grey(int level);
+
 // A matrix a formula reshapes: `rows` rows of `columns` cells, row by row;
 // `im` is null for a real matrix, whose sign stands for the phase. The
 // formula sees x = x(column), y = y(row) and g1, the cell's magnitude.

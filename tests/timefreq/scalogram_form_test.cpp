@@ -15,6 +15,7 @@
 #include "form1d/graph1_form.h"
 #include "fourier/percussion.h"
 #include "kit/typed_forms.h"
+#include "form1d_driver.h"
 #include "test_frame.h"
 #include "timefreq/scalogram_form.h"
 #include "timefreq/spectrogram_form.h"
@@ -24,23 +25,11 @@ namespace keldo {
 namespace {
 
 using form1d::Graph1Form;
+using testing::NewGraphForm;
+using testing::Plot;
 using testing::TestFrame;
 using timefreq::ScalogramForm;
 using timefreq::SpectrogramForm;
-
-Graph1Form& NewGraphForm(TestFrame& t, int points) {
-  int code = 0;
-  Graph1Form& f = *NewFormOf<Graph1Form>(t.frame, code);
-  f.SetPoints(points);
-  return f;
-}
-
-void Plot(Graph1Form& f, const std::string& formula) {
-  f.RunMenu("mnuPlotGraph");
-  f.controls().SetText("Formula", formula);
-  f.controls().SetText("EndRValue", ".5");
-  ASSERT_TRUE(f.Go());
-}
 
 ScalogramForm& OpenScalogram(TestFrame& t, Graph1Form& f) {
   f.RunMenu("mnuScalogram");

@@ -10,6 +10,7 @@
 
 #include "form1d/graph1_form.h"
 #include "kit/typed_forms.h"
+#include "form1d_driver.h"
 #include "test_frame.h"
 #include "timefreq/spectrogram_form.h"
 
@@ -17,24 +18,12 @@ namespace keldo {
 namespace {
 
 using form1d::Graph1Form;
+using testing::NewGraphForm;
+using testing::Plot;
 using testing::TestFrame;
 using timefreq::SpectrogramForm;
 
 constexpr double kRounding = 1e-9;
-
-Graph1Form& NewGraphForm(TestFrame& t, int points) {
-  int code = 0;
-  Graph1Form& f = *NewFormOf<Graph1Form>(t.frame, code);
-  f.SetPoints(points);
-  return f;
-}
-
-void Plot(Graph1Form& f, const std::string& formula) {
-  f.RunMenu("mnuPlotGraph");
-  f.controls().SetText("Formula", formula);
-  f.controls().SetText("EndRValue", ".5");
-  ASSERT_TRUE(f.Go());
-}
 
 // The spectrogram of graph 1, its box open, not computed yet.
 SpectrogramForm& OpenSpectrogram(TestFrame& t, Graph1Form& f, const std::string& item = "mnuSpectrogram") {
