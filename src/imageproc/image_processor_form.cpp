@@ -76,6 +76,13 @@ void ImageProcessorForm::BuildControls() {
   // One side box, whose frames follow the command its label names.
   controls_.Add("PicSideBox(0)", ControlKind::Panel);
   controls_.Add("LabCommand", ControlKind::Label, kCommandCompress);
+  // The frames of the side box, shown for the commands they serve.
+  controls_.Add("frTransform", ControlKind::Label, "Transform");
+  controls_.Add("frWavelet", ControlKind::Label, "Wavelet transform");
+  controls_.Add("frCoding", ControlKind::Label, "Coding");
+  controls_.Add("frTAWS", ControlKind::Label, "Thresholding");
+  controls_.Add("frSureShrink", ControlKind::Label, "Thresholding");
+  controls_.Add("frErrorMeasures", ControlKind::Label, "Measure");
   // The transform frame.
   controls_.AddOption("OpTransform(0)", "Forward ", "OpTransform", true);
   controls_.AddOption("OpTransform(1)", "Inverse ", "OpTransform");
@@ -89,6 +96,35 @@ void ImageProcessorForm::BuildControls() {
   for (int k = 0; k < 4; ++k) controls_.AddOption(IndexedName("OpEntropyCode", k), codes[k], "OpEntropyCode", k == 1);
   controls_.Add("txtROIPercent", ControlKind::Text, "0.5").tip = "The share of the bits spent on the region.";
   controls_.SetEnabled("txtROIPercent", false);
+  controls_.Add("chkMinBitRate", ControlKind::Check, "Minimum bit rate").tip =
+      "Stops the denoising coders at the noise threshold, whatever the bit rate.";
+  controls_.Add("txtDepth", ControlKind::Text, "1").tip = "The depth of the tree test of the denoising coders.";
+  controls_.Add("txtDescentPower", ControlKind::Text, "2").tip =
+      "The denoising coders' descent: the lowest threshold is the noise threshold divided by it.";
+  // The frame of TAWS.
+  controls_.Add("TxtThreshold", ControlKind::Text, "30").tip = "The noise threshold.";
+  controls_.Add("txtDepth2", ControlKind::Text, "1").tip = "The depth of the tree test.";
+  controls_.Add("txtDescentPower2", ControlKind::Text, "2").tip =
+      "The descent: the lowest threshold is the noise threshold divided by it.";
+  controls_.Add("chkAutoThreshold", ControlKind::Check, "Auto threshold").tip =
+      "Estimates the noise from the finest diagonal band and sets the threshold and the depth.";
+  controls_["chkAutoThreshold"].value = 1;
+  controls_.Add("chkAverage", ControlKind::Check, "Average").tip = "Averages over cyclic shifts of the image.";
+  Control& averages = controls_.Add("AvgType", ControlKind::List, "1");
+  averages.items = {"1", "1D", "2", "2D", "4", "4D", "8", "8D", "16", "16D"};
+  averages.value = 0;
+  averages.tip = "The number of shifts along each axis; D shifts along the diagonal.";
+  controls_.Add("chkShrinkage", ControlKind::Check, "Shrinkage").tip =
+      "Moves each kept value toward zero by the lowest threshold.";
+  // The frame of SureShrink.
+  controls_.Add("chkShrinkage2", ControlKind::Check, "Shrinkage").tip =
+      "Soft thresholding: each kept value moves toward zero by the threshold.";
+  // The frame of the error measures.
+  const char* measures[] = {"Sup-norm (images)", "Sup-norm (transforms)", "PSNR", "Mean square error", "SNR"};
+  for (int k = 0; k < 5; ++k)
+    controls_.AddOption(IndexedName("OpErrorMeasure", k), measures[k], "OpErrorMeasure", k == 2);
+  controls_.Add("chkROIErrorOnly", ControlKind::Check, "Restrict to Region of Interest").tip =
+      "Measures the error over the dragged rectangle only.";
   // The left picture shows the image or its transform.
   controls_.AddOption("OpDisplayImage", "Image", "OpDisplay", true);
   controls_.AddOption("OpDisplayTransform", "Transform", "OpDisplay");
@@ -105,6 +141,12 @@ void ImageProcessorForm::BindCommands() {
   OnMenu("mnuTransformImage", [this](int) { ChooseCommand(kCommandTransform); });
   OnMenu("mnuCompress", [this](int) { ChooseCommand(kCommandCompress); });
   OnMenu("mnuDecompress", [this](int) { ChooseCommand(kCommandDecompress); });
+  OnMenu("mnuDenoiseTAWS", [this](int) { ChooseCommand(kCommandTaws); });
+  OnMenu("mnuDenoiseSureShrink", [this](int) { ChooseCommand(kCommandSureShrink); });
+  OnMenu("mnuErrormeasures", [this](int) { ChooseCommand(kCommandErrorMeasures); });
+  commands_[kCommandTransform] = [this] { TransformCommand(); };
+  commands_[kCommandCompress] = [this] { CompressCommand(); };
+  commands_[kCommandDecompress] = [this] { DecompressCommand(); };
   OnButton("cmdBegin", [this](int) { RunPaced([this] { Begin(); }); });
   OnMenu("mnuHelp", [this](int) { context_.GetHelp("ImageCompressor.HLP", ""); });
 }
@@ -216,19 +258,22 @@ void ImageProcessorForm::ChooseCommand(const std::string& command) {
   controls_.SetText("LabCommand", command);
   const bool transform = command == kCommandTransform;
   const bool coding = command == kCommandCompress || command == kCommandDecompress;
-  controls_.SetVisible("OpTransform(0)", transform);
-  controls_.SetVisible("OpTransform(1)", transform);
+  const bool taws = command == kCommandTaws;
+  const bool sure = command == kCommandSureShrink;
+  const bool measures = command == kCommandErrorMeasures;
+  controls_.SetVisible("frTransform", transform);
+  controls_.SetVisible("frWavelet", !measures);
+  controls_.SetVisible("frCoding", coding);
   controls_.SetEnabled("txtBitRate", coding);
-  for (int k = 0; k < 4; ++k) controls_.SetVisible(IndexedName("OpEntropyCode", k), coding);
-  controls_.SetVisible("txtBitRate", coding);
+  controls_.SetVisible("frTAWS", taws);
+  controls_.SetVisible("frSureShrink", sure);
+  controls_.SetVisible("frErrorMeasures", measures);
   Touch();
 }
 
 void ImageProcessorForm::Begin() {
   const std::string& command = controls_.Text("LabCommand");
-  if (command == kCommandTransform) TransformCommand();
-  else if (command == kCommandCompress) CompressCommand();
-  else if (command == kCommandDecompress) DecompressCommand();
+  if (const auto found = commands_.find(command); found != commands_.end()) found->second();
 }
 
 void ImageProcessorForm::ControlChanged(const std::string& name) {

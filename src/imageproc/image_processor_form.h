@@ -6,6 +6,8 @@
 // rate; decompression reads one back into the right-hand picture.
 
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <span>
@@ -25,6 +27,9 @@ namespace keldo::imageproc {
 inline constexpr const char* kCommandTransform = "Transform";
 inline constexpr const char* kCommandCompress = "Compress";
 inline constexpr const char* kCommandDecompress = "Decompress";
+inline constexpr const char* kCommandTaws = "Denoise-TAWS";
+inline constexpr const char* kCommandSureShrink = "Denoise-SureShrink";
+inline constexpr const char* kCommandErrorMeasures = "Error measures";
 
 class ImageProcessorForm final : public Form, public ImageFileReceiver, private formula::FormulaHost {
  public:
@@ -90,6 +95,8 @@ class ImageProcessorForm final : public Form, public ImageFileReceiver, private 
   platform::Random* FormulaRandom() override;
   const formula::GraphTable* FormulaGraphs() override { return nullptr; }
 
+  // What "Compute" runs for each command of the label.
+  std::map<std::string, std::function<void()>> commands_;
   ProcessorImage image_, recon_;
   wavelet::ImagePlane transform_, quant_;
   int levels_ = 0;
