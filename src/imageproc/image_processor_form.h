@@ -31,6 +31,13 @@ inline constexpr const char* kCommandTaws = "Denoise-TAWS";
 inline constexpr const char* kCommandSureShrink = "Denoise-SureShrink";
 inline constexpr const char* kCommandErrorMeasures = "Error measures";
 
+// The region of interest in pixels of the padded image, corners sorted
+// (x1 <= x2, y1 <= y2) and clipped to it; x runs along the columns of the
+// dumped matrices and y along their rows.
+struct RoiRectangle {
+  int x1 = 0, y1 = 0, x2 = 0, y2 = 0;
+};
+
 class ImageProcessorForm final : public Form, public ImageFileReceiver, private formula::FormulaHost {
  public:
   static constexpr FormKind kKind = FormKind::ImageProcessor;
@@ -95,6 +102,9 @@ class ImageProcessorForm final : public Form, public ImageFileReceiver, private 
   platform::Random* FormulaRandom() override;
   const formula::GraphTable* FormulaGraphs() override { return nullptr; }
 
+  // The rectangle of the last completed drag on the left image (RoiActive);
+  // none after a plain click or a new image.
+  std::optional<RoiRectangle> roi_;
   // What "Compute" runs for each command of the label.
   std::map<std::string, std::function<void()>> commands_;
   ProcessorImage image_, recon_;
