@@ -1,8 +1,10 @@
 #include "qt/plot_widget.h"
 
+#include <QKeyEvent>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QWheelEvent>
 
 #include <algorithm>
 
@@ -20,6 +22,12 @@ constexpr int kLabelBottom = 24;
 constexpr int kMarginTop = 10;
 constexpr int kMarginRight = 28;
 constexpr int kCaptionHeight = 18;
+// The zooms of pictures with a natural side: screen pixels per picture pixel.
+constexpr double kZooms[] = {0.25, 0.5, 1.0, 2.0, 3.0, 4.0, 6.0, 8.0};
+constexpr int kZoomCount = static_cast<int>(std::size(kZooms));
+constexpr int kActualSize = 2;
+// A zoomed picture is painted whole; this bounds its side in pixels.
+constexpr int kLargestZoomedSide = 4096;
 
 }  // namespace
 
@@ -46,14 +54,26 @@ std::vector<PlotWidget::Placed> PlotWidget::Layout() const {
     const QRect cell(p.column * cellWidth, p.row * cellHeight, cellWidth, cellHeight);
     QRect box = cell.adjusted(kLabelLeft, kMarginTop, -kMarginRight,
                               -kLabelBottom - (p.caption.empty() && !p.captioned ? 0 : kCaptionHeight));
-    if (p.side > 0) {
+    QRect clip = box;
+    if (p.side > 0 && zoom_ >= 0) {
+      // At the chosen zoom, centred when it fits, panned when it does not.
+      const int side = std::max(1, static_cast<int>(std::lround(p.side * kZooms[zoom_])));
+      const auto place = [](int start, int room, int length, int pan) {
+        if (length <= room) return start + (room - length) / 2;
+        return start + std::clamp((room - length) / 2 + pan, room - length, 0);
+      };
+      box = QRect(place(clip.left(), clip.width(), side, pan_.x()), place(clip.top(), clip.height(), side, pan_.y()),
+                  side, side);
+      clip = clip.intersected(box);
+    } else if (p.side > 0) {
       // The largest whole multiple of the natural side that fits; a cell
       // too small for one gets the picture shrunk to fit.
       const int room = std::max(1, std::min(box.width(), box.height()));
       const int side = room >= p.side ? room / p.side * p.side : room;
       box = QRect(box.left() + (box.width() - side) / 2, box.top() + (box.height() - side) / 2, side, side);
+      clip = box;
     }
-    placed.push_back({p, box});
+    placed.push_back({p, box, clip});
   }
   return placed;
 }
@@ -98,8 +118,22 @@ void PlotWidget::paintEvent(QPaintEvent*) {
       form_.Paint(static_cast<int>(k), surface);
       cacheRevision_[k] = form_.Revision();
     }
+    if (placed[k].clip == box) {
+      p.drawImage(box.topLeft(), cache);
+      DrawLabels(p, placed[k]);
+      continue;
+    }
+    // Zoomed past its cell: the part in view, and no axis labels, which
+    // name the edges of the whole picture.
+    p.save();
+    p.setClipRect(placed[k].clip);
     p.drawImage(box.topLeft(), cache);
-    DrawLabels(p, placed[k]);
+    p.restore();
+  }
+  if (zoom_ >= 0) {
+    p.setPen(palette().windowText().color());
+    p.drawText(rect().adjusted(0, 0, -6, 0), Qt::AlignRight | Qt::AlignTop,
+               QString::number(kZooms[zoom_] * 100.0) + QStringLiteral(" %"));
   }
   const std::string& readout = form_.CursorText();
   const int under = PictureAt(placed, pointer_);
@@ -167,6 +201,104 @@ void PlotWidget::mouseDoubleClickEvent(QMouseEvent* event) {
 
 void PlotWidget::leaveEvent(QEvent*) {
   pointer_ = QPoint(-1, -1);
+  update();
+}
+
+void PlotWidget::wheelEvent(QWheelEvent* event) {
+  const QPoint steps = event->angleDelta() / 120;
+  if (event->modifiers() & Qt::ControlModifier) {
+    if (steps.y() != 0) Zoom(steps.y() > 0 ? 1 : -1);
+  } else if (zoom_ >= 0) {
+    // The wheel pans a zoomed picture: up and down, or across with Shift.
+    const int by = steps.y() * 60;
+    Pan(event->modifiers() & Qt::ShiftModifier ? QPoint(by, 0) : QPoint(steps.x() * 60, by));
+  } else {
+    event->ignore();
+    return;
+  }
+  event->accept();
+}
+
+void PlotWidget::keyPressEvent(QKeyEvent* event) {
+  // Ctrl with + and - zooms, with 0 fits the pictures to their cells again
+  // and with 1 shows them at their actual size; the arrows pan.
+  const bool control = event->modifiers() & Qt::ControlModifier;
+  switch (event->key()) {
+    case Qt::Key_Plus:
+    case Qt::Key_Equal:
+      if (control) return Zoom(1);
+      break;
+    case Qt::Key_Minus:
+      if (control) return Zoom(-1);
+      break;
+    case Qt::Key_0:
+      if (control) return ZoomTo(-1);
+      break;
+    case Qt::Key_1:
+      if (control) return ZoomTo(kActualSize);
+      break;
+    case Qt::Key_Left:
+      if (zoom_ >= 0) return Pan({40, 0});
+      break;
+    case Qt::Key_Right:
+      if (zoom_ >= 0) return Pan({-40, 0});
+      break;
+    case Qt::Key_Up:
+      if (zoom_ >= 0) return Pan({0, 40});
+      break;
+    case Qt::Key_Down:
+      if (zoom_ >= 0) return Pan({0, -40});
+      break;
+    default:
+      break;
+  }
+  QWidget::keyPressEvent(event);
+}
+
+void PlotWidget::Zoom(int step) {
+  int natural = 0;
+  for (const Picture& p : form_.Pictures()) natural = std::max(natural, p.side);
+  if (natural == 0) return;
+  if (zoom_ >= 0) return ZoomTo(std::clamp(zoom_ + step, 0, LargestZoom()));
+  // From the fitted size, the next zoom in the direction asked.
+  const std::vector<Placed> placed = Layout();
+  double fitted = 1.0;
+  for (const Placed& p : placed)
+    if (p.picture.side > 0) fitted = static_cast<double>(p.box.width()) / p.picture.side;
+  int next = step > 0 ? kZoomCount - 1 : 0;
+  if (step > 0) {
+    for (int k = kZoomCount - 1; k >= 0; --k)
+      if (kZooms[k] > fitted + 1e-9) next = k;
+  } else {
+    for (int k = 0; k < kZoomCount; ++k)
+      if (kZooms[k] < fitted - 1e-9) next = k;
+  }
+  ZoomTo(std::min(next, LargestZoom()));
+}
+
+int PlotWidget::LargestZoom() const {
+  int natural = 1;
+  for (const Picture& p : form_.Pictures()) natural = std::max(natural, p.side);
+  int largest = 0;
+  while (largest + 1 < kZoomCount && natural * kZooms[largest + 1] <= kLargestZoomedSide) ++largest;
+  return largest;
+}
+
+void PlotWidget::ZoomTo(int zoom) {
+  if (zoom >= 0 && zoom_ >= 0 && zoom != zoom_) pan_ = pan_ * kZooms[zoom] / kZooms[zoom_];
+  if (zoom < 0) pan_ = {};
+  zoom_ = zoom;
+  update();
+}
+
+void PlotWidget::Pan(QPoint by) {
+  pan_ += by;
+  // Held to what the largest picture can move, so that a pan never piles up
+  // beyond an edge.
+  int most = 0;
+  for (const Placed& p : Layout()) most = std::max(most, (p.box.width() - p.clip.width()) / 2 + 1);
+  pan_.setX(std::clamp(pan_.x(), -most, most));
+  pan_.setY(std::clamp(pan_.y(), -most, most));
   update();
 }
 

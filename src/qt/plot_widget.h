@@ -25,11 +25,14 @@ class PlotWidget final : public QWidget {
   void mouseReleaseEvent(QMouseEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
   void leaveEvent(QEvent*) override;
+  void wheelEvent(QWheelEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
 
  private:
   struct Placed {
     Picture picture;
-    QRect box;  // where the picture itself is drawn, in widget pixels
+    QRect box;   // where the picture itself is drawn, in widget pixels
+    QRect clip;  // the part of the widget it may cover: box, or less when zoomed
   };
   std::vector<Placed> Layout() const;
   // The picture under a pixel, or -1.
@@ -37,7 +40,16 @@ class PlotWidget final : public QWidget {
   void SendMouse(MouseAction action, QPointF pixel, MouseButton button);
   void ShowPopup(QPoint global);
   void DrawLabels(QPainter& p, const Placed& placed);
+  // Pictures with a natural side are drawn to fit (zoom_ < 0) or at
+  // kZooms[zoom_] screen pixels per picture pixel, panned by pan_.
+  void Zoom(int step);
+  void ZoomTo(int zoom);
+  // The largest zoom at which every picture stays within a painted side.
+  int LargestZoom() const;
+  void Pan(QPoint by);
 
+  int zoom_ = -1;
+  QPoint pan_;
   Form& form_;
   std::function<void()> changed_;
   std::vector<QImage> cache_;

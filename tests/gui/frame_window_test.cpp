@@ -7,6 +7,7 @@
 #include <QtTest>
 
 #include <QBuffer>
+#include <QFile>
 #include <QImage>
 #include <QLineEdit>
 #include <QTemporaryDir>
@@ -14,6 +15,7 @@
 #include "kinds/form_kinds.h"
 #include "app/frame.h"
 #include "form1d/graph1_form.h"
+#include "imageproc/image_processor_form.h"
 #include "kit/typed_forms.h"
 #include "qt/form_view.h"
 #include "qt/main_window.h"
@@ -176,6 +178,49 @@ class FrameWindowTest : public QObject {
     QCOMPARE(f.TracePosition(), 64);
     QTest::mouseClick(plot, Qt::LeftButton, {}, QPoint(r.left() + r.width() / 2, r.center().y()));
     QCOMPARE(f.TracePosition(), 32);
+  }
+
+  // The image processor's pictures: fitted to their cells at first, then
+  // with Ctrl+1 one screen pixel to a picture pixel, and zoomed with Ctrl++
+  // and Ctrl+-; Ctrl+0 fits them again.
+  void imagePicturesZoomFromActualSize() {
+    keldo::qt::QtPlatform platform(KELDO_SOURCE_DIR "/docs");
+    keldo::Frame frame(platform.services(), KELDO_SOURCE_DIR);
+    keldo::InstallFormKinds(frame);
+    QTemporaryDir folder;
+    QVERIFY(folder.isValid());
+    // 64 by 64 black with one white square of 16 by 16.
+    std::string pgm = "P5\n64 64\n255\n";
+    for (int y = 0; y < 64; ++y)
+      for (int x = 0; x < 64; ++x) pgm += static_cast<char>(x >= 8 && x < 24 && y >= 8 && y < 24 ? 255 : 0);
+    const std::string path = folder.filePath("square.pgm").toStdString();
+    QFile file(QString::fromStdString(path));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(pgm.data(), static_cast<qint64>(pgm.size()));
+    file.close();
+    int code = 0;
+    auto& form = *keldo::NewFormOf<keldo::imageproc::ImageProcessorForm>(frame, code);
+    QVERIFY(form.LoadImageFile(path));
+    keldo::qt::FormView view(form);
+    view.resize(1000, 700);
+    view.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&view));
+    QWidget* plot = view.findChild<QWidget*>("GraphBox");
+    QVERIFY(plot);
+    const auto white = [plot] { return CountColour(plot->grab().toImage(), qRgb(255, 255, 255)); };
+    const int fitted = white();
+    QVERIFY(fitted >= 256);
+    QCOMPARE(fitted % 256, 0);
+    plot->setFocus();
+    QTest::keyClick(plot, Qt::Key_1, Qt::ControlModifier);
+    QCOMPARE(white(), 16 * 16);
+    QTest::keyClick(plot, Qt::Key_Plus, Qt::ControlModifier);
+    QCOMPARE(white(), 32 * 32);
+    QTest::keyClick(plot, Qt::Key_Minus, Qt::ControlModifier);
+    QTest::keyClick(plot, Qt::Key_Minus, Qt::ControlModifier);
+    QCOMPARE(white(), 8 * 8);
+    QTest::keyClick(plot, Qt::Key_0, Qt::ControlModifier);
+    QCOMPARE(white(), fitted);
   }
 
   // A bitmap or a JPEG cut short is refused, not read in part: the plugins
