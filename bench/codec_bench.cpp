@@ -2,7 +2,8 @@
 // photographs: the plane of the 8-bit pixels, five levels of the Daub 9/7
 // wavelet (fewer if LevelLimit says so), coded at 0.125, 0.25, 0.5 and 1 bit
 // per pixel by the binary and the arithmetic ASWDR coder, decoded at the same
-// rate and inverted to bytes. One iteration is the whole way: the transform,
+// rate and inverted to bytes; beside them the plain WDR coder of the
+// workshop (arithmetic, ZigZag scan) on the same transform. One iteration is the whole way: the transform,
 // CompressAswdr, DecompressAswdr and InvertTheTransformQuant. The counters
 // are the PSNR of the bytes against the pixels (peak 255) and the file's bits
 // per pixel.
@@ -31,6 +32,8 @@
 
 #include "wavelet/aswdr.h"
 #include "wavelet/image_transform.h"
+#include "wavelet/wdr_files.h"
+#include "wavelet/wic_file.h"
 
 namespace {
 
@@ -70,6 +73,44 @@ void BM_Codec(benchmark::State& state, const GreyImage& image, AswdrCoder coder,
   state.counters["bpp"] = 8.0 * static_cast<double>(fileBytes) / static_cast<double>(image.pixels.size());
 }
 
+// The plain difference-reduction coder on the same transform: the
+// workshop's WDR, arithmetic with the 0-order model, along the ZigZag scan,
+// its .wic file decoded and inverted as the image processor inverts.
+void BM_CodecWdr(benchmark::State& state, const GreyImage& image, double bpp) {
+  ImagePlane pixels(image.width, image.height);
+  for (std::size_t i = 0; i < image.pixels.size(); ++i) pixels.v[i] = static_cast<float>(image.pixels[i]);
+  const int levels = std::min(kLevels, LevelLimit(image.width, image.height, kDaub97));
+  WdrEncodeOptions options;
+  options.levels = levels;
+  options.scanMode = 1;
+  options.stopKind = WdrStopKind::BitRate;
+  options.target = bpp;
+  options.stage = WdrEntropyStage::Arithmetic;
+  options.model = WdrSourceModel::ZeroOrder;
+  std::vector<std::uint8_t> bytes;
+  std::size_t fileBytes = 0;
+  for (auto _ : state) {
+    ImagePlane plane = pixels;
+    TransformTheImage(plane, levels, kDaub97);
+    const WdrEncodeResult encoded = EncodeTransform(plane.v, image.width, options);
+    std::optional<WdrDecodedFile> decoded;
+    std::vector<std::uint8_t> file;
+    if (encoded.status == WdrEncodeStatus::Ok && encoded.message == 0) {
+      file = WriteWicFile(encoded.file);
+      decoded = DecodeWicFile(file, false);
+    }
+    if (!decoded) {
+      state.SkipWithError("the coder or the decoder refused");
+      return;
+    }
+    bytes = InvertTheTransformQuant(decoded->plane, levels, kDaub97);
+    fileBytes = file.size();
+    benchmark::DoNotOptimize(bytes.data());
+  }
+  state.counters["psnr"] = Psnr(image.pixels, bytes);
+  state.counters["bpp"] = 8.0 * static_cast<double>(fileBytes) / static_cast<double>(image.pixels.size());
+}
+
 struct CoderCase {
   const char* name;
   AswdrCoder coder;
@@ -93,6 +134,13 @@ int RegisterCases(const char* folder) {
         const std::string full = std::string("BM_Codec/") + name + "/" + coder.name + "/" + rate + "/ours";
         benchmark::RegisterBenchmark(full.c_str(), BM_Codec, kept, coder.coder, std::atof(rate))
             ->Unit(benchmark::kMillisecond);
+        ++registered;
+      }
+    // The workshop's coder takes square planes only.
+    if (kept.width == kept.height)
+      for (const char* rate : kRates) {
+        const std::string full = std::string("BM_Codec/") + name + "/Wdr/" + rate + "/ours";
+        benchmark::RegisterBenchmark(full.c_str(), BM_CodecWdr, kept, std::atof(rate))->Unit(benchmark::kMillisecond);
         ++registered;
       }
   }

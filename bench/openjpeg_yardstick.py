@@ -29,7 +29,7 @@ from yardstick_timing import median_time
 IMAGES = ("camera", "astronaut")
 RATES = ("0.125", "0.25", "0.5", "1")
 # The coders of bench_codec, each paired with the same OpenJPEG figures.
-CODERS = ("AswdrBinary", "AswdrArithmetic")
+CODERS = ("AswdrBinary", "AswdrArithmetic", "Wdr")
 REPEATS = 5
 
 
