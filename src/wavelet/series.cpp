@@ -284,10 +284,12 @@ void SureShrinkDenoise(double* x, int count, double sigma) {
   SoftThreshold(x, 0, count - 1, t);
 }
 
-double AdaptiveMedianValue(double x, double m) {
-  if (m >= 0) return 0.95 * m <= x && x <= 1.05 * m ? m : x;
-  return 1.05 * m <= x && x <= 0.95 * m ? m : x;
+double AdaptiveMedianValue(double x, double m, double low, double high) {
+  if (m >= 0) return low * m <= x && x <= high * m ? m : x;
+  return high * m <= x && x <= low * m ? m : x;
 }
+
+double AdaptiveMedianValue(double x, double m) { return AdaptiveMedianValue(x, m, 0.95, 1.05); }
 
 std::vector<double> MedianDenoise(int n, const double* y, bool adaptive) {
   std::vector<double> z(y, y + n + 1);

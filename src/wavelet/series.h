@@ -89,6 +89,12 @@ bool DenoiseAveraged(const WaveletChoice& w, int n, int m, int levels, double t,
                      const std::function<bool(int percent)>& progress);
 void SureShrinkDenoise(double* x, int count, double sigma);
 
+// x when it lies outside the band [low*m, high*m] around the median m (the
+// band's ends swapped for a negative median), else m: a sample near its
+// window's median is smoothed, one far from it (an edge, a lone spike) kept.
+// The one-dimensional form's band is 5 % either way (0.95, 1.05), the
+// images' 10 % (0.9, 1.1).
+double AdaptiveMedianValue(double x, double m, double low, double high);
 double AdaptiveMedianValue(double x, double m);
 std::vector<double> MedianDenoise(int n, const double* y, bool adaptive);
 
