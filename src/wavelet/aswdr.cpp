@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 
 #include "common/number_text.h"
 #include "wavelet/arith_coder.h"
@@ -106,7 +107,7 @@ constexpr int kEndMark = 2;
 class ArithmeticSender {
  public:
   static constexpr bool kTestAfterInsignificant = false;
-  ArithmeticSender() : bits_(SetBitTotal_ASWDR()) {}
+  explicit ArithmeticSender(std::int64_t startBits) : bits_(startBits) {}
   void Run(std::int64_t run) {
     for (; run >= 2; run /= 2) Digit(static_cast<int>(run % 2));
     Digit(kEndMark);
@@ -126,8 +127,10 @@ class ArithmeticSender {
   std::int64_t Used() const { return bits_.BitsUsed() + coder_.Pending(); }
   // DoneEncoding in the last run context, then the partly filled byte, if
   // any; no end byte.
-  std::vector<std::uint8_t> Finish() {
-    coder_.SetCurrentContext(contexts_.digit);
+  std::vector<std::uint8_t> Finish() { return FinishInContext(contexts_.digit); }
+  // The same with DoneEncoding in the context given.
+  std::vector<std::uint8_t> FinishInContext(int context) {
+    coder_.SetCurrentContext(context);
     coder_.DoneEncoding(bits_);
     bits_.FlushPartialByte();
     return bits_.Bytes();
@@ -147,7 +150,8 @@ class ArithmeticSender {
 // BitsUsed counts the 9 bits BeginDecoding reads ahead.
 class ArithmeticReceiver {
  public:
-  explicit ArithmeticReceiver(const std::vector<std::uint8_t>& file) : bits_(file, kAswdrHeadSize, SetBitTotal_ASWDR()) {
+  ArithmeticReceiver(const std::vector<std::uint8_t>& file, std::size_t headSize)
+      : bits_(file, headSize, SetBitTotal_ASWDR()) {
     coder_.BeginDecoding(bits_);
   }
   std::optional<std::int64_t> Run() {
@@ -222,11 +226,27 @@ PassState StartPasses(int width, int height, int levels, int exponent) {
   return s;
 }
 
+enum class PassLimit { LoopTest, DownToOne };
+
+// What ends the passes and what they may spend: the budget, the lossy
+// coders' LoopTest or the lossless coder's rule (go on while T >= 2), and
+// the region, if any.
+struct PassRules {
+  std::int32_t budget = 0;
+  int waveletIndex = 1;
+  PassLimit limit = PassLimit::LoopTest;
+  const AswdrRegion* region = nullptr;
+};
+
+// The lossless coder has no budget: bits used never reach this.
+constexpr std::int32_t kNoBudget = std::numeric_limits<std::int32_t>::max();
+
 // With the 9/7 wavelet, stop after pass 32; with an integer wavelet, after
-// the pass of threshold 1.
-bool LoopTest(int waveletIndex, int pass, double threshold) {
+// the pass of threshold 1. The lossless rule stops once T < 2.
+bool LoopTest(const PassRules& rules, int pass, double threshold) {
   if (pass >= kMaxAswdrPasses) return true;
-  return waveletIndex == 1 ? pass >= kNineSevenPasses : threshold == 1.0;
+  if (rules.limit == PassLimit::DownToOne) return threshold < 2.0;
+  return rules.waveletIndex == 1 ? pass >= kNineSevenPasses : threshold == 1.0;
 }
 
 void ReportData(PassState& s, const char* verb, std::int64_t bitsUsed) {
@@ -248,12 +268,12 @@ double Magnitude(float v) { return std::fabs(static_cast<double>(v)); }
 // `byPosition` and `bySlot` are the walk's value by position and by place
 // (FlatScanOrder::Rebuild).
 template <typename T>
-bool EndPass(PassState& s, int waveletIndex, const char* verb, std::int64_t bitsUsed,
+bool EndPass(PassState& s, const PassRules& rules, const char* verb, std::int64_t bitsUsed,
              const FlatScanOrder::Carried<T>& byPosition, T* bySlot) {
   s.formerSignificant = s.significant;
   ReportData(s, verb, bitsUsed);
   s.order.Rebuild(s.quant, s.nonZero, s.threshold, byPosition, bySlot);
-  s.stoppedByLoopTest = LoopTest(waveletIndex, s.pass, s.threshold);
+  s.stoppedByLoopTest = LoopTest(rules, s.pass, s.threshold);
   return !s.stoppedByLoopTest;
 }
 
@@ -351,16 +371,62 @@ bool AllAbove(const std::uint16_t* when, std::uint16_t k) {
   return (a & b & kHigh) == kHigh;
 }
 
-template <typename Sender>
-void EncodePasses(const ImagePlane& c, int exponent, int waveletIndex, std::int32_t budget, Sender& ch, PassState& s) {
-  const SignificanceTable table = SignificancePasses(c, exponent);
-  std::vector<std::uint16_t> whenBySlot(table.passes.size());
-  s.order.Carry(table.passes.data(), whenBySlot.data());
-  const std::vector<std::array<std::uint16_t, 4>> whenOfChildren = s.order.ChildrenByParent(table.passes.data());
+// The pass numbers the walks read, by position, by place and by parent.
+struct WalkTables {
+  SignificanceTable table;
+  std::vector<std::uint16_t> whenBySlot;
+  std::vector<std::array<std::uint16_t, 4>> whenOfChildren;
   FlatScanOrder::Carried<std::uint16_t> carried;
-  carried.byPosition = table.passes.data();
-  carried.byParent = whenOfChildren.empty() ? nullptr : whenOfChildren.data();
+
+  void Carry(const FlatScanOrder& order) {
+    whenOfChildren = order.ChildrenByParent(table.passes.data());
+    carried.byPosition = table.passes.data();
+    carried.byParent = whenOfChildren.empty() ? nullptr : whenOfChildren.data();
+  }
+};
+
+// Region mode: every position outside the region still at zero is given
+// kNeverSignificant, so that the walks count it below the threshold from
+// then on. Done once, it leaves the walks themselves as they are.
+void EnterRegionMode(WalkTables& w, const PassState& s, const std::vector<std::uint8_t>& mask) {
+  const std::vector<std::int32_t>& positions = s.order.Positions();
+  for (std::size_t i = 0; i < positions.size(); ++i) {
+    const auto p = static_cast<std::size_t>(positions[i]);
+    if (mask[p] != 0 || s.nonZero[p] != 0) continue;
+    w.whenBySlot[i] = kNeverSignificant;
+    w.table.passes[p] = kNeverSignificant;
+  }
+  w.Carry(s.order);
+}
+
+// Region mode begins when the bits used reach the shared budget; true when
+// it has just begun.
+template <typename Sender>
+bool RegionModeBegins(const PassRules& rules, bool& regionMode, const Sender& ch, WalkTables& w, PassState& s) {
+  if (rules.region == nullptr || regionMode || ch.Used() < rules.region->sharedBudget) return false;
+  regionMode = true;
+  EnterRegionMode(w, s, rules.region->mask);
+  return true;
+}
+
+template <typename Sender>
+int EncodePasses(const ImagePlane& c, int exponent, const PassRules& rules, Sender& ch, PassState& s) {
+  const std::int32_t budget = rules.budget;
+  WalkTables tables;
+  tables.table = SignificancePasses(c, exponent);
+  const SignificanceTable& table = tables.table;
+  std::vector<std::uint16_t>& whenBySlot = tables.whenBySlot;
+  whenBySlot.resize(table.passes.size());
+  s.order.Carry(table.passes.data(), whenBySlot.data());
+  tables.Carry(s.order);
+  const FlatScanOrder::Carried<std::uint16_t>& carried = tables.carried;
+  bool regionMode = false;
+  int regionModePass = 0;
+  const auto regionCheck = [&] {
+    if (RegionModeBegins(rules, regionMode, ch, tables, s)) regionModePass = s.pass;
+  };
   for (s.pass = 1;; ++s.pass) {
+    regionCheck();
     const double former = s.threshold;
     s.threshold /= 2.0;
     const double t = s.threshold;
@@ -391,7 +457,7 @@ void EncodePasses(const ImagePlane& c, int exponent, int waveletIndex, std::int3
         passed += w < k ? 1 : 0;
         run += w > k && !turns ? 1 : 0;
         if (!turns) {
-          if (stopWhenInsignificant && w > k) return;
+          if (stopWhenInsignificant && w > k) return regionModePass;
           continue;
         }
         ch.Run(run);
@@ -400,23 +466,25 @@ void EncodePasses(const ImagePlane& c, int exponent, int waveletIndex, std::int3
         s.SetQuant(p, negative ? -t : t);
         ch.Sign(negative);
         ++s.significant;
-        if (ch.Used() >= budget) return;
+        if (ch.Used() >= budget) return regionModePass;
+        regionCheck();
       }
     }
     s.passedOverCount = passed;
     ch.Run(run + 1);
-    if (ch.Used() >= budget) return;
+    if (ch.Used() >= budget) return regionModePass;
     const bool onBudget = RefinementPass(s, former, budget, ch, [&](std::int32_t at, float q) {
       const bool moved = std::fabs(static_cast<double>(c.v[static_cast<std::size_t>(at)]) - static_cast<double>(q)) >= t;
       ch.Refine(moved);
       return moved;
     });
-    if (!onBudget || !EndPass(s, waveletIndex, "encoded", ch.Used(), carried, whenBySlot.data())) return;
+    if (!onBudget || !EndPass(s, rules, "encoded", ch.Used(), carried, whenBySlot.data())) return regionModePass;
   }
 }
 
 template <typename Receiver>
-void DecodePasses(int waveletIndex, std::int32_t budget, Receiver& ch, PassState& s) {
+void DecodePasses(const PassRules& rules, Receiver& ch, PassState& s) {
+  const std::int32_t budget = rules.budget;
   // By place: whether the value there is non-zero.
   std::vector<std::uint8_t> nonZeroBySlot(s.nonZero.size(), 0);
   FlatScanOrder::Carried<std::uint8_t> carried;
@@ -478,21 +546,30 @@ void DecodePasses(int waveletIndex, std::int32_t budget, Receiver& ch, PassState
     s.passedOverCount = passed;
     if (ch.Used() >= budget) return;
     const bool onBudget = RefinementPass(s, former, budget, ch, [&](std::int32_t, float) { return ch.Refine(); });
-    if (!onBudget || !EndPass(s, waveletIndex, "decoded", ch.Used(), carried, nonZeroBySlot.data())) return;
+    if (!onBudget || !EndPass(s, rules, "decoded", ch.Used(), carried, nonZeroBySlot.data())) return;
   }
 }
 
+// The lossless stream's DoneEncoding context: that of a run's end mark.
+constexpr int kRunEndContext = 3;
+
 template <typename Sender>
-AswdrEncoded RunEncoder(const ImagePlane& transform, const AswdrHead& head, Sender ch) {
+AswdrEncoded RunEncoder(const ImagePlane& transform, const AswdrHead& head, const PassRules& rules, Sender ch) {
   const StartThreshold start = GetThreshold(transform);
   AswdrHead written = head;
   written.exponent = start.exponent;
   PassState s = StartPasses(transform.width, transform.height, head.levels, start.exponent);
-  EncodePasses(transform, start.exponent, head.waveletIndex, head.budget, ch, s);
   AswdrEncoded out;
+  out.regionModePass = EncodePasses(transform, start.exponent, rules, ch, s);
   out.bitsUsed = ch.Used();
-  out.file = WriteAswdrHead(written);
-  const std::vector<std::uint8_t> stream = ch.Finish();
+  std::vector<std::uint8_t> stream;
+  if (rules.limit == PassLimit::DownToOne) {
+    out.file = WriteAwgHead(written);
+    if constexpr (requires { ch.FinishInContext(kRunEndContext); }) stream = ch.FinishInContext(kRunEndContext);
+  } else {
+    out.file = WriteAswdrHead(written);
+    stream = ch.Finish();
+  }
   out.file.insert(out.file.end(), stream.begin(), stream.end());
   out.quant = std::move(s.quant);
   out.report = std::move(s.report);
@@ -502,15 +579,15 @@ AswdrEncoded RunEncoder(const ImagePlane& transform, const AswdrHead& head, Send
 }
 
 template <typename Receiver>
-void RunDecoder(AswdrDecoded& out, std::int32_t budget, Receiver ch) {
+void RunDecoder(AswdrDecoded& out, const PassRules& rules, Receiver ch) {
   const AswdrHead& h = out.head;
   PassState s = StartPasses(h.width, h.height, h.levels, h.exponent);
   s.report = std::move(out.report);
-  DecodePasses(h.waveletIndex, budget, ch, s);
+  DecodePasses(rules, ch, s);
   out.bitsUsed = ch.Used();
   out.passes = s.pass;
   out.quantBeforeRefinement = s.quant;
-  out.lastRefinement = !s.stoppedByLoopTest || h.waveletIndex == 1;
+  out.lastRefinement = rules.limit == PassLimit::LoopTest && (!s.stoppedByLoopTest || h.waveletIndex == 1);
   if (out.lastRefinement) LastRefinement(s.quant, s.order.Positions(), s.threshold, s.refinedInPass);
   out.quant = std::move(s.quant);
   out.report = std::move(s.report);
@@ -533,6 +610,20 @@ std::vector<std::uint8_t> WriteAswdrHead(const AswdrHead& head) {
   return out;
 }
 
+std::vector<std::uint8_t> WriteAwgHead(const AswdrHead& head) {
+  std::vector<std::uint8_t> out = WriteAswdrHead(head);
+  out.erase(out.begin(), out.begin() + 4);
+  return out;
+}
+
+std::optional<AswdrHead> ReadAwgHead(const std::vector<std::uint8_t>& file) {
+  if (file.size() < kAwgHeadSize) return std::nullopt;
+  // The same fields with a zero budget in front.
+  std::vector<std::uint8_t> head(4, 0);
+  head.insert(head.end(), file.begin(), file.begin() + static_cast<std::ptrdiff_t>(kAwgHeadSize));
+  return ReadAswdrHead(head);
+}
+
 std::optional<AswdrHead> ReadAswdrHead(const std::vector<std::uint8_t>& file) {
   if (file.size() < kAswdrHeadSize) return std::nullopt;
   if (GetLittleEndian(file, 9, 2) != kHeadVariantTag || GetLittleEndian(file, 13, 2) != kHeadVariantTag)
@@ -552,14 +643,39 @@ std::optional<AswdrHead> ReadAswdrHead(const std::vector<std::uint8_t>& file) {
   return h;
 }
 
-AswdrEncoded CompressAswdr(const ImagePlane& transform, AswdrHead head, AswdrCoder coder) {
+namespace {
+
+bool EncoderInputFits(const ImagePlane& transform, AswdrHead& head, const AswdrRegion* region) {
   head.width = transform.width;
   head.height = transform.height;
-  if (!HeadIsValid(head) ||
-      transform.v.size() != static_cast<std::size_t>(transform.width) * static_cast<std::size_t>(transform.height))
-    return {};
-  if (coder == AswdrCoder::Binary) return RunEncoder(transform, head, BinarySender());
-  return RunEncoder(transform, head, ArithmeticSender());
+  const std::size_t size = static_cast<std::size_t>(transform.width) * static_cast<std::size_t>(transform.height);
+  return HeadIsValid(head) && transform.v.size() == size && (region == nullptr || region->mask.size() == size);
+}
+
+}  // namespace
+
+AswdrEncoded CompressAswdr(const ImagePlane& transform, AswdrHead head, AswdrCoder coder, const AswdrRegion* region) {
+  if (!EncoderInputFits(transform, head, region)) return {};
+  const PassRules rules{head.budget, head.waveletIndex, PassLimit::LoopTest, region};
+  if (coder == AswdrCoder::Binary) return RunEncoder(transform, head, rules, BinarySender());
+  return RunEncoder(transform, head, rules,
+                    ArithmeticSender(region != nullptr ? SetBitTotal_WDR_AC() : SetBitTotal_ASWDR()));
+}
+
+AswdrEncoded CompressAswdrLossless(const ImagePlane& transform, AswdrHead head, const AswdrRegion* region) {
+  if (!EncoderInputFits(transform, head, region)) return {};
+  const PassRules rules{kNoBudget, head.waveletIndex, PassLimit::DownToOne, region};
+  return RunEncoder(transform, head, rules, ArithmeticSender(SetBitTotal_ASWDR()));
+}
+
+std::optional<AswdrDecoded> DecompressAswdrLossless(const std::vector<std::uint8_t>& file) {
+  const std::optional<AswdrHead> head = ReadAwgHead(file);
+  if (!head || static_cast<std::int64_t>(head->width) * head->height > kMaxAswdrPixels) return std::nullopt;
+  AswdrDecoded out;
+  out.head = *head;
+  const PassRules rules{kNoBudget, head->waveletIndex, PassLimit::DownToOne, nullptr};
+  RunDecoder(out, rules, ArithmeticReceiver(file, kAwgHeadSize));
+  return out;
 }
 
 std::optional<AswdrDecoded> DecompressAswdr(const std::vector<std::uint8_t>& file, double bpp, AswdrCoder coder) {
@@ -574,10 +690,11 @@ std::optional<AswdrDecoded> DecompressAswdr(const std::vector<std::uint8_t>& fil
     out.rateTooLarge = true;
     out.report.push_back("Bpp value too large, decompressing at largest possible rate.");
   }
+  const PassRules rules{budget, head->waveletIndex, PassLimit::LoopTest, nullptr};
   if (coder == AswdrCoder::Binary)
-    RunDecoder(out, budget, BinaryReceiver(file));
+    RunDecoder(out, rules, BinaryReceiver(file));
   else
-    RunDecoder(out, budget, ArithmeticReceiver(file));
+    RunDecoder(out, rules, ArithmeticReceiver(file, kAswdrHeadSize));
   return out;
 }
 

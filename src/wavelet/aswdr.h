@@ -75,6 +75,28 @@ std::vector<std::uint8_t> WriteAswdrHead(const AswdrHead& head);
 // original sizes are not checked.
 std::optional<AswdrHead> ReadAswdrHead(const std::vector<std::uint8_t>& file);
 
+// The lossless file (.awg): the head of the coders above less its budget,
+// 14 bytes: levels * 10 + wavelet (1), width (2), 2 (2), originalWidth (2),
+// 2 (2), originalHeight (2), exponent (1); the arithmetic stream follows.
+// Read with the same checks as ReadAswdrHead; the budget field reads 0.
+constexpr std::size_t kAwgHeadSize = 14;
+std::vector<std::uint8_t> WriteAwgHead(const AswdrHead& head);
+std::optional<AswdrHead> ReadAwgHead(const std::vector<std::uint8_t>& file);
+
+// A region of interest for an encoder: `mask` by position (y * width + x),
+// non-zero where a coefficient bears on the region (GetROIValues). Once the
+// bits used reach `sharedBudget` the coder is in region mode: a position
+// outside the region whose value is still zero can no longer turn
+// significant, and counts in the runs as one below the threshold. Values
+// significant already keep being refined. The test comes before each
+// position of a significance walk that follows a change in the bits used:
+// at the start of the walk and after each value turned significant. The
+// decoders need no mask.
+struct AswdrRegion {
+  std::vector<std::uint8_t> mask;
+  std::int64_t sharedBudget = 0;
+};
+
 struct AswdrEncoded {
   std::vector<std::uint8_t> file;   // head + stream + end bytes, exactly as the coder writes it
   ImagePlane quant;                 // the encoder's values (no final offsets)
@@ -82,13 +104,29 @@ struct AswdrEncoded {
   std::int64_t bitsUsed = 0;        // when the passes stopped (arithmetic: with the pending bits)
   int passes = 0;                   // passes begun
   bool stoppedByLoopTest = false;   // the pass limit rather than the budget ended it
+  int regionModePass = 0;           // the pass in which region mode began; 0 if it did not
 };
 
 // The coder from the threshold on: `transform` is the transformed image and
 // `head` holds the budget, levels, wavelet and original sizes; the width and
 // height are the plane's and the exponent comes from GetThreshold. An empty
 // file for a plane with a head that ReadAswdrHead would refuse.
-AswdrEncoded CompressAswdr(const ImagePlane& transform, AswdrHead head, AswdrCoder coder);
+// With a region the binary coder starts its bits used from 124 as
+// without, the arithmetic one from SetBitTotal_WDR_AC (140); the files are
+// the plain coders' and their decoders read them.
+AswdrEncoded CompressAswdr(const ImagePlane& transform, AswdrHead head, AswdrCoder coder,
+                           const AswdrRegion* region = nullptr);
+
+// The lossless coder (.awg): the arithmetic coder's passes with no budget,
+// down to the pass of threshold 1 (the passes go on while T >= 2), ended by
+// DoneEncoding in context 3 (the end mark of the pass-end run) and the
+// partly filled byte. With integer coefficients below the start threshold
+// the values coded are the coefficients exactly. A coefficient of exactly
+// the start threshold is never coded (the start threshold is M itself when
+// the largest magnitude M is a power of two) and the decoder then parts
+// from the coder, as in the lossy coders. The head's budget is not used.
+// With a region, region mode begins at its shared budget, counted from 132.
+AswdrEncoded CompressAswdrLossless(const ImagePlane& transform, AswdrHead head, const AswdrRegion* region = nullptr);
 
 struct AswdrDecoded {
   AswdrHead head;
@@ -108,6 +146,10 @@ struct AswdrDecoded {
 // the decoding as the budget does. LastRefinement follows unless an integer
 // wavelet stopped at its last pass.
 std::optional<AswdrDecoded> DecompressAswdr(const std::vector<std::uint8_t>& file, double bpp, AswdrCoder coder);
+// The lossless decoder: the passes down to threshold 1 with no budget and
+// no LastRefinement. Nothing for a bad head or a plane above
+// kMaxAswdrPixels; a stream cut short reads as zero bits.
+std::optional<AswdrDecoded> DecompressAswdrLossless(const std::vector<std::uint8_t>& file);
 
 // The final offsets, on the positions in list order: with T the last pass's
 // threshold, a value with |v| >= 2T moves T/2 away from zero when it is among

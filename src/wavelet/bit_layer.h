@@ -13,6 +13,7 @@ namespace keldo::wavelet {
 // What BitsUsed starts from, by coder.
 constexpr std::int64_t SetBitTotal() { return 124; }        // binary
 constexpr std::int64_t SetBitTotal_ASWDR() { return 132; }  // arithmetic and lossless
+constexpr std::int64_t SetBitTotal_WDR_AC() { return 140; } // the arithmetic region coder
 
 class BitWriter {
  public:
