@@ -82,10 +82,50 @@ void AssignNewScanValues(ChildList& list, int x, int y, int edgeX, int edgeY) {
   }
 }
 
-bool AnyNonZeroChild(const ImagePlane& quant, int x, int y) {
+int NonZeroChildren(const ImagePlane& quant, int x, int y) {
   const int cx = 2 * x, cy = 2 * y;
-  return quant.At(cx, cy) != 0.0f || quant.At(cx + 1, cy) != 0.0f || quant.At(cx, cy + 1) != 0.0f ||
-         quant.At(cx + 1, cy + 1) != 0.0f;
+  return (quant.At(cx, cy) != 0.0f ? 1 : 0) + (quant.At(cx + 1, cy) != 0.0f ? 1 : 0) +
+         (quant.At(cx, cy + 1) != 0.0f ? 1 : 0) + (quant.At(cx + 1, cy + 1) != 0.0f ? 1 : 0);
+}
+
+// CreateNewScanOrder's three walks over each level's list. `weigh(level,
+// walk, x, y, nonZeroChildren)` is told of every parent whose children are
+// appended, after they are: walk 1 significant parents, 2 insignificant ones
+// with a non-zero child, 3 the rest.
+template <typename Weigh>
+void RebuildLinkedOrder(ScanOrder& order, int levels, const ImagePlane& quant, double threshold, Weigh weigh) {
+  const int bw = std::max(order.width >> levels, 1), bh = std::max(order.height >> levels, 1);
+  int edgeX = bw, edgeY = bh;
+  std::int32_t start = order.Index(0, bh);
+  std::int64_t count = 3LL * bw * bh;
+  const auto magnitude = [&](std::int32_t p) { return std::fabs(static_cast<double>(quant.v[static_cast<std::size_t>(p)])); };
+  for (int level = 1; level < levels; ++level) {
+    if (4 * edgeX > order.width || 4 * edgeY > order.height) break;
+    ChildList children{order};
+    std::int32_t last = start;
+    for (int walk = 1; walk <= 3; ++walk) {
+      std::int32_t p = start;
+      for (std::int64_t i = 0; i < count; ++i) {
+        const int x = p % order.width, y = p / order.width;
+        const bool significant = magnitude(p) >= threshold;
+        const int family = significant ? 0 : NonZeroChildren(quant, x, y);
+        const bool take = walk == 1   ? significant
+                          : walk == 2 ? !significant && family > 0
+                                      : !significant && family == 0;
+        if (take) {
+          AssignNewScanValues(children, x, y, edgeX, edgeY);
+          weigh(level, walk, x, y, family);
+        }
+        last = p;
+        if (i + 1 < count) p = order.next[static_cast<std::size_t>(p)];
+      }
+    }
+    order.next[static_cast<std::size_t>(last)] = children.head;
+    start = children.head;
+    count *= 4;
+    edgeX *= 2;
+    edgeY *= 2;
+  }
 }
 
 // Eight bytes of 0 or 1 at a time, as a little-endian word: kEachByte has
@@ -151,34 +191,7 @@ void CreateScanOrder(ScanOrder& order, int levels, int width, int height) {
 }
 
 void CreateNewScanOrder(ScanOrder& order, int levels, const ImagePlane& quant, double threshold) {
-  const int bw = std::max(order.width >> levels, 1), bh = std::max(order.height >> levels, 1);
-  int edgeX = bw, edgeY = bh;
-  std::int32_t start = order.Index(0, bh);
-  std::int64_t count = 3LL * bw * bh;
-  const auto magnitude = [&](std::int32_t p) { return std::fabs(static_cast<double>(quant.v[static_cast<std::size_t>(p)])); };
-  for (int level = 1; level < levels; ++level) {
-    if (4 * edgeX > order.width || 4 * edgeY > order.height) break;
-    ChildList children{order};
-    std::int32_t last = start;
-    for (int walk = 1; walk <= 3; ++walk) {
-      std::int32_t p = start;
-      for (std::int64_t i = 0; i < count; ++i) {
-        const int x = p % order.width, y = p / order.width;
-        const bool significant = magnitude(p) >= threshold;
-        const bool take = walk == 1   ? significant
-                          : walk == 2 ? !significant && AnyNonZeroChild(quant, x, y)
-                                      : !significant && !AnyNonZeroChild(quant, x, y);
-        if (take) AssignNewScanValues(children, x, y, edgeX, edgeY);
-        last = p;
-        if (i + 1 < count) p = order.next[static_cast<std::size_t>(p)];
-      }
-    }
-    order.next[static_cast<std::size_t>(last)] = children.head;
-    start = children.head;
-    count *= 4;
-    edgeX *= 2;
-    edgeY *= 2;
-  }
+  RebuildLinkedOrder(order, levels, quant, threshold, [](int, int, int, int, int) {});
 }
 
 void FlatScanOrder::Start(int levels, int width, int height) {
@@ -435,6 +448,36 @@ StartThreshold GetThreshold(const ImagePlane& transform) {
   start.exponent = std::clamp(exponent, 0, 255);
   start.threshold = std::ldexp(1.0, start.exponent);
   return start;
+}
+
+float DenoisingWeight(int walk, int nonZeroChildren) {
+  if (walk == 1) return 1.0f;
+  if (walk == 3 || nonZeroChildren <= 0) return 0.0f;
+  return std::min(1.0f, 0.5f + 0.25f * static_cast<float>(nonZeroChildren));
+}
+
+void AssignNewDenoisingScanValues(std::vector<float>& weights, int width, int x, int y, float weight) {
+  const std::size_t w = static_cast<std::size_t>(width);
+  const std::size_t c = static_cast<std::size_t>(2 * y) * w + static_cast<std::size_t>(2 * x);
+  weights[c] = weights[c + 1] = weights[c + w] = weights[c + w + 1] = weight;
+}
+
+void CreateDenoisingScanOrder(ScanOrder& order, int levels, int depth, const ImagePlane& quant, double threshold,
+                              std::vector<float>& weights) {
+  weights.assign(quant.v.size(), 1.0f);
+  RebuildLinkedOrder(order, levels, quant, threshold, [&](int level, int walk, int x, int y, int family) {
+    if (level >= levels - depth) AssignNewDenoisingScanValues(weights, order.width, x, y, DenoisingWeight(walk, family));
+  });
+}
+
+void CreateNewDenoisingScanOrder(ScanOrder& order, int levels, int depth, const ImagePlane& quant, double threshold,
+                                 double finalThreshold, std::vector<float>& weights) {
+  if (threshold > finalThreshold) {
+    CreateNewScanOrder(order, levels, quant, threshold);
+    weights.assign(quant.v.size(), 1.0f);
+    return;
+  }
+  CreateDenoisingScanOrder(order, levels, depth, quant, threshold, weights);
 }
 
 }  // namespace keldo::wavelet

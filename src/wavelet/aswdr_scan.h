@@ -51,6 +51,30 @@ void CreateScanOrder(ScanOrder& order, int levels, int width, int height);
 // left pair first; lower: along the top pair first; diagonal: row by row).
 void CreateNewScanOrder(ScanOrder& order, int levels, const ImagePlane& quant, double threshold);
 
+// The denoisers' rebuild: the order of CreateNewScanOrder, and a weight for
+// every position of the finest `depth` levels (the children of the rebuild's
+// levels levels - depth .. levels - 1; every level when depth >= levels - 1),
+// 1 elsewhere. A significance test of a denoiser compares |weight * c| with
+// the threshold, so a weight of 0 keeps a position insignificant. The
+// children of a parent with |quant| >= threshold weigh 1; those of an
+// insignificant parent with k non-zero children min(1, 1/2 + k/4): 3/4 for a
+// lone significant sibling, 1 from two on; those of an insignificant parent
+// with no non-zero child 0, and they come last in their level's list. So an
+// isolated coefficient, whose parent and siblings are all insignificant,
+// cannot turn significant at the finest depth levels.
+void CreateDenoisingScanOrder(ScanOrder& order, int levels, int depth, const ImagePlane& quant, double threshold,
+                              std::vector<float>& weights);
+// The weight of a child by the walk that placed its parent (1, 2 or 3, as
+// in CreateNewScanOrder) and the parent's count of non-zero children.
+float DenoisingWeight(int walk, int nonZeroChildren);
+// Gives the four children of (x, y) the weight.
+void AssignNewDenoisingScanValues(std::vector<float>& weights, int width, int x, int y, float weight);
+// The rebuild after a pass of threshold `threshold` for a denoiser whose
+// tree test starts at `finalThreshold`: CreateNewScanOrder with every weight
+// 1 while threshold > finalThreshold, CreateDenoisingScanOrder from there on.
+void CreateNewDenoisingScanOrder(ScanOrder& order, int levels, int depth, const ImagePlane& quant, double threshold,
+                                 double finalThreshold, std::vector<float>& weights);
+
 // The order a coder walks, held flat: Positions() are the width * height
 // positions a walk along next[] from (0, 0) visits, in that order. On a
 // plane whose initial order visits every position once, level by level (the

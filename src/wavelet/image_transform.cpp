@@ -137,6 +137,10 @@ void InvertTheTransform(ImagePlane& plane, int levels, int waveletIndex) {
 std::vector<std::uint8_t> InvertTheTransformQuant(const ImagePlane& quant, int levels, int waveletIndex) {
   ImagePlane image = quant;
   InvertTheTransform(image, levels, waveletIndex);
+  return RoundedMagnitudeBytes(image);
+}
+
+std::vector<std::uint8_t> RoundedMagnitudeBytes(const ImagePlane& image) {
   std::vector<std::uint8_t> bytes(image.v.size());
   // Below 255 the magnitude rounds to nearest, ties to even, by adding and
   // taking off 2^52 (the default rounding, as nearbyint's); at or above it,

@@ -48,6 +48,9 @@ void InvertTheTransform(ImagePlane& plane, int levels, int waveletIndex);
 // by InvertTheTransform, each pixel the rounded |value| (ties to even) held
 // to 255, row-major like the plane.
 std::vector<std::uint8_t> InvertTheTransformQuant(const ImagePlane& quant, int levels, int waveletIndex);
+// The pixels of an inverted plane: each the rounded |value| (ties to even),
+// 255 at or above 255 and for NaN.
+std::vector<std::uint8_t> RoundedMagnitudeBytes(const ImagePlane& image);
 
 // Direction 1 multiplies by 2, any other value divides by 2: for each of the
 // levels the whole current corner, whose sides halve after every round, then
