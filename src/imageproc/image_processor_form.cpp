@@ -147,6 +147,9 @@ void ImageProcessorForm::BindCommands() {
   commands_[kCommandTransform] = [this] { TransformCommand(); };
   commands_[kCommandCompress] = [this] { CompressCommand(); };
   commands_[kCommandDecompress] = [this] { DecompressCommand(); };
+  commands_[kCommandErrorMeasures] = [this] { ErrorMeasuresCommand(); };
+  OnMenu("mnuMedianDenoise", [this](int) { MedianDenoiseImage(); });
+  OnMenu("mnuAdaptiveMedianDenoise", [this](int) { AdaptiveMedianDenoiseImage(); });
   OnButton("cmdBegin", [this](int) { RunPaced([this] { Begin(); }); });
   OnMenu("mnuHelp", [this](int) { context_.GetHelp("ImageCompressor.HLP", ""); });
 }
@@ -197,6 +200,7 @@ void ImageProcessorForm::TakeImage(ProcessorImage image, const std::string& titl
   showTransform_ = false;
   controls_.SetFromUser("OpDisplayImage", "1");
   sizeFlagWidth_ = sizeFlagHeight_ = "N";
+  ClearRegion();
   controls_.SetText("Report", "Image: " + title + "\r\nSize: " + std::to_string(image_.originalHeight) + " x " +
                                   std::to_string(image_.originalWidth) + "\r\n");
   Touch();
@@ -484,7 +488,9 @@ void ImageProcessorForm::Paint(int picture, platform::Surface& surface) const {
       }));
       return;
     }
-    surface.DrawImage(GreyPicture(image_.width, image_.height, [this](int x, int y) { return image_.At(x, y); }));
+    platform::RgbImage shown = GreyPicture(image_.width, image_.height, [this](int x, int y) { return image_.At(x, y); });
+    MarkRegion(shown);
+    surface.DrawImage(shown);
     return;
   }
   if (recon_.Empty()) return;

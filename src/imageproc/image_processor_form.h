@@ -14,6 +14,8 @@
 #include <string>
 #include <vector>
 
+#include "analysis/image_errors.h"
+#include "analysis/median_image.h"
 #include "formula/compiler.h"
 #include "imageproc/processor_image.h"
 #include "kit/form.h"
@@ -57,6 +59,20 @@ class ImageProcessorForm final : public Form, public ImageFileReceiver, private 
   void TransformCommand();
   void CompressCommand();
   void DecompressCommand();
+  // The median filters of the left image into the right one: the plain
+  // median of each pixel's window, or the adaptive one that keeps a pixel
+  // more than 10 % away from its median.
+  void MedianDenoiseImage();
+  void AdaptiveMedianDenoiseImage();
+  // "Compute" under "Error measures": the measure OpErrorMeasure chooses,
+  // between the left image and the right one, as lines of the report.
+  void ErrorMeasuresCommand();
+  // The region's corners in pixels from the drag: sorted, then clipped to
+  // 0..MaxX and 0..MaxY of the padded image. False when no drag is done.
+  bool GetROICoordinates(int& x1, int& y1, int& x2, int& y2) const;
+  // Writes the corners of the region in the report.
+  void ReportROICoordinates();
+  const std::optional<RoiRectangle>& Region() const { return roi_; }
 
   const ProcessorImage& Image() const { return image_; }
   const ProcessorImage& Reconstruction() const { return recon_; }
@@ -67,6 +83,13 @@ class ImageProcessorForm final : public Form, public ImageFileReceiver, private 
 
   std::vector<Picture> Pictures() const override;
   void Paint(int picture, platform::Surface& surface) const override;
+  // The pointer on the left image, in its pixels: a drag there marks the
+  // region of interest, a plain click clears it. The picture's coordinates
+  // run across it (y) and down it (x); Mouse, for scripts, takes x and y.
+  bool PictureMouse(int picture, MouseAction action, double across, double down, MouseButton button) override;
+  bool Mouse(MouseAction action, double x, double y, MouseButton button) override;
+  // Moves are wanted while a drag is under way: they draw its band.
+  bool TracksPointer() const override;
   const FormLayout& Layout() const override;
   void ControlChanged(const std::string& name) override;
   std::vector<GraphSummary> Graphs() const override;
@@ -105,6 +128,20 @@ class ImageProcessorForm final : public Form, public ImageFileReceiver, private 
   // The rectangle of the last completed drag on the left image (RoiActive);
   // none after a plain click or a new image.
   std::optional<RoiRectangle> roi_;
+  // The drag under way: where it began and where the pointer is, in pixels
+  // (x, y) not yet sorted or clipped (DragStart, DragEnd).
+  struct Drag {
+    double x0 = 0, y0 = 0, x1 = 0, y1 = 0;
+  };
+  std::optional<Drag> drag_;
+  // The region's outline (or the rubber band of a drag) over a picture of
+  // the left image, in PaintColor.
+  void MarkRegion(platform::RgbImage& picture) const;
+  void ClearRegion();
+  // The one rule of the median menus.
+  void MedianDenoise(analysis::MedianRule rule);
+  // The lines of the five error measures over a rectangle of both images.
+  void ReportErrorMeasure(int option, const analysis::PixelRect& rect, const std::string& prefix);
   // What "Compute" runs for each command of the label.
   std::map<std::string, std::function<void()>> commands_;
   ProcessorImage image_, recon_;
