@@ -161,6 +161,8 @@ void Graph2Form::OpenAnalysis(const SideBoxCommand& box) {
 void Graph2Form::PerformAnalysis() {
   const std::string title = controls_.Text("AnalysisLabel");
   if (IsMeasure(title)) RunMeasure(*this, *measures_, title, kMeasuringBox);
+  else if (title == "Denoise (median)") DenoiseMedian();
+  else if (title == "Denoise (adaptive median)") DenoiseAdaptiveMedian();
 }
 
 // ---------------------------------------------------- the image box's commands

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "analysis/measures.h"
+#include "analysis/median_image.h"
 #include "form2d/image_display.h"
 #include "wavelet/wavelet2d.h"
 #include "formula/compiler.h"
@@ -251,6 +252,11 @@ class Graph2Form final : public Form, public ImageReceiver, private formula::For
   void Downsample();
   // One inverse level of Haar, or of D-D 4,2 with `dd42`, onto twice the side.
   void Interpolate(bool dd42);
+  // "Denoise (median)" and "Denoise (adaptive median)" of the analysis panel:
+  // graph TxtAnGr1 through the images' median windows, as a new graph.
+  void DenoiseMedian();
+  void DenoiseAdaptiveMedian();
+  void DenoiseWithMedian(analysis::MedianRule rule);
   void PerformHistogram();
   // The graph clipboard between two-dimensional forms; the graph is PopUpGraph.
   void CopyTheGraph();

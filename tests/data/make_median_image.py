@@ -16,6 +16,12 @@ median. Results are rounded to a byte, halves upward.
 
 Lines: "name<TAB>rows<TAB>cols<TAB>values..." for the matrices, row by row;
 "name<TAB>value" for the measures.
+
+It also writes median_graph.tsv: a graph of 65 by 65 samples in quarters,
+negative and positive, with spikes, and its two median filters without
+rounding (the two-dimensional form's "Denoise (median)" and "Denoise
+(adaptive median)"); for a negative median the adaptive band runs from
+1.1 to 0.9 times it.
 """
 import os
 
@@ -52,17 +58,29 @@ def window_median(img, r, c):
     return float(np.median(img[r - 1:r + 2, c - 1:c + 2]))
 
 
-def filtered(img, adaptive):
-    out = np.zeros_like(img)
+def adaptive_value(centre, m):
+    if m >= 0:
+        return m if 0.9 * m <= centre <= 1.1 * m else centre
+    return m if 1.1 * m <= centre <= 0.9 * m else centre
+
+
+def filtered(img, adaptive, rounded=True):
+    out = np.zeros(img.shape, dtype=np.int64 if rounded else np.float64)
     for r in range(img.shape[0]):
         for c in range(img.shape[1]):
             m = window_median(img, r, c)
-            v = m
-            if adaptive:
-                centre = float(img[r, c])
-                v = m if 0.9 * m <= centre <= 1.1 * m else centre
-            out[r, c] = int(np.floor(v + 0.5))
+            v = adaptive_value(float(img[r, c]), m) if adaptive else m
+            out[r, c] = int(np.floor(v + 0.5)) if rounded else v
     return out
+
+
+def graph():
+    rng = np.random.default_rng(65)
+    i, j = np.mgrid[0:65, 0:65]
+    g = np.round(4 * (40 * np.sin(j / 6.0) * np.cos(i / 4.0) + rng.normal(0, 3, size=(65, 65)))) / 4
+    for k in range(20):
+        g[rng.integers(0, 65), rng.integers(0, 65)] = 90.0 if k % 2 == 0 else -90.0
+    return g
 
 
 def measures(a, b, prefix):
@@ -93,6 +111,10 @@ def main():
         for name, v in measures(img, plain, "") + measures(img[y1:y2 + 1, x1:x2 + 1], plain[y1:y2 + 1, x1:x2 + 1],
                                                              "roi_"):
             f.write("%s\t%.17g\n" % (name, v))
+    g = graph()
+    with open(os.path.join(HERE, "median_graph.tsv"), "w") as f:
+        for name, m in [("input", g), ("median", filtered(g, False, False)), ("adaptive", filtered(g, True, False))]:
+            f.write("\t".join([name, "65", "65"] + ["%.17g" % v for v in m.ravel()]) + "\n")
 
 
 if __name__ == "__main__":

@@ -127,6 +127,7 @@ TEST(Graph2Store, TheMenuFollowsTheCountForBuiltCommands) {
   Graph2Form& f = NewForm(t, 64);
   EXPECT_FALSE(f.controls()["mnuEraseGraphs"].enabled);
   EXPECT_FALSE(f.controls()["mnuViewZoom"].enabled);
+  EXPECT_FALSE(f.controls()["mnuDenoiseMedian"].enabled);
   File(f, 1.0f);
   EXPECT_TRUE(f.controls()["mnuEraseGraphs"].enabled);
   EXPECT_TRUE(f.controls()["mnuViewZoom"].enabled);
@@ -140,8 +141,8 @@ TEST(Graph2Store, TheMenuFollowsTheCountForBuiltCommands) {
   EXPECT_TRUE(f.controls()["mnuPaircorrelation"].enabled);
   EXPECT_TRUE(f.controls()["mnuNorm"].enabled);
   EXPECT_TRUE(f.controls()["mnuScalarProduct"].enabled);
-  // Commands not built yet stay disabled whatever the count.
-  EXPECT_FALSE(f.controls()["mnuDenoiseMedian"].enabled);
+  EXPECT_TRUE(f.controls()["mnuDenoiseMedian"].enabled);
+  EXPECT_TRUE(f.controls()["mnuDenoiseAdaptiveMedian"].enabled);
 }
 
 TEST(Graph2View, LargeAndSmallViewsBeepWhenAlreadyShown) {
