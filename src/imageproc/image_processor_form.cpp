@@ -26,6 +26,7 @@ constexpr const char* kSaveFilter = "Windows Bitmap file|*.bmp|PGM file (*.pgm)|
 std::string CompressedFilter(const std::string& extension) {
   if (extension == "awd") return "ASWDR_Ver1 binary compression (*.awd)|*.awd";
   if (extension == "awe") return "ASWDR_Ver1 arith. compression (*.awe)|*.awe";
+  if (extension == "awg") return "ASWDR_V1 lossless arith. compression (*.awg)|*.awg";
   return "All files (*.*)|*.*";
 }
 
@@ -201,6 +202,7 @@ void ImageProcessorForm::TakeImage(ProcessorImage image, const std::string& titl
   controls_.SetFromUser("OpDisplayImage", "1");
   sizeFlagWidth_ = sizeFlagHeight_ = "N";
   ClearRegion();
+  regionMask_.clear();
   controls_.SetText("Report", "Image: " + title + "\r\nSize: " + std::to_string(image_.originalHeight) + " x " +
                                   std::to_string(image_.originalWidth) + "\r\n");
   Touch();
@@ -393,18 +395,23 @@ void ImageProcessorForm::CompressCommand() {
   double bpp = 0.0;
   if (!ReadBitRate(bpp)) return;
   const int code = controls_.Find("OpEntropyCode(1)")->value ? 1 : controls_.Find("OpEntropyCode(0)")->value ? 0 : 2;
-  if (bpp == 0.0 || code > 1) {
-    // Lossless coding and the denoising coders are not offered here yet.
+  if (code > 1 || (bpp == 0.0 && code != 1)) {
+    // Rate 0 is the lossless coder, with the arithmetic option only; the
+    // denoising coders are not offered here yet.
     AddReport("Lossless encoding not available for this option.");
     return;
   }
+  const bool lossless = bpp == 0.0;
+  std::optional<double> share;
+  if (roi_ && !(share = ReadRegionShare())) return;
   const wavelet::AswdrCoder coder = Coder();
-  const std::optional<std::string> path = AskForFile(true, coder == wavelet::AswdrCoder::Binary ? "awd" : "awe");
+  const std::optional<std::string> path =
+      AskForFile(true, lossless ? "awg" : coder == wavelet::AswdrCoder::Binary ? "awd" : "awe");
   if (!path) return;
   wavelet::AswdrHead head;
   head.budget = wavelet::BitBudgetOf(image_.width, image_.height, bpp);
-  controls_.SetText("txtLevels", "5");
-  const int levels = SetNumberOfLevels();
+  controls_.SetText("txtLevels", lossless ? "4" : "5");
+  const int levels = lossless ? SetNumberOfLevelsLossless() : SetNumberOfLevels();
   if (levels < 0) return;
   head.levels = levels;
   head.waveletIndex = waveletIndex_;
@@ -415,7 +422,7 @@ void ImageProcessorForm::CompressCommand() {
   context_.ShowBusy();
   AddReport("Transforming image...");
   TransformImage(levels);
-  wavelet::AswdrEncoded encoded = wavelet::CompressAswdr(transform_, head, coder);
+  wavelet::AswdrEncoded encoded = EncodeTransform(head, coder, lossless, share);
   for (const std::string& line : encoded.report) AddReport(line);
   const bool written = WriteFileBytes(*path, encoded.file);
   context_.ShowIdle();
@@ -433,12 +440,16 @@ void ImageProcessorForm::DecompressCommand() {
   double bpp = 0.0;
   if (!ReadBitRate(bpp)) return;
   const wavelet::AswdrCoder coder = Coder();
-  const std::optional<std::string> path = AskForFile(false, coder == wavelet::AswdrCoder::Binary ? "awd" : "awe");
+  // Rate 0 with the arithmetic option reads the lossless coder's file.
+  const bool lossless = bpp == 0.0 && controls_.Find("OpEntropyCode(1)")->value != 0;
+  const std::optional<std::string> path =
+      AskForFile(false, lossless ? "awg" : coder == wavelet::AswdrCoder::Binary ? "awd" : "awe");
   if (!path) return;
   std::vector<std::uint8_t> bytes;
   std::optional<wavelet::AswdrDecoded> decoded;
   context_.ShowBusy();
-  if (ReadFileBytes(*path, bytes)) decoded = wavelet::DecompressAswdr(bytes, bpp, coder);
+  if (ReadFileBytes(*path, bytes))
+    decoded = lossless ? wavelet::DecompressAswdrLossless(bytes) : wavelet::DecompressAswdr(bytes, bpp, coder);
   if (!decoded) {
     context_.ShowIdle();
     context_.ShowError(85);
@@ -446,6 +457,7 @@ void ImageProcessorForm::DecompressCommand() {
   }
   waveletIndex_ = decoded->head.waveletIndex;
   ResetWaveletLabel();
+  regionMask_.clear();
   if (controls_.Text("txtLevels") != std::to_string(decoded->head.levels))
     controls_.SetText("txtLevels", std::to_string(decoded->head.levels));
   sizeFlagWidth_ = decoded->head.width != image_.width ? "Y" : "N";
@@ -491,6 +503,10 @@ void ImageProcessorForm::Paint(int picture, platform::Surface& surface) const {
     platform::RgbImage shown = GreyPicture(image_.width, image_.height, [this](int x, int y) { return image_.At(x, y); });
     MarkRegion(shown);
     surface.DrawImage(shown);
+    return;
+  }
+  if (!regionMask_.empty()) {
+    surface.DrawImage(RegionMaskPicture());
     return;
   }
   if (recon_.Empty()) return;

@@ -74,6 +74,12 @@ class ImageProcessorForm final : public Form, public ImageFileReceiver, private 
   void ReportROICoordinates();
   const std::optional<RoiRectangle>& Region() const { return roi_; }
 
+  // The mask of the transform positions that bore on the region in the
+  // last compression with one, by position (y * width + x); empty after any
+  // other compression, a decompression or a new image. The right image
+  // shows it while it stands.
+  const std::vector<std::uint8_t>& RegionMask() const { return regionMask_; }
+
   const ProcessorImage& Image() const { return image_; }
   const ProcessorImage& Reconstruction() const { return recon_; }
   const wavelet::ImagePlane& TransformPlane() const { return transform_; }
@@ -142,6 +148,23 @@ class ImageProcessorForm final : public Form, public ImageFileReceiver, private 
   void MedianDenoise(analysis::MedianRule rule);
   // The lines of the five error measures over a rectangle of both images.
   void ReportErrorMeasure(int option, const analysis::PixelRect& rect, const std::string& prefix);
+  // SetNumberOfLevelsLossless: SetNumberOfLevels with at most 4 levels for
+  // an integer wavelet.
+  int SetNumberOfLevelsLossless();
+  // The share p of the bits for the region from txtROIPercent: below 0 it
+  // is 0.01, above 0.99 it is 0.99, and the box shows the value taken.
+  // Nothing after a message for a text that is no number.
+  std::optional<double> ReadRegionShare();
+  // The coder over transform_: lossless or to the head's budget, with the
+  // region of roi_ and the share p when one is given (the lossless
+  // coder's budget is then the bits of a plain lossless run). Sets or clears
+  // regionMask_.
+  wavelet::AswdrEncoded EncodeTransform(const wavelet::AswdrHead& head, wavelet::AswdrCoder coder, bool lossless,
+                                        std::optional<double> share);
+  // The right image's view of regionMask_: the marked positions in
+  // PaintColor over the reconstruction (black without one).
+  platform::RgbImage RegionMaskPicture() const;
+  std::vector<std::uint8_t> regionMask_;
   // What "Compute" runs for each command of the label.
   std::map<std::string, std::function<void()>> commands_;
   ProcessorImage image_, recon_;
