@@ -13,6 +13,7 @@
 #include "platform/file_dialog.h"
 #include "platform/imaging.h"
 #include "platform/services.h"
+#include "wavelet/aswdr_denoise_coder.h"
 
 namespace keldo::imageproc {
 namespace {
@@ -27,6 +28,8 @@ std::string CompressedFilter(const std::string& extension) {
   if (extension == "awd") return "ASWDR_Ver1 binary compression (*.awd)|*.awd";
   if (extension == "awe") return "ASWDR_Ver1 arith. compression (*.awe)|*.awe";
   if (extension == "awg") return "ASWDR_V1 lossless arith. compression (*.awg)|*.awg";
+  if (extension == "bcd") return "Binary compress/denoise (*.bcd)|*.bcd";
+  if (extension == "acd") return "Arith compress/denoise (*.acd)|*.acd";
   return "All files (*.*)|*.*";
 }
 
@@ -148,6 +151,7 @@ void ImageProcessorForm::BindCommands() {
   commands_[kCommandTransform] = [this] { TransformCommand(); };
   commands_[kCommandCompress] = [this] { CompressCommand(); };
   commands_[kCommandDecompress] = [this] { DecompressCommand(); };
+  commands_[kCommandTaws] = [this] { DenoiseImageTAWS(); };
   commands_[kCommandErrorMeasures] = [this] { ErrorMeasuresCommand(); };
   OnMenu("mnuMedianDenoise", [this](int) { MedianDenoiseImage(); });
   OnMenu("mnuAdaptiveMedianDenoise", [this](int) { AdaptiveMedianDenoiseImage(); });
@@ -395,6 +399,18 @@ void ImageProcessorForm::CompressCommand() {
   double bpp = 0.0;
   if (!ReadBitRate(bpp)) return;
   const int code = controls_.Find("OpEntropyCode(1)")->value ? 1 : controls_.Find("OpEntropyCode(0)")->value ? 0 : 2;
+  // Options 2 and 3 at a rate above 0: the denoising coders, which take no
+  // region.
+  if (const std::optional<wavelet::AswdrCoder> denoiser = DenoiseCoderChosen(); denoiser && bpp > 0.0) {
+    if (roi_) {
+      context_.Beep();
+    } else if (*denoiser == wavelet::AswdrCoder::Binary) {
+      Compress_Denoise_ASWDR_Binary_Ver1(bpp);
+    } else {
+      Compress_Denoise_ASWDR_Arithmetic_Ver1(bpp);
+    }
+    return;
+  }
   if (code > 1 || (bpp == 0.0 && code != 1)) {
     // Rate 0 is the lossless coder, with the arithmetic option only; the
     // denoising coders are not offered here yet.
@@ -442,14 +458,19 @@ void ImageProcessorForm::DecompressCommand() {
   const wavelet::AswdrCoder coder = Coder();
   // Rate 0 with the arithmetic option reads the lossless coder's file.
   const bool lossless = bpp == 0.0 && controls_.Find("OpEntropyCode(1)")->value != 0;
+  // Options 2 and 3 read the denoising coders' files.
+  const std::optional<wavelet::AswdrCoder> denoiser = DenoiseCoderChosen();
+  const char* denoiserExtension = denoiser == wavelet::AswdrCoder::Binary ? "bcd" : "acd";
   const std::optional<std::string> path =
-      AskForFile(false, lossless ? "awg" : coder == wavelet::AswdrCoder::Binary ? "awd" : "awe");
+      AskForFile(false, denoiser ? denoiserExtension : lossless ? "awg" : coder == wavelet::AswdrCoder::Binary ? "awd" : "awe");
   if (!path) return;
   std::vector<std::uint8_t> bytes;
   std::optional<wavelet::AswdrDecoded> decoded;
   context_.ShowBusy();
   if (ReadFileBytes(*path, bytes))
-    decoded = lossless ? wavelet::DecompressAswdrLossless(bytes) : wavelet::DecompressAswdr(bytes, bpp, coder);
+    decoded = denoiser  ? wavelet::DecompressDenoiseAswdr(bytes, bpp, *denoiser)
+              : lossless ? wavelet::DecompressAswdrLossless(bytes)
+                         : wavelet::DecompressAswdr(bytes, bpp, coder);
   if (!decoded) {
     context_.ShowIdle();
     context_.ShowError(85);

@@ -54,6 +54,16 @@ class ImageProcessorForm final : public Form, public ImageFileReceiver, private 
   void CopyImage(bool right);
   // The menu commands: the label and the frames of the side box.
   void ChooseCommand(const std::string& command);
+  // "Compute" under "Denoise-TAWS": the left image denoised by TAWS into
+  // the right one (threshold from its box or, with chkAutoThreshold, from
+  // the noise of the finest diagonal band; with chkAverage, the mean over
+  // the cyclic shifts of AvgType).
+  void DenoiseImageTAWS();
+  // The compress-denoise coders of options 2 (.bcd) and 3 (.acd) at a rate.
+  void Compress_Denoise_ASWDR_Binary_Ver1(double bpp);
+  void Compress_Denoise_ASWDR_Arithmetic_Ver1(double bpp);
+  // The coder of options 2 and 3; none for the others.
+  std::optional<wavelet::AswdrCoder> DenoiseCoderChosen() const;
   // "Compute": the command the label names.
   void Begin();
   void TransformCommand();
@@ -121,6 +131,14 @@ class ImageProcessorForm final : public Form, public ImageFileReceiver, private 
   void ResetWaveletLabel();
   std::optional<std::string> AskForFile(bool save, const std::string& extension);
   wavelet::AswdrCoder Coder() const;
+  void CompressDenoise(wavelet::AswdrCoder coder, double bpp);
+  // The depth (from `depthBox`, none when empty) and descent of the
+  // denoisers; false after "Run Error." for a depth outside 1..25 or a
+  // descent that is not positive.
+  bool ReadDepthAndDescent(const char* depthBox, const char* descentBox, int& depth, double& descent);
+  // The noise threshold of a transform; with `setDepthBox` and
+  // chkAutoThreshold ticked, txtDepth2 gets the depth the estimate advises.
+  double AutoThresholdValue(const wavelet::ImagePlane& transform, int levels, bool setDepthBox);
 
   // FormulaHost: the number fields of the side box.
   int FormulaPoints() const override { return 0; }
