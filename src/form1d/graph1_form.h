@@ -75,6 +75,7 @@ class Graph1Form final : public Form,
                          public OneDimensionalReceiver,
                          public AudioReceiver,
                          public ScalogramSource,
+                         public SoundArrayReceiver,
                          private formula::FormulaHost {
  public:
   static constexpr FormKind kKind = FormKind::Graph1;
@@ -95,6 +96,9 @@ class Graph1Form final : public Form,
   // the sound SoundFileForPercScalogram kept, if any.
   ScalogramCalls* ComputeScalogram() override;
   void SoundFileForPercScalogram(const std::vector<double>& samples) override { percussionSound_ = samples; }
+  // CreateNewSoundArray: a sound from the audio editor as the first graph,
+  // a = 0 and h = 1 / rate, the audio box set to its rate and bits.
+  bool InputSoundArray(const std::vector<double>& samples, int bits, int rate, int count) override;
 
   // The graph store.
   void SetPoints(int n);

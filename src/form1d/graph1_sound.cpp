@@ -190,8 +190,8 @@ bool Graph1Form::LoadSoundFunction(const std::string& path, const std::string& t
     if (!editor) return false;
     Form& form = FormOf(*editor);
     if (!editor->LoadWavFile(path)) {
+      // The editor has said why.
       context_.CloseForm(form);
-      context_.ShowError(46);
       return false;
     }
     form.SetCaption(title.empty() ? form.Caption() : title);
@@ -230,6 +230,30 @@ bool Graph1Form::LoadSoundFunction(const std::string& path, const std::string& t
   for (long long j = 1; j <= m && j <= static_cast<long long>(samples.size()) && j <= n_ + 1; ++j)
     y[static_cast<std::size_t>(j - 1)] = samples[static_cast<std::size_t>(j - 1)] - (bits == 8 ? 128 : 0);
   const double b = static_cast<double>(n_) / rate, h = 1.0 / rate;
+  SetIntervalChoice(0.0);
+  UpDateFnData(n_, y, 0.0, b, h, false);
+  DisplayOneGraph();
+  NewWindow();
+  controls_.SetText("TxtSound(1)", std::to_string(rate));
+  controls_.SetFromUser(bits == 8 ? "OpBitRate(0)" : "OpBitRate(1)", "1");
+  return true;
+}
+
+bool Graph1Form::InputSoundArray(const std::vector<double>& samples, int bits, int rate, int count) {
+  const int points = count - 1;
+  if (points < 64 || points > 65536 || (points & (points - 1)) != 0 ||
+      static_cast<int>(samples.size()) < count || rate <= 0) {
+    context_.ShowError(2);
+    return false;
+  }
+  if (points != n_) {
+    SetPoints(points);
+    soundReady8_ = soundReady16_ = false;
+  }
+  std::vector<double> y(samples.begin(), samples.begin() + count);
+  if (bits == 8)
+    for (double& v : y) v -= 128;
+  const double b = static_cast<double>(n_) / rate, h = b / n_;
   SetIntervalChoice(0.0);
   UpDateFnData(n_, y, 0.0, b, h, false);
   DisplayOneGraph();

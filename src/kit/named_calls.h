@@ -60,13 +60,26 @@ class OneDimensionalReceiver {
 };
 
 // LoadWavFile: a new audio editor takes a whole mono wave file, however
-// long; false when it cannot read it (the caller reports).
+// long; false when it cannot read it, after its own message.
 class WaveFileReceiver {
  public:
   virtual bool LoadWavFile(const std::string& path) = 0;
 
  protected:
   ~WaveFileReceiver() = default;
+};
+
+// InputSoundArray: a new one-dimensional form takes `count` samples of a
+// sound as its first graph, over count - 1 intervals (a power of two from
+// 64 to 65536), each sample as a wave file holds it (an 8-bit one as its
+// unsigned byte, 0 to 255), at `rate` samples a second; false after a
+// message when the count does not fit the form's points.
+class SoundArrayReceiver {
+ public:
+  virtual bool InputSoundArray(const std::vector<double>& samples, int bits, int rate, int count) = 0;
+
+ protected:
+  ~SoundArrayReceiver() = default;
 };
 
 // DisplayImage: a two-dimensional form files (points+1) by (points+1)

@@ -206,6 +206,7 @@ QWidget* PanelBuilder::MakeBox(const LayoutNode& node, QWidget* owner) {
     Bind(node.name, box, [box](const Control& c) {
       box->setTitle(Q(c.text));
       box->setVisible(c.visible);
+      box->setEnabled(c.enabled);
     });
   if (!node.children.empty()) Build(node.children.front(), box);
   return box;

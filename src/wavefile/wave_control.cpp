@@ -4,6 +4,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
+#include <new>
+
+#include "common/file_io.h"
 
 namespace keldo::sound {
 namespace {
@@ -49,7 +53,15 @@ void WaveControl::Open(const std::string& path) {
     Fail(2, "The sound is too long.");
     return;
   }
-  samples_.assign(static_cast<std::size_t>(frames * channels_), 0);
+  try {
+    samples_.assign(static_cast<std::size_t>(frames * channels_), 0);
+  } catch (const std::bad_alloc&) {
+    samples_.clear();
+    samples_.shrink_to_fit();
+    sf_close(file);
+    Fail(6, "Not enough memory for the sound.");
+    return;
+  }
   const sf_count_t got = sf_read_short(file, samples_.data(), static_cast<sf_count_t>(samples_.size()));
   sf_close(file);
   samples_.resize(static_cast<std::size_t>(std::max<sf_count_t>(got, 0)));
@@ -107,18 +119,32 @@ void WaveControl::SaveAs(const std::string& path) {
   info.samplerate = rate_;
   info.channels = channels_;
   info.format = SF_FORMAT_WAV | (bits_ == 8 ? SF_FORMAT_PCM_U8 : SF_FORMAT_PCM_16);
-  SNDFILE* file = sf_open(path.c_str(), SFM_WRITE, &info);
+  const std::string temporary = TemporaryPathFor(path);
+  SNDFILE* file = sf_open(temporary.c_str(), SFM_WRITE, &info);
   if (!file) {
     Fail(4, sf_strerror(nullptr));
+    std::remove(temporary.c_str());
     return;
   }
-  std::vector<std::int16_t> out = samples_;
-  if (bits_ == 8)
-    for (std::int16_t& s : out) s = ByteToShort(s);
-  const sf_count_t put = sf_write_short(file, out.data(), static_cast<sf_count_t>(out.size()));
+  // Written in blocks, 8-bit samples turned back into libsndfile's 16-bit
+  // values on the way, so that no second copy of a long sound is made.
+  constexpr std::size_t kBlock = 65536;
+  std::int16_t block[kBlock];
+  bool written = true;
+  for (std::size_t first = 0; first < samples_.size() && written; first += kBlock) {
+    const std::size_t count = std::min(kBlock, samples_.size() - first);
+    for (std::size_t i = 0; i < count; ++i)
+      block[i] = bits_ == 8 ? ByteToShort(samples_[first + i]) : samples_[first + i];
+    written = sf_write_short(file, block, static_cast<sf_count_t>(count)) == static_cast<sf_count_t>(count);
+  }
   const int closed = sf_close(file);
-  if (put != static_cast<sf_count_t>(out.size()) || closed != 0) Fail(5, "The file could not be written.");
-  else Fail(0, "");
+  if (!written || closed != 0 ||
+      std::rename(temporary.c_str(), path.c_str()) != 0) {
+    std::remove(temporary.c_str());
+    Fail(5, "The file could not be written.");
+  } else {
+    Fail(0, "");
+  }
 }
 
 void WaveControl::Close() {
@@ -133,6 +159,17 @@ void WaveControl::Create(int bits, int rate) {
   rate_ = rate;
   open_ = true;
   Fail(0, "");
+}
+
+std::vector<std::int16_t> WaveControl::TakeSamples() {
+  std::vector<std::int16_t> out = std::move(samples_);
+  Close();
+  return out;
+}
+
+void WaveControl::Assign(int bits, int rate, std::vector<std::int16_t> samples) {
+  Create(bits, rate);
+  samples_ = std::move(samples);
 }
 
 int NumberSoundPoints(long long count) {

@@ -14,7 +14,9 @@ namespace keldo::sound {
 
 class WaveControl {
  public:
-  // 1: opens a file by path; the last error code tells how it went.
+  // 1: opens a file by path; the last error code tells how it went: 1 the
+  // file cannot be read as sound, 2 it is too long for a 32-bit count of
+  // samples, 6 its samples do not fit in memory.
   void Open(const std::string& path);
   // 2 and 23: the last error code (0 for none) and its text.
   int LastError() const { return error_; }
@@ -39,13 +41,19 @@ class WaveControl {
   void SetLength(long long frames);
   // 15: mono PCM of the given bits.
   void SetFormat(int bits);
-  // 17: saves as a mono PCM wave file; the error code tells how it went.
+  // 17: saves as a mono PCM wave file, written beside the path and renamed
+  // onto it, so that a failed save leaves an old file whole; the error code
+  // tells how it went.
   void SaveAs(const std::string& path);
   // 21.
   void Close();
   bool IsOpen() const { return open_; }
   // An empty mono sound, as a starter file gives.
   void Create(int bits, int rate);
+  // Hands the open sound's samples over (8-bit ones as their unsigned
+  // byte), leaving the control closed; and takes a whole mono sound in.
+  std::vector<std::int16_t> TakeSamples();
+  void Assign(int bits, int rate, std::vector<std::int16_t> samples);
 
  private:
   void Fail(int code, const std::string& text) {

@@ -181,6 +181,12 @@ bool HeadlessAudio::Play(const std::vector<std::int16_t>& samples, int sampleRat
   return true;
 }
 
+void HeadlessAudio::Advance(long long samples) {
+  if (!playing_) return;
+  position_ += samples > 0 ? samples : 0;
+  if (position_ >= length_) Finish();
+}
+
 void HeadlessAudio::Finish() {
   position_ = length_;
   playing_ = false;

@@ -107,6 +107,9 @@ class HeadlessAudio final : public Audio {
   long long Position() const override { return position_; }
   // Runs the current sound to its end.
   void Finish();
+  // Moves the current sound on by a number of samples, as the time of
+  // playing them would; at its end it stops as by Finish.
+  void Advance(long long samples);
   void WaitUntilDone() override { Finish(); }
   long long SoundNumber() const override { return soundNumber_; }
   // Milliseconds of the current sound still to play, rounded up; 0 when
