@@ -183,6 +183,9 @@ std::span<const SideBoxRow<Graph2Form>> Graph2Form::SideBoxTable() {
       {{"mnuWaveletSeries", "WSer", "Wavelet series", kPanelWavelet, 5}, &G::OpenWavelet, &G::PerformWaveletAnalysis, true},
       {{"mnuWaveletPacketSeries", "WPSer", "Wavelet packet series", kPanelWavelet, 5}, &G::OpenWavelet,
        &G::PerformWaveletAnalysis, true},
+      // Not paced: the denoiser serves the event loop between its passes,
+      // and its Go button stops it.
+      {{"mnuDenoiseWavelet", "Denoise", "Denoise", kPanelWavelet, 5}, &G::OpenWavelet, &G::PerformWaveletAnalysis},
       {{"mnuConvolution", "Conv", "Convolution", kPanelConvolve, 4}, &G::OpenConvolve, &G::PerformConvolution, true},
       {{"mnuAutocorrelation", "AutoCor", "Autocorrelation", kPanelConvolve, 4}, &G::OpenConvolve,
        &G::PerformConvolution, true},
@@ -622,7 +625,7 @@ void Graph2Form::ClearSideBox() {
 }
 
 bool Graph2Form::QueryClose() {
-  if (plotting_) {
+  if (plotting_ || denoising_) {
     context_.Beep();
     return false;
   }

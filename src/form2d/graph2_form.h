@@ -233,6 +233,15 @@ class Graph2Form final : public Form, public ImageReceiver, private formula::For
   void PerformWaveletAnalysis();
   void WaveletTransform(bool packet);
   void WaveletSeries(bool packet);
+  // "Denoise" of the wavelet panel: the chosen graph thresholded in the
+  // wavelet domain, averaged over shifts with "Avg", as a new graph. A run
+  // in progress blocks a second start and the form's closing.
+  void DenoiseImage();
+  bool Denoising() const { return denoising_; }
+  // The noise level from one level of the panel's wavelet on graph g (the
+  // finest diagonal band, a margin of 8 left out) and the threshold of the
+  // boxes, written trimmed into txtDenoiseThreshold.
+  void TheAutoThresholdValue(int g, const wavelet::WaveletChoice& choice, double& threshold, double& sigma);
   void PerformConvolution();
   void PerformFiltering();
   void SetQuantizationParameters();
@@ -286,6 +295,13 @@ class Graph2Form final : public Form, public ImageReceiver, private formula::For
   // A new form of this side for a result, with this form's view settings.
   Graph2Form* FormOfSide(int points);
   void BuildTransformControls();
+  // The denoiser's frame frWSerType in the wavelet panel, shown for "Denoise".
+  void BuildDenoiseControls();
+  void ShowDenoiseControls(bool on);
+  bool IsDenoiseStop(int k) const;
+  // The default depth and descent after an automatic threshold, unless both
+  // boxes hold values below 1.
+  void WriteDenoiseDefaults(double sigma);
   // The tool tips that name N or its exponent.
   void SetTransformTips();
   std::vector<float> CopyOfGraph(int g) const;
@@ -354,6 +370,7 @@ class Graph2Form final : public Form, public ImageReceiver, private formula::For
   float plotLeft_ = -0.5f, plotRight_ = 0.5f, plotLow_ = -0.5f, plotHigh_ = 0.5f;
   int cursorCol_ = kDefaultPoints / 2, cursorRow_ = kDefaultPoints / 2;
   bool plotting_ = false;
+  bool denoising_ = false;  // the denoise-running letter
   float formulaLeft_ = -0.5f, formulaRight_ = 0.5f, formulaStep_ = 1.0f / kDefaultPoints;
   FormulaBox formulaBox_;
   // Graph number fields: their leading number, or with kEvaluatedGraph a

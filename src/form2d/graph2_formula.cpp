@@ -20,9 +20,13 @@ void Graph2Form::RestorePlotButton() {
   Touch();
 }
 
-bool Graph2Form::IsStopButton(int k) const { return k == 1 && plotting_; }
+bool Graph2Form::IsStopButton(int k) const { return (k == 1 && plotting_) || IsDenoiseStop(k); }
 
 bool Graph2Form::StopWork() {
+  if (denoising_) {
+    denoising_ = false;  // the denoiser notices after its pass
+    return true;
+  }
   if (!plotting_) return false;
   plotting_ = false;  // the running loop notices at its next yield
   return true;

@@ -68,6 +68,7 @@ void Graph2Form::BuildTransformControls() {
   go5.tip = "Computes the transform or the series.";
   controls_.Add("WavReport", ControlKind::Label, "");
   AddQuantizationControls(controls_);
+  BuildDenoiseControls();
   // Convolution and correlation.
   controls_.Add("LabConvolve", ControlKind::Label, kConvolveTitles[0]);
   controls_.Add("ConvGr1", ControlKind::Text, "1").tip = "The number of the first graph.";
@@ -247,10 +248,12 @@ void Graph2Form::OpenWavelet(const SideBoxCommand& box) {
   controls_.SetText("labWavelet", title);
   const bool packet = title.find("packet") != std::string::npos;
   const bool series = title.find("series") != std::string::npos;
+  const bool denoise = title == "Denoise";
   controls_["WavTypeHaar"].text = packet ? "Walsh" : "Haar";
-  controls_.SetVisible("chkWavInvTr", !series);
+  controls_.SetVisible("chkWavInvTr", !series && !denoise);
   controls_.SetVisible("GoButton(0)", series);
-  controls_.SetVisible("WavReport", series);
+  controls_.SetVisible("WavReport", series || denoise);
+  ShowDenoiseControls(denoise);
   controls_.SetText("WavReport", "");
   Touch();
 }
@@ -262,6 +265,7 @@ void Graph2Form::PerformWaveletAnalysis() {
   else if (title == "Wavelet packet series") WaveletSeries(true);
   else if (title == "Wavelet transform") WaveletTransform(false);
   else if (title == "Wavelet packet transform") WaveletTransform(true);
+  else if (title == "Denoise" && !denoising_) DenoiseImage();
 }
 
 bool Graph2Form::WaveletChecks(int& graph, wavelet::WaveletChoice& choice, int& levels) {

@@ -152,6 +152,7 @@ void ImageProcessorForm::BindCommands() {
   commands_[kCommandCompress] = [this] { CompressCommand(); };
   commands_[kCommandDecompress] = [this] { DecompressCommand(); };
   commands_[kCommandTaws] = [this] { DenoiseImageTAWS(); };
+  commands_[kCommandSureShrink] = [this] { DenoiseImageSureShrink(); };
   commands_[kCommandErrorMeasures] = [this] { ErrorMeasuresCommand(); };
   OnMenu("mnuMedianDenoise", [this](int) { MedianDenoiseImage(); });
   OnMenu("mnuAdaptiveMedianDenoise", [this](int) { AdaptiveMedianDenoiseImage(); });

@@ -69,6 +69,10 @@ class ImageProcessorForm final : public Form, public ImageFileReceiver, private 
   void TransformCommand();
   void CompressCommand();
   void DecompressCommand();
+  // "Compute" under "Denoise-SureShrink": the left image's transform with
+  // every detail band through SureShrink (soft with chkShrinkage2 ticked,
+  // else hard), inverted into the right image.
+  void DenoiseImageSureShrink();
   // The median filters of the left image into the right one: the plain
   // median of each pixel's window, or the adaptive one that keeps a pixel
   // more than 10 % away from its median.
