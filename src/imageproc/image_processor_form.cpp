@@ -522,9 +522,8 @@ void ImageProcessorForm::Paint(int picture, platform::Surface& surface) const {
       }));
       return;
     }
-    platform::RgbImage shown = GreyPicture(image_.width, image_.height, [this](int x, int y) { return image_.At(x, y); });
-    MarkRegion(shown);
-    surface.DrawImage(shown);
+    surface.DrawImage(GreyPicture(image_.width, image_.height, [this](int x, int y) { return image_.At(x, y); }));
+    MarkRegion(surface);
     return;
   }
   if (!regionMask_.empty()) {

@@ -162,9 +162,9 @@ class ImageProcessorForm final : public Form, public ImageFileReceiver, private 
     double x0 = 0, y0 = 0, x1 = 0, y1 = 0;
   };
   std::optional<Drag> drag_;
-  // The region's outline (or the rubber band of a drag) over a picture of
-  // the left image, in PaintColor.
-  void MarkRegion(platform::RgbImage& picture) const;
+  // The region's outline (or the rubber band of a drag) over the left
+  // image, in PaintColor.
+  void MarkRegion(platform::Surface& surface) const;
   void ClearRegion();
   // The one rule of the median menus.
   void MedianDenoise(analysis::MedianRule rule);

@@ -99,22 +99,18 @@ void ImageProcessorForm::ClearRegion() {
   controls_.SetEnabled("txtROIPercent", false);
 }
 
-void ImageProcessorForm::MarkRegion(platform::RgbImage& picture) const {
-  // The picture holds row x of the image in its row x, pixel y in column y.
+void ImageProcessorForm::MarkRegion(platform::Surface& surface) const {
   std::optional<RoiRectangle> shown = roi_;
-  if (drag_)
-    shown = SortedAndClipped(drag_->x0, drag_->y0, drag_->x1, drag_->y1, picture.height - 1, picture.width - 1);
+  if (drag_) shown = SortedAndClipped(drag_->x0, drag_->y0, drag_->x1, drag_->y1, image_.width - 1, image_.height - 1);
   if (!shown) return;
-  const RoiRectangle r = *shown;
-  if (r.x2 >= picture.height || r.y2 >= picture.width) return;
-  for (int x = r.x1; x <= r.x2; ++x) {
-    picture.Set(r.y1, x, kPaintColor);
-    picture.Set(r.y2, x, kPaintColor);
-  }
-  for (int y = r.y1; y <= r.y2; ++y) {
-    picture.Set(y, r.x1, kPaintColor);
-    picture.Set(y, r.x2, kPaintColor);
-  }
+  // Lines through the centres of the outline's pixels, in the picture's
+  // scale (across y, down x), so that they stay visible at any size.
+  surface.SetScale({0.0, 0.0, static_cast<double>(image_.height), static_cast<double>(image_.width)});
+  surface.SetPenWidth(1);
+  const double left = shown->y1 + 0.5, right = shown->y2 + 0.5, top = shown->x1 + 0.5, bottom = shown->x2 + 0.5;
+  const platform::UserSegment outline[] = {
+      {left, top, right, top}, {right, top, right, bottom}, {right, bottom, left, bottom}, {left, bottom, left, top}};
+  surface.Lines(outline, kPaintColor);
 }
 
 }  // namespace keldo::imageproc
