@@ -223,6 +223,65 @@ class FrameWindowTest : public QObject {
     QCOMPARE(white(), fitted);
   }
 
+  // A drag on the image processor's left picture marks the region of
+  // interest in the picture's pixels: x down the picture, y across it, as
+  // keldo-run's mouse X Y. The band shows during the drag and stays after.
+  void imageProcessorDragMarksTheRegion() {
+    keldo::qt::QtPlatform platform(KELDO_SOURCE_DIR "/docs");
+    keldo::Frame frame(platform.services(), KELDO_SOURCE_DIR);
+    keldo::InstallFormKinds(frame);
+    QTemporaryDir folder;
+    QVERIFY(folder.isValid());
+    // 64 by 64 black with a white square from line 8 to 23, place 8 to 23.
+    std::string pgm = "P5\n64 64\n255\n";
+    for (int x = 0; x < 64; ++x)
+      for (int y = 0; y < 64; ++y) pgm += static_cast<char>(x >= 8 && x < 24 && y >= 8 && y < 24 ? 255 : 0);
+    const std::string path = folder.filePath("square.pgm").toStdString();
+    QFile file(QString::fromStdString(path));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(pgm.data(), static_cast<qint64>(pgm.size()));
+    file.close();
+    int code = 0;
+    auto& form = *keldo::NewFormOf<keldo::imageproc::ImageProcessorForm>(frame, code);
+    QVERIFY(form.LoadImageFile(path));
+    keldo::qt::FormView view(form);
+    view.resize(1000, 700);
+    view.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&view));
+    QWidget* plot = view.findChild<QWidget*>("GraphBox");
+    QVERIFY(plot);
+    plot->setFocus();
+    QTest::keyClick(plot, Qt::Key_1, Qt::ControlModifier);  // one screen pixel a picture pixel
+    // The white square's top left corner is the picture's pixel (8, 8).
+    const QImage before = plot->grab().toImage();
+    int top = -1, left = -1;
+    for (int r = 0; r < before.height() && top < 0; ++r)
+      for (int c = 0; c < before.width(); ++c)
+        if ((before.pixel(c, r) & 0xFFFFFF) == 0xFFFFFF) {
+          top = r - 8;
+          left = c - 8;
+          break;
+        }
+    QVERIFY(top >= 0 && left >= 0);
+    const QRgb band = qRgb(255, 255, 48);
+    QCOMPARE(CountColour(before, band), 0);
+    // From x 20, y 30 to x 5, y 10: across is y, down is x.
+    QTest::mousePress(plot, Qt::LeftButton, {}, QPoint(left + 30, top + 20));
+    QTest::mouseMove(plot, QPoint(left + 12, top + 9));
+    QVERIFY(CountColour(plot->grab().toImage(), band) > 0);
+    QTest::mouseRelease(plot, Qt::LeftButton, {}, QPoint(left + 10, top + 5));
+    QVERIFY(form.Region().has_value());
+    QCOMPARE(form.Region()->x1, 5);
+    QCOMPARE(form.Region()->y1, 10);
+    QCOMPARE(form.Region()->x2, 20);
+    QCOMPARE(form.Region()->y2, 30);
+    QVERIFY(CountColour(plot->grab().toImage(), band) > 0);
+    // A click clears it.
+    QTest::mouseClick(plot, Qt::LeftButton, {}, QPoint(left + 40, top + 40));
+    QVERIFY(!form.Region().has_value());
+    QCOMPARE(CountColour(plot->grab().toImage(), band), 0);
+  }
+
   // A bitmap or a JPEG cut short is refused, not read in part: the plugins
   // fill what is missing and report success.
   void imagingRefusesPicturesCutShort() {
