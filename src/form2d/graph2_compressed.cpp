@@ -8,6 +8,7 @@
 #include "common/file_io.h"
 #include "form2d/graph2_form.h"
 #include "kit/form_context.h"
+#include "wavelet/aswdr_region.h"
 #include "wavelet/wavelet2d.h"
 #include "wavelet/wdr_files.h"
 
@@ -24,6 +25,7 @@ enum WavCompCode : std::size_t {
   kCodeScanMode = 5,
   kCodeLossless = 6,
   kCodeRegion = 7,
+  kCodeRegionFraction = 8,
   kCodeWavelet = 9,
 };
 
@@ -55,13 +57,24 @@ bool Graph2Form::SaveToWaveletCompressedFile(const std::string& path, int g) {
   // The lifting schemes leave two levels of the image's power unused.
   levels = std::min(levels, Log2(n_) - 2);
   // The region is the zoomed view of the picture: with the whole picture in
-  // view there is none, whatever the option says.
+  // view there is none, whatever the option says. Its corners are the
+  // samples at or outside the view's edges (x a column, y a row of the
+  // grid), held to the plane.
   const GraphLook& look = Look(g);
   const float left = GraphLeft(g), right = GraphRight(g);
   const bool zoomed = look.viewXLeft > left || look.viewXRight < right || look.viewYLow > left || look.viewYHigh < right;
-  if (code(kCodeRegion) != 0.0f && zoomed) {
-    context_.ShowCritical("Coding a region of interest is not available in this version.");
-    return false;
+  const bool region = code(kCodeRegion) != 0.0f && zoomed;
+  std::vector<std::uint8_t> mask;
+  if (region) {
+    const double h = (static_cast<double>(right) - left) / n_;
+    const auto sample = [&](float at, bool up) {
+      const double k = (static_cast<double>(at) - left) / h;
+      return std::clamp(static_cast<int>(up ? std::ceil(k) : std::floor(k)), 0, n_ - 1);
+    };
+    const int wavelet = std::clamp(static_cast<int>(std::lround(code(kCodeWavelet))), 1, 3);
+    mask = wavelet::GetROIValues(n_, n_, sample(look.viewXLeft, false), sample(look.viewYLow, false),
+                                 sample(look.viewXRight, true), sample(look.viewYHigh, true),
+                                 wavelet::SupportOfWavelet(wavelet), levels);
   }
   const int stage = static_cast<int>(std::lround(code(kCodeStage)));
   if (stage == 1) return false;  // no prefix-coded writer for this file type
@@ -84,8 +97,15 @@ bool Graph2Form::SaveToWaveletCompressedFile(const std::string& path, int g) {
   options.lossless = code(kCodeLossless) != 0.0f;
   options.head.wc2 = true;
   options.head.waveletByte = wavelet;
+  if (region) {
+    options.regionMask = &mask;
+    options.regionFraction = code(kCodeRegionFraction);
+  }
   const wavelet::WdrEncodeResult result = wavelet::EncodeTransform(plane, n_, options);
   context_.ShowIdle();
+  // Only the mixed-order arithmetic coder codes a region; for any other
+  // choice nothing is written.
+  if (result.status == wavelet::WdrEncodeStatus::RegionNotCoded) return false;
   if (result.message != 0) {
     context_.ShowError(result.message);
     return false;

@@ -142,6 +142,14 @@ class Encoder {
     if (out_.psnr >= target_) finished_ = true;
   }
 
+  // Whether the region's rule holds from this step on.
+  bool InRegionMode() {
+    if (!regionMode_ && settings_.region.mask != nullptr &&
+        out_.bitsUsed + meter_->Deferred() >= settings_.region.sharedBudget)
+      regionMode_ = true;
+    return regionMode_;
+  }
+
   void SignificancePass(double threshold) {
     std::vector<std::int32_t>& list = state_.list;
     const std::size_t remaining = list.size();
@@ -151,7 +159,8 @@ class Encoder {
     while (i < remaining && !finished_) {
       const std::int32_t p = list[i++];
       const float c = Value(p);
-      if (std::fabs(c) < threshold) {
+      const double weight = InRegionMode() ? (*settings_.region.mask)[static_cast<std::size_t>(p)] : 1.0;
+      if (std::fabs(weight * c) < threshold) {
         kept.push_back(p);
       } else {
         Emit(c < 0.0f ? '-' : '+');
@@ -193,12 +202,14 @@ class Encoder {
   std::int64_t budget_ = 0;
   double target_ = 0.0, distortion_ = 0.0;
   bool finished_ = false;
+  bool regionMode_ = false;
 };
 
 WdrStatus CheckEncode(const ImagePlane& transform, const WdrEncodeSettings& settings, int code) {
   if (transform.width != transform.height || !WdrPlaneUsable(transform.width, settings.levels) ||
       transform.v.size() != static_cast<std::size_t>(transform.width) * static_cast<std::size_t>(transform.height))
     return WdrStatus::BadPlane;
+  if (settings.region.mask != nullptr && settings.region.mask->size() != transform.v.size()) return WdrStatus::BadPlane;
   const int mode = static_cast<int>(settings.scanMode);
   if (mode < 1 || mode > 4) return WdrStatus::BadScanMode;
   if (!CodeKnown(code)) return WdrStatus::BadCode;

@@ -85,8 +85,18 @@ struct WdrPassState {
 };
 using WdrPassObserver = std::function<void(const WdrPassState&)>;
 
+// A region of interest: once the bits used (with any the stage holds back)
+// reach `sharedBudget`, a significance test weighs each coefficient by its
+// mask value, so that a coefficient outside the region (mask 0) no longer
+// turns significant. Refinement is not weighed.
+struct WdrRegion {
+  const std::vector<std::uint8_t>* mask = nullptr;  // by position, as GetROIValues makes it
+  std::int64_t sharedBudget = 0;
+};
+
 struct WdrEncodeSettings {
   int levels = 1;
+  WdrRegion region;  // none while mask is null
   WdrScanMode scanMode = WdrScanMode::ZigZag;
   int code = 1;
   std::int64_t startBits = kWdrWorkshopStartBits;  // charged when N >= kWdrSmallSide

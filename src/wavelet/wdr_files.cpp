@@ -94,6 +94,7 @@ WicFile HeadOf(const WdrStreams& streams, const WdrFileHead& head) {
 WdrCodedFile RunMember(const ImagePlane& transform, const WdrMemberSettings& member, Entropy entropy, Rule rule,
                        std::int64_t budget, double targetPsnr) {
   WdrEncodeSettings settings;
+  settings.region = member.region;
   settings.levels = member.levels;
   settings.scanMode = member.scanMode;
   settings.code = CodeOf(entropy, rule, member.integerCode);
@@ -206,6 +207,19 @@ std::optional<WdrEncodeResult> CheckOptions(const std::vector<float>& plane, int
   return std::nullopt;
 }
 
+bool RegionFits(const ImagePlane& transform, const WdrMemberSettings& settings) {
+  return settings.region.mask != nullptr && settings.region.mask->size() == transform.v.size();
+}
+
+WdrCodedFile RegionRefused() {
+  WdrCodedFile out;
+  out.status = WdrStatus::BadPlane;
+  out.streams.status = WdrStatus::BadPlane;
+  return out;
+}
+
+int RoundedLog2(int n) { return static_cast<int>(std::lround(std::log2(static_cast<double>(n)))); }
+
 Entropy EntropyOf(const WdrEncodeOptions& o) {
   if (o.stage == WdrEntropyStage::Binary) return Entropy::Binary;
   if (o.stage == WdrEntropyStage::Huffman) return Entropy::Prefix;
@@ -243,6 +257,15 @@ WdrCodedFile ArrayEncodeArithToBitBudget(const ImagePlane& transform, const WdrM
 WdrCodedFile ArrayEncodeArithToBitBudgetMM(const ImagePlane& transform, const WdrMemberSettings& settings,
                                            std::int64_t budget) {
   return RunMember(transform, settings, Entropy::ArithMixed, Rule::Budget, budget, 0.0);
+}
+WdrCodedFile ROIArrayEncodeArithToBitBudgetMM(const ImagePlane& transform, const WdrMemberSettings& settings,
+                                              std::int64_t budget) {
+  if (!RegionFits(transform, settings)) return RegionRefused();
+  return RunMember(transform, settings, Entropy::ArithMixed, Rule::Budget, budget, 0.0);
+}
+WdrCodedFile ROIArrayEncodeArithToBitBudgetMMLossless(const ImagePlane& transform, const WdrMemberSettings& settings) {
+  if (!RegionFits(transform, settings)) return RegionRefused();
+  return RunMember(transform, settings, Entropy::ArithMixed, Rule::Lossless, 0, 0.0);
 }
 WdrCodedFile ArrayEncodeToMatchDistortion(const ImagePlane& transform, const WdrMemberSettings& settings,
                                           double targetPsnr) {
@@ -284,6 +307,22 @@ WdrEncodeResult EncodeTransform(const std::vector<float>& plane, int n, const Wd
   if (exact && entropy == Entropy::Prefix) entropy = Entropy::Binary;  // the lossless dispatch's "any other"
   const Rule rule = exact ? Rule::Lossless : options.stopKind == WdrStopKind::BitRate ? Rule::Budget : Rule::Psnr;
   const std::int64_t budget = rule == Rule::Budget ? BitBudgetOfRate(n, options.target) : 0;
+  if (options.regionMask != nullptr && n > 1) {
+    // Only the mixed-order arithmetic members code a region.
+    const bool regionMember = entropy == Entropy::ArithMixed && (rule == Rule::Lossless || (rule == Rule::Budget && !options.lossless));
+    if (!regionMember) return Refused(WdrEncodeStatus::RegionNotCoded, 0);
+    if (options.regionMask->size() != transform.v.size()) return Refused(WdrEncodeStatus::BadPlane, 0);
+    std::int64_t total = budget;
+    if (rule == Rule::Lossless) {
+      const WdrCodedFile plain = RunMember(transform, member, entropy, rule, 0, 0.0);
+      if (plain.status != WdrStatus::Ok) return Refused(WdrEncodeStatus::BadPlane, 0);
+      total = plain.streams.bitsUsed;
+    }
+    member.head.waveletByte = options.head.waveletByte % 10 + 10 * RoundedLog2(n);
+    member.head.roiValue = static_cast<std::int32_t>(0.45 * static_cast<double>(total) * (1.0 - options.regionFraction));
+    member.region.mask = options.regionMask;
+    member.region.sharedBudget = member.head.roiValue;
+  }
   WdrCodedFile coded = RunMember(transform, member, entropy, rule, budget, options.target);
   WdrEncodeResult out;
   if (coded.status != WdrStatus::Ok) return Refused(WdrEncodeStatus::BadPlane, 0);

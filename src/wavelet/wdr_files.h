@@ -25,6 +25,13 @@
 // pass is coded in the file but not charged. The 2xx codes scale the
 // transform by ScalingOfWT(levels, 1) before coding, the 1xx codes too (and
 // code every bit down to the pass of threshold 1); decoding undoes it.
+//
+// The region members of the two-dimensional form's .wc2 files,
+// ROIArrayEncodeArithToBitBudgetMM and ROIArrayEncodeArithToBitBudgetMMLossless,
+// are the mixed-order arithmetic members with the region rule of
+// WdrRegion: the whole image gets the first `sharedBudget` bits, the rest go
+// to the coefficients that bear on the region. The file is a plain one that
+// any decoder reads; its head marks the region (WdrFileHead).
 
 #include <array>
 #include <cstdint>
@@ -50,6 +57,7 @@ struct WdrMemberSettings {
   WdrScanMode scanMode = WdrScanMode::ZigZag;
   bool integerCode = false;  // lossy coding of an integer transform: 201, 203, 204
   WdrFileHead head;
+  WdrRegion region;          // the region members only
 };
 
 // One member's output: the streams as the binary decoder reads them (with
@@ -90,6 +98,10 @@ WdrCodedFile ArrayEncodeArithToBitBudgetMMLossless(const ImagePlane& transform, 
 // bits, or 180 for a .wc2.
 WdrCodedFile ArrayEncodeToBitBudget(const ImagePlane& transform, const WdrMemberSettings& settings,
                                     std::int64_t budget);
+// BadPlane for settings without a region mask of the plane's size.
+WdrCodedFile ROIArrayEncodeArithToBitBudgetMM(const ImagePlane& transform, const WdrMemberSettings& settings,
+                                              std::int64_t budget);
+WdrCodedFile ROIArrayEncodeArithToBitBudgetMMLossless(const ImagePlane& transform, const WdrMemberSettings& settings);
 WdrCodedFile ArrayEncodeToMatchDistortion(const ImagePlane& transform, const WdrMemberSettings& settings,
                                           double targetPsnr);
 WdrCodedFile ArrayEncodeToBitBudgetLossless(const ImagePlane& transform, const WdrMemberSettings& settings);
@@ -114,9 +126,20 @@ struct WdrEncodeOptions {
   // writes 2).
   bool lossless = false;
   WdrFileHead head;
+  // A region of interest: its mask (GetROIValues of the plane) and the
+  // fraction of the bits it gets. With a region, the exact lossless option
+  // with the mixed-order model runs ROIArrayEncodeArithToBitBudgetMMLossless,
+  // the lossy bit-rate option with the mixed-order model
+  // ROIArrayEncodeArithToBitBudgetMM, and any other choice codes nothing
+  // (RegionNotCoded). The head then takes WaveletByte = wavelet + 10 *
+  // round(log2 N) and RoiValue = Int(0.45 * bit total * (1 - fraction)),
+  // which is also the whole image's share: the bit total is the rate's
+  // budget, or for the exact option the bits of a plain lossless run.
+  const std::vector<std::uint8_t>* regionMask = nullptr;
+  double regionFraction = 0.9;
 };
 
-enum class WdrEncodeStatus { Ok, BadTarget, BadLevels, BadPlane, BadScanMode };
+enum class WdrEncodeStatus { Ok, BadTarget, BadLevels, BadPlane, BadScanMode, RegionNotCoded };
 
 struct WdrEncodeReport {
   int completedPasses = 0;                     // a pass cut by the stop rule does not count

@@ -636,6 +636,96 @@ TEST(CompressedImage2D, TheFramesDefaultsSaveAPictureInFullView) {
   EXPECT_TRUE(std::filesystem::exists(dir / "default.wc2"));
 }
 
+// The picture of Wc2RoundTrip zoomed to columns and rows 40 to 80 of its
+// 128 points, saved with the region option and with `model` and `stage`.
+struct RegionCase {
+  std::vector<std::uint8_t> bytes;
+  double insideRegion = 0.0, outside = 0.0;  // mean square errors of the opened picture
+  bool written = false;
+};
+
+RegionCase SaveZoomed(TestFrame& t, const std::array<float, 11>& codes, const std::string& path) {
+  RegionCase out;
+  Graph2Form& f = NewForm(t, 128);
+  Plot(f, "gri(120+60*sin(9*x)*cos(7*y)+40*(x>0.1))");
+  f.RunMenu("mnuViewZoom");
+  f.controls().SetText("TxtGraphStat", "1");
+  f.controls().SetText("txtZoomCoord(0)", "40");
+  f.controls().SetText("txtZoomCoord(1)", "80");
+  EXPECT_TRUE(f.Go());
+  const float a = f.GraphLeft(0), h = (f.GraphRight(0) - a) / 128.0f;
+  const auto first = [&](float at) { return static_cast<int>(std::floor((at - a) / h)); };
+  const auto last = [&](float at) { return static_cast<int>(std::ceil((at - a) / h)); };
+  const int x1 = first(f.Look(0).viewXLeft), x2 = last(f.Look(0).viewXRight);
+  const int y1 = first(f.Look(0).viewYLow), y2 = last(f.Look(0).viewYHigh);
+  EXPECT_GT(x1, 0);
+  EXPECT_LT(x2, 127);
+  t.frame.settings().wavCompCodes = codes;
+  f.SaveFunctionFile(path, 0, form2d::kFileWc2);
+  out.written = std::filesystem::exists(path);
+  if (!out.written) return out;
+  out.bytes = Bytes(path);
+  Graph2Form& g = NewForm(t, 64);
+  if (!g.LoadFunction(path, form2d::kFileWc2)) return out;
+  Graph2Form* holder = Opened(t);
+  double inside = 0.0, outside = 0.0;
+  int insideCount = 0;
+  for (int i = 0; i < 128; ++i)
+    for (int j = 0; j < 128; ++j) {
+      const double d = Sample(f, 0, i, j) - Sample(*holder, holder->NumGraphsPlotted() - 1, i, j);
+      const bool in = j >= x1 && j <= x2 && i >= y1 && i <= y2;
+      (in ? inside : outside) += d * d;
+      insideCount += in ? 1 : 0;
+    }
+  out.insideRegion = inside / insideCount;
+  out.outside = outside / (128 * 128 - insideCount);
+  return out;
+}
+
+TEST(CompressedImage2D, AZoomedViewIsARegionThatTheMixedOrderCoderSpendsBitsOn) {
+  TestFrame t;
+  TempFolder dir;
+  // 5 levels, 0.5 bpp, arithmetic with the mixed-order model, ZigZag,
+  // lossy, Daub 9/7; with the region at 0.5 of the bits and without one.
+  const RegionCase region = SaveZoomed(t, {5, 0, 0.5f, 2, 1, 0, 0, 1, 0.5f, 1, 0}, dir / "region.wc2");
+  const RegionCase plain = SaveZoomed(t, {5, 0, 0.5f, 2, 1, 0, 0, 0, 0.5f, 1, 0}, dir / "plain.wc2");
+  for (const std::string& line : t.lines) ADD_FAILURE() << line;
+  ASSERT_TRUE(region.written);
+  ASSERT_TRUE(plain.written);
+  ASSERT_GT(region.bytes.size(), 10u);
+  // The wavelet byte: Daub 9/7 + 10 * log2 128; then RoiValue, little-endian:
+  // Int(0.45 * 8192 * (1 - 0.5)) = 1843.
+  EXPECT_EQ(region.bytes[5], 71);
+  EXPECT_EQ(region.bytes[6] | region.bytes[7] << 8 | region.bytes[8] << 16 | region.bytes[9] << 24, 1843);
+  EXPECT_EQ(plain.bytes[5], 1);
+  EXPECT_LT(region.insideRegion, plain.insideRegion);
+  EXPECT_GT(region.outside, plain.outside);
+}
+
+TEST(CompressedImage2D, ARegionWithAnyOtherCoderWritesNothing) {
+  TestFrame t;
+  TempFolder dir;
+  // Arithmetic with the 0-order model, and binary: no region member.
+  EXPECT_FALSE(SaveZoomed(t, {5, 0, 0.5f, 2, 0, 0, 0, 1, 0.5f, 1, 0}, dir / "order0.wc2").written);
+  EXPECT_FALSE(SaveZoomed(t, {5, 0, 0.5f, 0, 0, 0, 0, 1, 0.5f, 1, 0}, dir / "binary.wc2").written);
+  // A distortion target excludes a region too.
+  EXPECT_FALSE(SaveZoomed(t, {5, 1, 30.0f, 2, 1, 0, 0, 1, 0.5f, 1, 0}, dir / "psnr.wc2").written);
+  EXPECT_TRUE(t.lines.empty());
+}
+
+TEST(CompressedImage2D, ALosslessRegionComesBackExactInsideTheRegion) {
+  TestFrame t;
+  TempFolder dir;
+  // DD 5/3 Integer, lossless with a target of 0, arithmetic mixed orders,
+  // the region at 0.9 of the bits.
+  const RegionCase region = SaveZoomed(t, {4, 0, 0.0f, 2, 1, 0, 1, 1, 0.9f, 3, 0}, dir / "exact.wc2");
+  for (const std::string& line : t.lines) ADD_FAILURE() << line;
+  ASSERT_TRUE(region.written);
+  EXPECT_EQ(region.bytes[5], 73);
+  EXPECT_EQ(region.insideRegion, 0.0);
+  EXPECT_GT(region.outside, 0.0);
+}
+
 TEST(CompressedImage2D, AFileThatDoesNotDecodeGivesMessage85) {
   TestFrame t;
   TempFolder dir;

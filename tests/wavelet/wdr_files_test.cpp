@@ -553,5 +553,45 @@ TEST(WdrFiles, NonsenseAndUnknownCodesGiveNothing) {
   EXPECT_EQ(d->plane.v, Decode(asZero).plane.v);
 }
 
+// The region members: with every position in the region they code what the
+// plain member codes; with none, once the shared budget is spent, nothing
+// new turns significant, while the values already significant keep their
+// refinement bits.
+TEST(WdrFiles, RegionMembersWeighTheSignificanceTestOnly) {
+  const int n = 64;
+  const ImagePlane transform = TestTransform(n, kLevels, 11);
+  const std::int64_t budget = BitBudgetOfRate(n, 1.0);
+  WdrMemberSettings plainSettings = Member(WdrScanMode::ZigZag, true);
+  const WdrCodedFile plain = ArrayEncodeArithToBitBudgetMM(transform, plainSettings, budget);
+  const std::vector<std::uint8_t> all(static_cast<std::size_t>(n) * n, 1), none(all.size(), 0);
+  WdrMemberSettings whole = plainSettings;
+  whole.region = {&all, 0};
+  const WdrCodedFile same = ROIArrayEncodeArithToBitBudgetMM(transform, whole, budget);
+  ASSERT_EQ(same.status, WdrStatus::Ok);
+  EXPECT_EQ(same.streams.symbols, plain.streams.symbols);
+  EXPECT_EQ(same.streams.refinement, plain.streams.refinement);
+  // No region after the first 600 bits: the symbols stop growing but for
+  // the passes' ends, and the refinement goes on.
+  WdrMemberSettings empty = plainSettings;
+  empty.region = {&none, 600};
+  const WdrCodedFile early = ROIArrayEncodeArithToBitBudgetMM(transform, empty, budget);
+  ASSERT_EQ(early.status, WdrStatus::Ok);
+  const std::int32_t significant = early.streams.sigTotal;
+  EXPECT_GT(significant, 0);
+  EXPECT_LT(significant, plain.streams.sigTotal);
+  EXPECT_GT(early.streams.refinement.size(), static_cast<std::size_t>(significant));
+  const std::optional<WdrDecodedFile> decoded = DecodeWicFile(WriteWicFile(early.file), true);
+  ASSERT_TRUE(decoded.has_value());
+  std::int32_t nonZero = 0;
+  for (float v : decoded->plane.v) nonZero += v != 0.0f ? 1 : 0;
+  EXPECT_EQ(nonZero, significant);
+  // A mask of another size is refused.
+  const std::vector<std::uint8_t> shortMask(10, 1);
+  WdrMemberSettings wrong = plainSettings;
+  wrong.region = {&shortMask, 0};
+  EXPECT_EQ(ROIArrayEncodeArithToBitBudgetMM(transform, wrong, budget).status, WdrStatus::BadPlane);
+  EXPECT_EQ(ROIArrayEncodeArithToBitBudgetMMLossless(transform, plainSettings).status, WdrStatus::BadPlane);
+}
+
 }  // namespace
 }  // namespace keldo::wavelet
