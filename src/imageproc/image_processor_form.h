@@ -168,8 +168,14 @@ class ImageProcessorForm final : public Form, public ImageFileReceiver, private 
   void ClearRegion();
   // The one rule of the median menus.
   void MedianDenoise(analysis::MedianRule rule);
-  // The lines of the five error measures over a rectangle of both images.
-  void ReportErrorMeasure(int option, const analysis::PixelRect& rect, const std::string& prefix);
+  // The error measures' report lines over a rectangle of both images,
+  // `prefix` ("ROI " or "") before each.
+  void ComputeSupNormImages(const analysis::PixelRect& rect, const std::string& prefix);
+  void ComputeSupNormTransforms();
+  // Kind 1: the root of the mean square and the PSNR.
+  void ComputeMSEorPSNR(int kind, const analysis::PixelRect& rect, const std::string& prefix);
+  void ComputeMSError(const analysis::PixelRect& rect, const std::string& prefix);
+  void ComputeSNR(const analysis::PixelRect& rect, const std::string& prefix);
   // SetNumberOfLevelsLossless: SetNumberOfLevels with at most 4 levels for
   // an integer wavelet.
   int SetNumberOfLevelsLossless();

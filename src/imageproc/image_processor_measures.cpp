@@ -80,48 +80,54 @@ void ImageProcessorForm::ErrorMeasuresCommand() {
     context_.ShowError(53);
     return;
   }
-  ReportErrorMeasure(option, rect, regionOnly ? "ROI " : "");
-}
-
-void ImageProcessorForm::ReportErrorMeasure(int option, const analysis::PixelRect& rect, const std::string& prefix) {
-  const analysis::ByteImage left = ViewOf(image_), right = ViewOf(recon_);
+  const std::string prefix = regionOnly ? "ROI " : "";
   switch (option) {
-    case kSupNormImages:
-      // ComputeSupNormImages. The largest difference is ComputeSupNormError's;
-      // the images' option writes it once, under its own words.
-      AddReport(prefix + "Sup-norm difference = " + PlainNumber(analysis::ComputeSupNormError(left, right, rect)));
-      break;
-    case kSupNormTransforms:
-      // ComputeSupNormTransforms: nothing to show.
-      break;
-    case kPsnr: {
-      // ComputeMSEorPSNR, kind 1: the root of the mean square and the PSNR.
-      // The root's line with a region reads "ROI Root Mean Square Error:  ",
-      // the root being what it shows.
-      const double meanSquare = analysis::ComputeMSError(left, right, rect);
-      AddReport(prefix + "Root Mean Square Error:  " + PlainNumber(std::sqrt(meanSquare)));
-      double psnr = 0.0;
-      if (analysis::PSNRVal(meanSquare, psnr)) AddReport(prefix + "PSNR:  " + PlainNumber(psnr) + " dB");
-      else AddReport(prefix + "PSNR:  none, the images are identical");
-      break;
-    }
-    case kMeanSquare:
-      AddReport(prefix + "Mean Square Error:  " + PlainNumber(analysis::ComputeMSError(left, right, rect)));
-      break;
-    case kSnr: {
-      // ComputeSNR: S the mean square of the left image, N that of the
-      // difference.
-      const double signal = analysis::MeanSquareOf(left, rect), noise = analysis::ComputeMSError(left, right, rect);
-      double snr = 0.0;
-      if (analysis::SNRValue(signal, noise, snr)) AddReport(prefix + "SNR:  " + PlainNumber(snr) + " dB");
-      else if (noise == 0.0) AddReport(prefix + "SNR:  none, the images are identical");
-      else AddReport(prefix + "SNR:  none, the left image is black");
-      break;
-    }
-    default:
-      break;
+    case kSupNormImages: ComputeSupNormImages(rect, prefix); break;
+    case kSupNormTransforms: ComputeSupNormTransforms(); break;
+    case kPsnr: ComputeMSEorPSNR(1, rect, prefix); break;
+    case kMeanSquare: ComputeMSError(rect, prefix); break;
+    case kSnr: ComputeSNR(rect, prefix); break;
+    default: break;
   }
   Touch();
+}
+
+void ImageProcessorForm::ComputeSupNormImages(const analysis::PixelRect& rect, const std::string& prefix) {
+  // The largest difference is ComputeSupNormError's; the images' option
+  // writes it once, under its own words "Sup-norm difference = ".
+  AddReport(prefix + "Sup-norm difference = " +
+            PlainNumber(analysis::ComputeSupNormError(ViewOf(image_), ViewOf(recon_), rect)));
+}
+
+// The transforms' sup-norm shows nothing.
+void ImageProcessorForm::ComputeSupNormTransforms() {}
+
+void ImageProcessorForm::ComputeMSEorPSNR(int kind, const analysis::PixelRect& rect, const std::string& prefix) {
+  const double meanSquare = analysis::ComputeMSError(ViewOf(image_), ViewOf(recon_), rect);
+  if (kind != 1) {
+    AddReport(prefix + "Mean Square Error:  " + PlainNumber(meanSquare));
+    return;
+  }
+  // The root's line with a region reads "ROI Root Mean Square Error:  ",
+  // the root being what it shows.
+  AddReport(prefix + "Root Mean Square Error:  " + PlainNumber(std::sqrt(meanSquare)));
+  double psnr = 0.0;
+  if (analysis::PSNRVal(meanSquare, psnr)) AddReport(prefix + "PSNR:  " + PlainNumber(psnr) + " dB");
+  else AddReport(prefix + "PSNR:  none, the images are identical");
+}
+
+void ImageProcessorForm::ComputeMSError(const analysis::PixelRect& rect, const std::string& prefix) {
+  ComputeMSEorPSNR(0, rect, prefix);
+}
+
+void ImageProcessorForm::ComputeSNR(const analysis::PixelRect& rect, const std::string& prefix) {
+  // S the mean square of the left image, N that of the difference.
+  const double signal = analysis::MeanSquareOf(ViewOf(image_), rect);
+  const double noise = analysis::ComputeMSError(ViewOf(image_), ViewOf(recon_), rect);
+  double snr = 0.0;
+  if (analysis::SNRValue(signal, noise, snr)) AddReport(prefix + "SNR:  " + PlainNumber(snr) + " dB");
+  else if (noise == 0.0) AddReport(prefix + "SNR:  none, the images are identical");
+  else AddReport(prefix + "SNR:  none, the left image is black");
 }
 
 }  // namespace keldo::imageproc
