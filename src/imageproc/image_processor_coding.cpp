@@ -67,19 +67,14 @@ wavelet::AswdrEncoded ImageProcessorForm::EncodeTransform(const wavelet::AswdrHe
 }
 
 platform::RgbImage ImageProcessorForm::RegionMaskPicture() const {
-  // x runs down the picture and y across it, as in the other pictures.
+  // x runs down the picture and y across it, as in the other pictures; the
+  // mask lies on the transform's blocks, so nothing of the image is under it.
   const int width = transform_.width, height = transform_.height;
   platform::RgbImage picture(height, width, platform::kBlack);
-  const bool withRecon = recon_.width == width && recon_.height == height && !recon_.Empty();
   for (int x = 0; x < width; ++x)
     for (int y = 0; y < height; ++y) {
       const std::size_t at = static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x);
-      if (at < regionMask_.size() && regionMask_[at] != 0) {
-        picture.Set(y, x, kMaskColor);
-      } else if (withRecon) {
-        const int g = recon_.At(x, y);
-        picture.Set(y, x, platform::MakeRgb(g, g, g));
-      }
+      if (at < regionMask_.size() && regionMask_[at] != 0) picture.Set(y, x, kMaskColor);
     }
   return picture;
 }

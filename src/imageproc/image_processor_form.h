@@ -190,7 +190,7 @@ class ImageProcessorForm final : public Form, public ImageFileReceiver, private 
   wavelet::AswdrEncoded EncodeTransform(const wavelet::AswdrHead& head, wavelet::AswdrCoder coder, bool lossless,
                                         std::optional<double> share);
   // The right image's view of regionMask_: the marked positions in
-  // PaintColor over the reconstruction (black without one).
+  // PaintColor on black.
   platform::RgbImage RegionMaskPicture() const;
   std::vector<std::uint8_t> regionMask_;
   // What "Compute" runs for each command of the label.

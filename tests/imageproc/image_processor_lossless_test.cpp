@@ -17,6 +17,7 @@
 
 #include "imageproc/image_processor_form.h"
 #include "kit/typed_forms.h"
+#include "platform/headless/raster_surface.h"
 #include "test_frame.h"
 
 namespace keldo {
@@ -160,6 +161,15 @@ TEST(ImageProcessorLossless, ARegionIsCodedBetterThanThePlainCoderAtTheSameRate)
       // under the region is marked, a far corner of the finest level is not.
       EXPECT_NE(std::count(f.RegionMask().begin(), f.RegionMask().end(), 1), 0);
       EXPECT_EQ(f.RegionMask()[127 * 128 + 127], 0);
+      platform::RasterSurface surface(128, 128);
+      f.Paint(1, surface);
+      const platform::RgbImage shown = surface.Snapshot();
+      const platform::Rgb paint = platform::MakeRgb(255, 255, 48);
+      int wrong = 0;
+      for (int x = 0; x < 128; ++x)
+        for (int y = 0; y < 128; ++y)
+          wrong += (shown.At(y, x) == paint) != (f.RegionMask()[static_cast<std::size_t>(y * 128 + x)] != 0) ? 1 : 0;
+      EXPECT_EQ(wrong, 0);
     }
     p.Decompress(path);
     std::filesystem::remove(path);
