@@ -215,14 +215,24 @@ TEST(ImageProcessorCompressDenoise, MinimumBitRateWritesLessAndAWrongFileIsRefus
   ASSERT_EQ(t.lines.size(), 1u);
   EXPECT_NE(t.lines[0].find("Error decompressing file."), std::string::npos) << t.lines[0];
   EXPECT_EQ(f.Reconstruction().bytes, before);
+  // An empty file with the arithmetic option: the same.
+  ASSERT_TRUE(f.controls().SetFromUser("OpEntropyCode(3)", "1"));
+  const std::string empty = TempPath("keldo_ipr_denoise_empty.acd");
+  ASSERT_TRUE(WriteFileBytes(empty, {}));
+  t.platform.fileDialog.QueueAnswer(empty);
+  ASSERT_TRUE(f.Click("cmdBegin"));
+  std::filesystem::remove(empty);
+  ASSERT_EQ(t.lines.size(), 2u);
+  EXPECT_NE(t.lines[1].find("Error decompressing file."), std::string::npos) << t.lines[1];
+  EXPECT_EQ(f.Reconstruction().bytes, before);
   // A descent of 0: "Run Error." and no file asked for.
   f.RunMenu("mnuCompress");
   f.controls().SetText("txtDescentPower", "0");
   const std::size_t asked = t.platform.fileDialog.Requests().size();
   ASSERT_TRUE(f.Click("cmdBegin"));
   EXPECT_EQ(t.platform.fileDialog.Requests().size(), asked);
-  ASSERT_EQ(t.lines.size(), 2u);
-  EXPECT_NE(t.lines[1].find("Run Error."), std::string::npos);
+  ASSERT_EQ(t.lines.size(), 3u);
+  EXPECT_NE(t.lines[2].find("Run Error."), std::string::npos);
 }
 
 }  // namespace
