@@ -9,6 +9,7 @@
 // control only reads and writes files. Copy and paste keep their data in an
 // array of the form.
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -130,7 +131,8 @@ class SoundEditorForm final : public Form, public WaveFileReceiver {
   std::int64_t CurrentPlayPosition() const;
   void EndPlaying(bool reachedEnd);
   void ShowPlayPosition();
-  std::string BufferPath(int bits, std::int32_t length);
+  // The samples a picture spans, by the width it was last drawn at.
+  double PictureSpan(int picture) const;
 
   std::vector<std::int16_t> samples_;  // Samples
   int sampleRate_ = 0;                 // SampleRate
@@ -145,6 +147,9 @@ class SoundEditorForm final : public Form, public WaveFileReceiver {
   bool clipShown_ = false;
   std::string fileName_;               // FileName
   double popupX_ = 0.0;                // where the pop-up menu was asked for
+  // The widths the pictures were last drawn at, in pixels; kDumpWidth
+  // until a view draws them. Pointer positions map through them.
+  mutable std::array<int, 2> drawnWidth_{kDumpWidth, kDumpWidth};
   WaveControl clip_;                   // Clip: the clip's scratch sound
 
   // Playback: what plays, from where, and the timer that follows it.

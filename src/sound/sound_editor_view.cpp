@@ -39,11 +39,12 @@ FormLayout MakeLayout() {
   for (LayoutNode& b : moves("cmdPos2")) line2.push_back(std::move(b));
   l.bottom = Column({Line({Group("File", Line({Item("cmdPlay", F::kFitWidth), Item("cmdStart", F::kFitWidth),
                                                Item("cmdStop", F::kFitWidth)})),
-                           GroupOf("FrClip(0)", Line(std::move(line1))), GroupOf("FrClip(1)", Line(std::move(line2))),
                            Group("Clip", Line({Item("cmdPlay2", F::kFitWidth), Item("cmdStart2", F::kFitWidth),
                                                Item("cmdEraseClip", F::kFitWidth),
-                                               Item("cmdAnalyzer", F::kFitWidth)}))}),
-                     Line({Item("labSamples"), Item("labPlayPos"), Stretch()})});
+                                               Item("cmdAnalyzer", F::kFitWidth)})),
+                           Stretch()}),
+                     Line({GroupOf("FrClip(0)", Line(std::move(line1))), GroupOf("FrClip(1)", Line(std::move(line2))),
+                           Column({Item("labSamples"), Item("labPlayPos")}), Stretch()})});
   return l;
 }
 
@@ -84,25 +85,35 @@ const FormLayout& SoundEditorForm::Layout() const {
 std::vector<Picture> SoundEditorForm::Pictures() const {
   Picture file;
   file.row = 0;
-  file.scale = {0.0, kHalfHeight, static_cast<double>(std::max<std::int64_t>(SampleCount(), 1)), -kHalfHeight};
+  file.scale = {0.0, kHalfHeight, PictureSpan(kFilePicture), -kHalfHeight};
   file.caption = controls_.Text("labWave(1)");
-  file.bottomLabels = TimeLabels(0.0, static_cast<double>(SampleCount()), sampleRate_);
+  file.bottomLabels = TimeLabels(0.0, PictureSpan(kFilePicture), sampleRate_);
   Picture clip;
   clip.row = 1;
-  clip.scale = {0.0, kHalfHeight, static_cast<double>(std::max(clipLength_, 1)), -kHalfHeight};
+  clip.scale = {0.0, kHalfHeight, PictureSpan(kClipPicture), -kHalfHeight};
   clip.caption = controls_.Text("labWave(0)");
   if (clipShown_)
-    clip.bottomLabels = TimeLabels(static_cast<double>(clipStart_), static_cast<double>(clipLength_), sampleRate_);
+    clip.bottomLabels = TimeLabels(static_cast<double>(clipStart_), PictureSpan(kClipPicture), sampleRate_);
   std::vector<Picture> pictures(2);
   pictures[kClipPicture] = clip;
   pictures[kFilePicture] = file;
   return pictures;
 }
 
+double SoundEditorForm::PictureSpan(int picture) const {
+  // Column i shows sample i * stride, so a picture W pixels wide spans
+  // W * stride samples: the last few samples of a stride that does not
+  // divide the count lie past its right edge.
+  const int width = drawnWidth_[static_cast<std::size_t>(picture)];
+  const std::int64_t count = picture == kFilePicture ? SampleCount() : clipLength_;
+  return static_cast<double>(std::max<std::int64_t>(WaveStride(count, width) * width, 1));
+}
+
 void SoundEditorForm::Paint(int picture, platform::Surface& surface) const {
   surface.Clear(platform::kWhite);
-  const std::vector<Picture> pictures = Pictures();
   if (picture != kClipPicture && picture != kFilePicture) return;
+  drawnWidth_[static_cast<std::size_t>(picture)] = std::max(1, surface.PixelWidth());
+  const std::vector<Picture> pictures = Pictures();
   const Picture& p = pictures[static_cast<std::size_t>(picture)];
   surface.SetScale(p.scale);
   surface.Line(p.scale.left, 0.0, p.scale.right, 0.0, kBaseColour);

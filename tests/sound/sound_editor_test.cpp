@@ -313,6 +313,8 @@ TEST(SoundEditor, EraseLinesAndClearEditor) {
   EXPECT_EQ(e.controls().Text("labSamples"), "Samples: 0");
   EXPECT_FALSE(e.controls()["cmdPlay"].enabled);
   EXPECT_EQ(t.frame.OpenForms().size(), 1u);  // the form stays open
+  ASSERT_TRUE(e.RunMenu("mnuHelp"));
+  EXPECT_NE(t.platform.help.LastPage().find("help/audio-editor.md"), std::string::npos) << t.platform.help.LastPage();
   ASSERT_TRUE(e.RunMenu("mnuCloseForm"));
   EXPECT_TRUE(t.frame.OpenForms().empty());
 }
