@@ -15,6 +15,11 @@ if [[ -x "$build/bench/bench_codec" ]] && /usr/bin/python3 -c "import skimage.da
   /usr/bin/python3 "$root/bench/codec_images.py" "$images"
   export KELDO_CODEC_IMAGES=$images
 fi
+# The noisy photographs of bench_denoise2d, from python3-skimage with fixed seeds.
+if [[ -x "$build/bench/bench_denoise2d" ]] && /usr/bin/python3 -c "import skimage.data" 2> /dev/null; then
+  /usr/bin/python3 "$root/bench/denoise2d_images.py" "$images/denoise"
+  export KELDO_DENOISE_IMAGES=$images/denoise
+fi
 found=0
 for exe in "$build"/bench/bench_*; do
   [[ -x "$exe" ]] || continue
@@ -37,6 +42,10 @@ fi
 # OpenJPEG on the codec cases, when the photographs and libopenjp2-tools are there.
 if [[ -n "${KELDO_CODEC_IMAGES:-}" ]] && command -v opj_compress > /dev/null && command -v opj_decompress > /dev/null; then
   /usr/bin/python3 "$root/bench/openjpeg_yardstick.py" "$KELDO_CODEC_IMAGES" "$tmp/openjpeg_yardstick.json"
+fi
+# scikit-image's denoise_wavelet and SciPy's median filter on the denoising cases.
+if [[ -n "${KELDO_DENOISE_IMAGES:-}" ]] && /usr/bin/python3 -c "import skimage.restoration, scipy.ndimage" 2> /dev/null; then
+  /usr/bin/python3 "$root/bench/denoise2d_yardstick.py" "$KELDO_DENOISE_IMAGES" "$tmp/denoise2d_yardstick.json"
 fi
 if [[ $found -eq 0 ]]; then
   echo "no benchmark programs under $build/bench: build with the default preset first" >&2
@@ -97,3 +106,5 @@ if quality:
         diff = f"{ours - yard:+.2f}" if ours is not None and yard is not None else "-"
         print(f"{key:48} {show(ours):>12} {show(yard):>12} {diff:>9}")
 PY
+# The denoisers' table: PSNR, its distance from 33 dB at sigma 20, and times.
+python3 "$root/bench/denoise2d_table.py" "$tmp"

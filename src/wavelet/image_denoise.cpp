@@ -78,13 +78,10 @@ SureShrinkChoice SureShrinkThreshold(std::span<const float> band, double sigma) 
   SureShrinkChoice choice;
   const std::size_t count = band.size();
   if (count == 0 || !(sigma > 0.0)) return choice;
+  // Only the sorted values matter here, not where they came from.
   std::vector<float> keys(count);
-  std::vector<int> idx(count);
-  for (std::size_t k = 0; k < count; ++k) {
-    keys[k] = std::fabs(band[k]);
-    idx[k] = static_cast<int>(k);
-  }
-  IndexSORTSng(keys, idx);
+  for (std::size_t k = 0; k < count; ++k) keys[k] = std::fabs(band[k]);
+  std::sort(keys.begin(), keys.end());
   const double n = static_cast<double>(count);
   std::vector<double> x(count);
   double energy = 0.0;
