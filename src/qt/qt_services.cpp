@@ -1,5 +1,8 @@
 #include "qt/qt_services.h"
 
+#include <algorithm>
+#include <cstdlib>
+
 #include <QApplication>
 #include <QAudioFormat>
 #include <QCoreApplication>
@@ -14,7 +17,11 @@
 #include <QMediaDevices>
 #include <QMessageBox>
 #include <QPainter>
+#include <QDir>
+#include <QPen>
+#include <QPrintDialog>
 #include <QPrinter>
+#include <QPrinterInfo>
 #include <QPushButton>
 #include <QScreen>
 #include <QStringList>
@@ -184,18 +191,55 @@ struct QtPrinter::State {
   QPainter painter;
   bool open = false;
   double dpi() const { return printer.resolution(); }
+  // Inches of the page rectangle's top-left corner to device pixels.
+  QPointF At(double x, double y) const { return QPointF(x * dpi(), y * dpi()); }
 };
 
-QtPrinter::QtPrinter() : state_(std::make_unique<State>()) {}
+QtPrinter::QtPrinter() : state_(std::make_unique<State>()) {
+  state_->printer.setPageOrientation(QPageLayout::Landscape);
+}
 QtPrinter::~QtPrinter() {
   if (state_->open) state_->painter.end();
 }
 
+// Where a page goes when it cannot go to a printer: the file named by
+// KELDO_PRINT_PDF, or keldo-print.pdf in the home folder.
+static QString PdfFallbackPath() {
+  if (const char* path = std::getenv("KELDO_PRINT_PDF")) return QString::fromLocal8Bit(path);
+  return QDir::home().filePath("keldo-print.pdf");
+}
+
 bool QtPrinter::Begin(const std::string& documentName) {
-  state_->printer.setDocName(Q(documentName));
-  if (!state_->printer.isValid()) return false;
-  state_->open = state_->painter.begin(&state_->printer);
+  QPrinter& printer = state_->printer;
+  printer.setDocName(Q(documentName));
+  printer.setPageOrientation(QPageLayout::Landscape);
+  // No window system (offscreen runs), a chosen file, or no printer at all:
+  // the document goes to a PDF file, and the person is told where.
+  const bool offscreen = QGuiApplication::platformName() == "offscreen";
+  const bool noPrinter = QPrinterInfo::availablePrinterNames().isEmpty();
+  if (offscreen || noPrinter || std::getenv("KELDO_PRINT_PDF")) {
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    printer.setOutputFileName(PdfFallbackPath());
+    if (!offscreen)
+      QMessageBox::information(QApplication::activeWindow(), "KELDO",
+                               (noPrinter ? "No printer was found. " : QString()) +
+                                   "The page is printed to the PDF file " + printer.outputFileName() + ".");
+  } else {
+    // The system's dialog, which also offers printing to a PDF file.
+    QPrintDialog dialog(&printer, QApplication::activeWindow());
+    if (dialog.exec() != QDialog::Accepted) return false;
+  }
+  if (!printer.isValid()) return false;
+  state_->open = state_->painter.begin(&printer);
   return state_->open;
+}
+
+bool QtPrinter::IsOpen() const { return state_->open; }
+
+platform::PageSize QtPrinter::Page() const {
+  const QRectF r = state_->printer.pageLayout().paintRect(QPageLayout::Inch);
+  if (r.width() <= 0 || r.height() <= 0) return {};
+  return {r.width(), r.height()};
 }
 
 void QtPrinter::NewPage() {
@@ -203,20 +247,29 @@ void QtPrinter::NewPage() {
 }
 
 void QtPrinter::SetFont(const std::string& family, double points) {
-  if (state_->open) state_->painter.setFont(QFont(Q(family), static_cast<int>(points)));
+  if (!state_->open) return;
+  QFont font(Q(family));
+  font.setPointSizeF(points);
+  state_->painter.setFont(font);
 }
 
 void QtPrinter::Line(double x1, double y1, double x2, double y2, platform::Rgb color) {
   if (!state_->open) return;
-  const double d = state_->dpi();
-  state_->painter.setPen(QColor::fromRgb(color));
-  state_->painter.drawLine(QPointF(x1 * d, y1 * d), QPointF(x2 * d, y2 * d));
+  state_->painter.setPen(QPen(QColor::fromRgb(color), 0));
+  state_->painter.drawLine(state_->At(x1, y1), state_->At(x2, y2));
+}
+
+void QtPrinter::Dot(double x, double y, platform::Rgb color) {
+  if (!state_->open) return;
+  const double side = std::max(1.0, state_->dpi() / 100.0);
+  const QPointF c = state_->At(x, y);
+  state_->painter.fillRect(QRectF(c.x() - side / 2, c.y() - side / 2, side, side), QColor::fromRgb(color));
 }
 
 void QtPrinter::Text(double x, double y, const std::string& text) {
   if (!state_->open) return;
-  const double d = state_->dpi();
-  state_->painter.drawText(QPointF(x * d, y * d), Q(text));
+  state_->painter.setPen(Qt::black);
+  state_->painter.drawText(state_->At(x, y), QString::fromLatin1(text.data(), static_cast<int>(text.size())));
 }
 
 void QtPrinter::Picture(double x, double y, double width, double height, const platform::RgbImage& image) {

@@ -84,9 +84,12 @@ class QtPrinter final : public platform::Printer {
   QtPrinter();
   ~QtPrinter() override;
   bool Begin(const std::string& documentName) override;
+  bool IsOpen() const override;
+  platform::PageSize Page() const override;
   void NewPage() override;
   void SetFont(const std::string& family, double points) override;
   void Line(double x1, double y1, double x2, double y2, platform::Rgb color) override;
+  void Dot(double x, double y, platform::Rgb color) override;
   void Text(double x, double y, const std::string& text) override;
   void Picture(double x, double y, double width, double height, const platform::RgbImage& image) override;
   bool End() override;

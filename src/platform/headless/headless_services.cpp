@@ -7,6 +7,8 @@
 #include <iterator>
 #include <vector>
 
+#include "common/file_io.h"
+#include "platform/headless/pdf_document.h"
 #include "platform/headless/simple_images.h"
 #include "platform/help_index.h"
 
@@ -237,32 +239,67 @@ long long HeadlessTimers::RunUntilStopped(long long most) {
   return ran;
 }
 
+HeadlessPrinter::HeadlessPrinter() {
+  if (const char* path = std::getenv("KELDO_PRINT_PDF")) outputPath_ = path;
+}
+
+HeadlessPrinter::~HeadlessPrinter() = default;
+
 bool HeadlessPrinter::Begin(const std::string& documentName) {
+  if (!available_) return false;
   open_ = true;
+  pdf_ = std::make_unique<PdfDocument>(page_);
   items_.push_back({"page", documentName, 0, 0, 0, 0});
   return true;
 }
 
-void HeadlessPrinter::SetFont(const std::string& family, double points) {
-  items_.push_back({"font", family, points, 0, 0, 0});
+void HeadlessPrinter::NewPage() {
+  items_.push_back({"page", "", 0, 0, 0, 0});
+  if (pdf_) pdf_->NewPage();
 }
 
-void HeadlessPrinter::Line(double x1, double y1, double x2, double y2, Rgb) {
-  items_.push_back({"line", "", x1, y1, x2, y2});
+void HeadlessPrinter::SetFont(const std::string& family, double points) {
+  items_.push_back({"font", family, points, 0, 0, 0});
+  if (pdf_) pdf_->SetFont(points);
+}
+
+void HeadlessPrinter::Line(double x1, double y1, double x2, double y2, Rgb color) {
+  items_.push_back({"line", "", x1, y1, x2, y2, color});
+  if (pdf_) pdf_->Line(x1, y1, x2, y2, color);
+}
+
+void HeadlessPrinter::Dot(double x, double y, Rgb color) {
+  items_.push_back({"dot", "", x, y, x, y, color});
+  if (pdf_) pdf_->Dot(x, y, color);
 }
 
 void HeadlessPrinter::Text(double x, double y, const std::string& text) {
   items_.push_back({"text", text, x, y, 0, 0});
+  if (pdf_) pdf_->Text(x, y, text);
 }
 
-void HeadlessPrinter::Picture(double x, double y, double width, double height, const RgbImage&) {
+void HeadlessPrinter::Picture(double x, double y, double width, double height, const RgbImage& image) {
   items_.push_back({"picture", "", x, y, x + width, y + height});
+  if (pdf_) pdf_->Picture(x, y, width, height, image);
 }
 
 bool HeadlessPrinter::End() {
   if (!open_) return false;
   open_ = false;
   ++documents_;
+  const std::unique_ptr<PdfDocument> pdf = std::move(pdf_);
+  if (outputPath_.empty() || !pdf) return true;
+  std::string path = outputPath_;
+  if (documents_ > 1) {
+    const std::size_t dot = path.rfind('.');
+    const std::size_t slash = path.find_last_of("/\\");
+    const bool hasExtension = dot != std::string::npos && (slash == std::string::npos || dot > slash);
+    const std::string suffix = "_" + std::to_string(documents_);
+    path = hasExtension ? path.substr(0, dot) + suffix + path.substr(dot) : path + suffix;
+  }
+  const std::string bytes = pdf->Bytes();
+  if (!WriteFileBytes(path, std::vector<std::uint8_t>(bytes.begin(), bytes.end()))) return false;
+  lastPath_ = path;
   return true;
 }
 

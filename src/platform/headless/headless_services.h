@@ -168,27 +168,50 @@ class HeadlessTimers final : public Timers {
 };
 
 struct PrintedItem {
-  std::string kind;  // "page", "line", "text", "picture", "font"
+  std::string kind;  // "page", "line", "dot", "text", "picture", "font"
   std::string text;
   double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
+  Rgb color = kBlack;
 };
 
+class PdfDocument;
+
+// Records what is printed, item by item, and writes each finished document
+// as a PDF file when an output path is set: by SetOutputPath, or by the
+// environment variable KELDO_PRINT_PDF. The first document of a run goes to
+// the path itself, the next ones to NAME_2.pdf, NAME_3.pdf ... beside it.
 class HeadlessPrinter final : public Printer {
  public:
+  HeadlessPrinter();
+  ~HeadlessPrinter() override;
   bool Begin(const std::string& documentName) override;
-  void NewPage() override { items_.push_back({"page", "", 0, 0, 0, 0}); }
+  bool IsOpen() const override { return open_; }
+  PageSize Page() const override { return page_; }
+  void NewPage() override;
   void SetFont(const std::string& family, double points) override;
   void Line(double x1, double y1, double x2, double y2, Rgb color) override;
+  void Dot(double x, double y, Rgb color) override;
   void Text(double x, double y, const std::string& text) override;
   void Picture(double x, double y, double width, double height, const RgbImage& image) override;
   bool End() override;
   const std::vector<PrintedItem>& Items() const { return items_; }
   int Documents() const { return documents_; }
+  // Where the next finished document is written; empty writes none.
+  void SetOutputPath(const std::string& path) { outputPath_ = path; }
+  // The file the last finished document went to, empty when none was written.
+  const std::string& LastDocumentPath() const { return lastPath_; }
+  // A printer that refuses to begin, as a machine without one.
+  void SetAvailable(bool available) { available_ = available; }
 
  private:
   std::vector<PrintedItem> items_;
   int documents_ = 0;
   bool open_ = false;
+  bool available_ = true;
+  PageSize page_;
+  std::string outputPath_;
+  std::string lastPath_;
+  std::unique_ptr<PdfDocument> pdf_;
 };
 
 class HeadlessClipboard final : public Clipboard {
