@@ -1,7 +1,8 @@
 // TAWS and the compress-denoise coders on the image processor: the frame
 // "Thresholding" of Denoise-TAWS (threshold or its estimate, depth,
 // descent, cycle spinning, shrinkage) and the coding frame's options 2
-// "Compress+Denoise" (.bcd) and 3 "Arithmetic+Denoise" (.acd).
+// "Compress+Denoise" (.bcd, also with a region) and 3 "Arithmetic+Denoise"
+// (.acd).
 
 #include <cmath>
 #include <string>
@@ -13,6 +14,7 @@
 #include "platform/services.h"
 #include "wavelet/aswdr_denoise.h"
 #include "wavelet/aswdr_denoise_coder.h"
+#include "wavelet/aswdr_region.h"
 
 namespace keldo::imageproc {
 namespace {
@@ -148,10 +150,12 @@ void ImageProcessorForm::DenoiseImageTAWS() {
   Touch();
 }
 
-void ImageProcessorForm::CompressDenoise(wavelet::AswdrCoder coder, double bpp) {
+void ImageProcessorForm::CompressDenoise(wavelet::AswdrCoder coder, double bpp, bool withRegion) {
   int depth = 1;
   double descent = 0.0;
   if (!ReadDepthAndDescent("txtDepth", "txtDescentPower", depth, descent)) return;
+  std::optional<double> share;
+  if (withRegion && !(share = ReadRegionShare())) return;
   const std::optional<std::string> path = AskForFile(true, coder == wavelet::AswdrCoder::Binary ? "bcd" : "acd");
   if (!path) return;
   wavelet::AswdrHead head;
@@ -173,7 +177,18 @@ void ImageProcessorForm::CompressDenoise(wavelet::AswdrCoder coder, double bpp) 
   coding.depth = depth;
   coding.descent = descent;
   coding.minBitRate = controls_["chkMinBitRate"].value != 0;
-  wavelet::AswdrEncoded encoded = wavelet::CompressDenoiseAswdr(transform_, head, coder, coding);
+  // With a region, the bits past the share of the whole picture go to the
+  // coefficients that bear on it.
+  regionMask_.clear();
+  wavelet::AswdrRegion region;
+  if (share) {
+    region.mask = wavelet::GetROIValues(transform_.width, transform_.height, roi_->x1, roi_->y1, roi_->x2, roi_->y2,
+                                        wavelet::SupportOfWavelet(waveletIndex_), levels);
+    region.sharedBudget = static_cast<std::int64_t>(std::nearbyint((1.0 - *share) * static_cast<double>(head.budget)));
+  }
+  wavelet::AswdrEncoded encoded =
+      wavelet::CompressDenoiseAswdr(transform_, head, coder, coding, share ? &region : nullptr);
+  if (share) regionMask_ = std::move(region.mask);
   for (const std::string& line : encoded.report) AddReport(line);
   const bool written = !encoded.file.empty() && WriteFileBytes(*path, encoded.file);
   context_.ShowIdle();
@@ -188,11 +203,15 @@ void ImageProcessorForm::CompressDenoise(wavelet::AswdrCoder coder, double bpp) 
 }
 
 void ImageProcessorForm::Compress_Denoise_ASWDR_Binary_Ver1(double bpp) {
-  CompressDenoise(wavelet::AswdrCoder::Binary, bpp);
+  CompressDenoise(wavelet::AswdrCoder::Binary, bpp, false);
 }
 
 void ImageProcessorForm::Compress_Denoise_ASWDR_Arithmetic_Ver1(double bpp) {
-  CompressDenoise(wavelet::AswdrCoder::Arithmetic, bpp);
+  CompressDenoise(wavelet::AswdrCoder::Arithmetic, bpp, false);
+}
+
+void ImageProcessorForm::Compress_Denoise_ASWDR_Binary_Ver1_ROI(double bpp) {
+  CompressDenoise(wavelet::AswdrCoder::Binary, bpp, true);
 }
 
 }  // namespace keldo::imageproc

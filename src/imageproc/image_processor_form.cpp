@@ -400,10 +400,12 @@ void ImageProcessorForm::CompressCommand() {
   double bpp = 0.0;
   if (!ReadBitRate(bpp)) return;
   const int code = controls_.Find("OpEntropyCode(1)")->value ? 1 : controls_.Find("OpEntropyCode(0)")->value ? 0 : 2;
-  // Options 2 and 3 at a rate above 0: the denoising coders, which take no
-  // region.
+  // Options 2 and 3 at a rate above 0: the denoising coders; with a region
+  // the binary one only.
   if (const std::optional<wavelet::AswdrCoder> denoiser = DenoiseCoderChosen(); denoiser && bpp > 0.0) {
-    if (roi_) {
+    if (roi_ && *denoiser == wavelet::AswdrCoder::Binary) {
+      Compress_Denoise_ASWDR_Binary_Ver1_ROI(bpp);
+    } else if (roi_) {
       context_.Beep();
     } else if (*denoiser == wavelet::AswdrCoder::Binary) {
       Compress_Denoise_ASWDR_Binary_Ver1(bpp);

@@ -59,9 +59,11 @@ class ImageProcessorForm final : public Form, public ImageFileReceiver, private 
   // the noise of the finest diagonal band; with chkAverage, the mean over
   // the cyclic shifts of AvgType).
   void DenoiseImageTAWS();
-  // The compress-denoise coders of options 2 (.bcd) and 3 (.acd) at a rate.
+  // The compress-denoise coders of options 2 (.bcd) and 3 (.acd) at a rate;
+  // option 2 also with the dragged region and the share of txtROIPercent.
   void Compress_Denoise_ASWDR_Binary_Ver1(double bpp);
   void Compress_Denoise_ASWDR_Arithmetic_Ver1(double bpp);
+  void Compress_Denoise_ASWDR_Binary_Ver1_ROI(double bpp);
   // The coder of options 2 and 3; none for the others.
   std::optional<wavelet::AswdrCoder> DenoiseCoderChosen() const;
   // "Compute": the command the label names.
@@ -135,7 +137,7 @@ class ImageProcessorForm final : public Form, public ImageFileReceiver, private 
   void ResetWaveletLabel();
   std::optional<std::string> AskForFile(bool save, const std::string& extension);
   wavelet::AswdrCoder Coder() const;
-  void CompressDenoise(wavelet::AswdrCoder coder, double bpp);
+  void CompressDenoise(wavelet::AswdrCoder coder, double bpp, bool withRegion);
   // The depth (from `depthBox`, none when empty) and descent of the
   // denoisers; false after "Run Error." for a depth outside 1..25 or a
   // descent that is not positive.

@@ -103,8 +103,23 @@ struct DenoisePasses {
   }
 };
 
+// Region mode, as in the plain coders: once the bits used reach the shared
+// budget, a position outside the region still at zero counts in the runs as
+// one below the threshold. Tested at the start of each significance walk
+// and after each value that turns significant.
+struct RegionState {
+  const AswdrRegion* region = nullptr;
+  bool on = false;
+  template <typename Sender>
+  void Check(const Sender& ch) {
+    if (region != nullptr && !on && ch.Used() >= region->sharedBudget) on = true;
+  }
+  bool HoldsBack(std::int32_t p) const { return on && region->mask[static_cast<std::size_t>(p)] == 0; }
+};
+
 template <typename Sender>
-void EncodePasses(const ImagePlane& c, int waveletIndex, std::int32_t budget, Sender& ch, DenoisePasses& s) {
+void EncodePasses(const ImagePlane& c, int waveletIndex, std::int32_t budget, Sender& ch, DenoisePasses& s,
+                  RegionState& region) {
   for (s.pass = 1;; ++s.pass) {
     const double former = s.threshold;
     s.threshold /= 2.0;
@@ -112,8 +127,13 @@ void EncodePasses(const ImagePlane& c, int waveletIndex, std::int32_t budget, Se
     std::int64_t run = 1;
     bool onBudget = true;
     std::int32_t p = 0;
+    region.Check(ch);
     for (std::size_t i = 0; i < c.v.size() && onBudget; ++i, p = s.order.next[static_cast<std::size_t>(p)]) {
       if (s.Passed(p)) continue;
+      if (region.HoldsBack(p)) {
+        ++run;
+        continue;
+      }
       const float value = c.v[static_cast<std::size_t>(p)];
       if (std::fabs(static_cast<double>(s.weights[static_cast<std::size_t>(p)]) * static_cast<double>(value)) < t) {
         ++run;
@@ -125,6 +145,7 @@ void EncodePasses(const ImagePlane& c, int waveletIndex, std::int32_t budget, Se
       s.Turn(p, negative);
       ch.Sign(negative);
       onBudget = ch.Used() < budget;
+      region.Check(ch);
     }
     if (!onBudget) return;
     ch.Run(run + 1);
@@ -187,13 +208,15 @@ Preamble PreambleFor(int exponent, const DenoiseCoding& coding) {
 }
 
 template <typename Sender>
-AswdrEncoded RunEncoder(const ImagePlane& transform, AswdrHead head, const DenoiseCoding& coding, Sender ch) {
+AswdrEncoded RunEncoder(const ImagePlane& transform, AswdrHead head, const DenoiseCoding& coding,
+                        const AswdrRegion* region, Sender ch) {
   ImagePlane c = transform;
   ClearBelowOutsideTrend(c, head.levels, coding.noiseThreshold / coding.descent);
   head.exponent = GetThreshold(c).exponent;
   const Preamble preamble = PreambleFor(head.exponent, coding);
   DenoisePasses s(c.width, c.height, head.levels, head.exponent, preamble);
-  EncodePasses(c, head.waveletIndex, head.budget, ch, s);
+  RegionState regionState{region};
+  EncodePasses(c, head.waveletIndex, head.budget, ch, s, regionState);
   AswdrEncoded out;
   out.bitsUsed = ch.Used();
   out.file = WriteAswdrHead(head);
@@ -227,18 +250,20 @@ void RunDecoder(AswdrDecoded& out, const Preamble& preamble, std::int32_t budget
 }  // namespace
 
 AswdrEncoded CompressDenoiseAswdr(const ImagePlane& transform, AswdrHead head, AswdrCoder coder,
-                                  const DenoiseCoding& coding) {
+                                  const DenoiseCoding& coding, const AswdrRegion* region) {
   head.width = transform.width;
   head.height = transform.height;
   const bool settingsOk = coding.depth >= 1 && coding.depth <= kMaxDenoiseDepth && coding.noiseThreshold > 0.0 &&
                           std::isfinite(coding.noiseThreshold) && coding.descent > 0.0 && std::isfinite(coding.descent);
   // The head must read back: ReadAswdrHead checks the same.
   std::vector<std::uint8_t> probe = WriteAswdrHead(head);
-  if (!settingsOk || !ReadAswdrHead(probe) ||
-      transform.v.size() != static_cast<std::size_t>(transform.width) * static_cast<std::size_t>(transform.height))
+  const std::size_t size = static_cast<std::size_t>(transform.width) * static_cast<std::size_t>(transform.height);
+  if (!settingsOk || !ReadAswdrHead(probe) || transform.v.size() != size ||
+      (region != nullptr && region->mask.size() != size))
     return {};
-  if (coder == AswdrCoder::Binary) return RunEncoder(transform, head, coding, BinarySender(SetBitTotal() + kPreambleBits));
-  return RunEncoder(transform, head, coding, ArithmeticSender(SetBitTotal_ASWDR() + kPreambleBits));
+  if (coder == AswdrCoder::Binary)
+    return RunEncoder(transform, head, coding, region, BinarySender(SetBitTotal() + kPreambleBits));
+  return RunEncoder(transform, head, coding, region, ArithmeticSender(SetBitTotal_ASWDR() + kPreambleBits));
 }
 
 std::optional<AswdrDecoded> DecompressDenoiseAswdr(const std::vector<std::uint8_t>& file, double bpp,

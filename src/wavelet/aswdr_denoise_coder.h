@@ -47,10 +47,12 @@ constexpr std::size_t kDenoisePreambleSize = 3;
 constexpr int kMaxDenoiseDepth = 25;
 
 // An empty file for a head that ReadAswdrHead would refuse, a depth outside
-// 1..kMaxDenoiseDepth, or a threshold or descent that is not positive and
-// finite.
+// 1..kMaxDenoiseDepth, a threshold or descent that is not positive and
+// finite, or a region mask of another size. With a region the coder turns
+// to region mode at its shared budget as the plain coders do (aswdr.h); the
+// decoder needs no mask.
 AswdrEncoded CompressDenoiseAswdr(const ImagePlane& transform, AswdrHead head, AswdrCoder coder,
-                                  const DenoiseCoding& coding);
+                                  const DenoiseCoding& coding, const AswdrRegion* region = nullptr);
 
 // The decoder at the budget of `bpp` (or the stored one when smaller, with
 // the rate message). Nothing for a bad head or preamble or a plane above

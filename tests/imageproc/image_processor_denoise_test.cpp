@@ -235,5 +235,38 @@ TEST(ImageProcessorCompressDenoise, MinimumBitRateWritesLessAndAWrongFileIsRefus
   EXPECT_NE(t.lines[2].find("Run Error."), std::string::npos);
 }
 
+TEST(ImageProcessorCompressDenoise, OptionTwoTakesADraggedRegionAndOptionThreeBeeps) {
+  TestFrame t;
+  ImageProcessorForm& f = NewProcessorWith(t, Picture(16.0));
+  f.Mouse(MouseAction::Down, 10, 20, MouseButton::Left);
+  f.Mouse(MouseAction::Up, 30, 50, MouseButton::Left);
+  ASSERT_TRUE(f.Region());
+  f.RunMenu("mnuCompress");
+  ASSERT_TRUE(f.controls().SetFromUser("OpEntropyCode(3)", "1"));
+  const std::size_t asked = t.platform.fileDialog.Requests().size();
+  ASSERT_TRUE(f.Click("cmdBegin"));
+  EXPECT_EQ(t.platform.fileDialog.Requests().size(), asked);
+  ASSERT_EQ(t.lines, std::vector<std::string>{"beep"});
+  // The binary option codes the region: the mask is shown, and the file is
+  // read back by the plain decoder of option 2.
+  ASSERT_TRUE(f.controls().SetFromUser("OpEntropyCode(2)", "1"));
+  f.controls().SetText("txtBitRate", "0.5");
+  const std::string path = TempPath("keldo_ipr_denoise_roi.bcd");
+  t.platform.fileDialog.QueueAnswer(path);
+  ASSERT_TRUE(f.Click("cmdBegin"));
+  EXPECT_FALSE(f.RegionMask().empty());
+  std::vector<std::uint8_t> file;
+  ASSERT_TRUE(ReadFileBytes(path, file));
+  const wavelet::ImagePlane encoded = f.Quant();
+  t.platform.fileDialog.QueueAnswer(path);
+  ASSERT_TRUE(f.Click("cmdBegin"));
+  std::filesystem::remove(path);
+  const std::optional<wavelet::AswdrDecoded> back = wavelet::DecompressDenoiseAswdr(file, 0.5, wavelet::AswdrCoder::Binary);
+  ASSERT_TRUE(back);
+  EXPECT_EQ(back->quantBeforeRefinement.v, encoded.v);
+  EXPECT_EQ(f.Quant().v, back->quant.v);
+  EXPECT_EQ(t.lines.size(), 1u);
+}
+
 }  // namespace
 }  // namespace keldo

@@ -12,6 +12,7 @@
 #include "aswdr_test_images.h"
 #include "wavelet/aswdr_denoise.h"
 #include "wavelet/aswdr_denoise_coder.h"
+#include "wavelet/aswdr_region.h"
 
 namespace keldo::wavelet {
 namespace {
@@ -177,6 +178,46 @@ TEST(CompressDenoise, AnIsolatedValueIsNeverSent) {
     // The integer wavelet ends at T = 1; the last offset is 1/2.
     EXPECT_EQ(dec->quant.At(4, 0), 20.5f);
   }
+}
+
+TEST(CompressDenoise, ARegionTakesTheBitsPastItsShareAndThePlainDecoderReadsIt) {
+  const ImagePlane image = NoisyDisk(64, 8.0);
+  const ImagePlane t = TransformOf(image, 3, 1);
+  AswdrRegion region;
+  region.mask = GetROIValues(64, 64, 8, 8, 23, 23, SupportOfWavelet(1), 3);
+  const DenoiseCoding coding = CodingFor(t, 3, false);
+  const AswdrHead head = HeadFor(t, 0.3, 3, 1);
+  // Region mode from the first bit: nothing outside the mask is sent.
+  region.sharedBudget = 0;
+  const AswdrEncoded only = CompressDenoiseAswdr(t, head, AswdrCoder::Binary, coding, &region);
+  std::size_t inside = 0;
+  for (std::size_t i = 0; i < only.quant.v.size(); ++i) {
+    if (region.mask[i] == 0) {
+      EXPECT_EQ(only.quant.v[i], 0.0f) << i;
+    }
+    inside += only.quant.v[i] != 0.0f ? 1 : 0;
+  }
+  EXPECT_GT(inside, 20u);
+  const std::optional<AswdrDecoded> dec = DecompressDenoiseAswdr(only.file, 0.3, AswdrCoder::Binary);
+  ASSERT_TRUE(dec);
+  EXPECT_EQ(DifferingValues(dec->quantBeforeRefinement, only.quant), 0u);
+  // Half the budget shared: the region's pixels come out closer than
+  // without a region at the same rate.
+  region.sharedBudget = head.budget / 2;
+  const AswdrEncoded half = CompressDenoiseAswdr(t, head, AswdrCoder::Binary, coding, &region);
+  const AswdrEncoded plain = CompressDenoiseAswdr(t, head, AswdrCoder::Binary, coding);
+  const auto regionError = [&](const AswdrEncoded& enc) {
+    const std::optional<AswdrDecoded> d = DecompressDenoiseAswdr(enc.file, 0.3, AswdrCoder::Binary);
+    ImagePlane back = d->quant;
+    InvertTheTransform(back, 3, 1);
+    double sum = 0.0;
+    for (int y = 8; y <= 23; ++y)
+      for (int x = 8; x <= 23; ++x) sum += std::pow(double(back.At(x, y)) - double(image.At(x, y)), 2.0);
+    return sum;
+  };
+  EXPECT_LT(regionError(half), regionError(plain));
+  region.mask.pop_back();
+  EXPECT_TRUE(CompressDenoiseAswdr(t, head, AswdrCoder::Binary, coding, &region).file.empty());
 }
 
 TEST(CompressDenoise, DenoisingCodingLowersTheNoise) {
