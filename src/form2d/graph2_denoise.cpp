@@ -157,6 +157,7 @@ void Graph2Form::DenoiseImage() {
   // the passes.
   const std::vector<float> source = CopyOfGraph(g);
   const float left = GraphLeft(g), right = GraphRight(g), step = GraphStep(g);
+  const int points = n_;
   std::vector<float> sum;
   const bool finished =
       wavelet::CycleSpinDenoise(n_, source.data(), Stride(), setup, sum, [&](int done, int passes) {
@@ -169,8 +170,8 @@ void Graph2Form::DenoiseImage() {
   controls_["GoButton(5)"].text = "Plot";
   context_.ShowIdle();
   Touch();
-  // Stopped: no result.
-  if (!finished) return;
+  // Stopped, or the grid's size changed meanwhile: no result.
+  if (!finished || points != n_) return;
   controls_.SetText("Label(24)", "100% done");
   if (ticked(kQuantize))
     for (float& v : sum) v = v >= 255.0f ? 255.0f : v < 0.0f ? 0.0f : std::nearbyint(v);

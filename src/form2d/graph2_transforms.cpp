@@ -254,6 +254,8 @@ void Graph2Form::OpenWavelet(const SideBoxCommand& box) {
   controls_.SetVisible("GoButton(0)", series);
   controls_.SetVisible("WavReport", series || denoise);
   ShowDenoiseControls(denoise);
+  // The denoiser leaves its button reading "Plot"; the other commands compute.
+  if (!denoise && !denoising_) controls_["GoButton(5)"].text = "&Compute";
   controls_.SetText("WavReport", "");
   Touch();
 }

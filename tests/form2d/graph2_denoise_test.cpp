@@ -139,6 +139,24 @@ TEST(DenoiseImage, StopAbandonsTheRunWithNoResult) {
   EXPECT_TRUE(f.QueryClose());
 }
 
+TEST(DenoiseImage, ANewGridSizeDuringTheRunFilesNoResult) {
+  TestFrame t;
+  Graph2Form& f = NewForm(t, 64);
+  FileNoisyPicture(f, 5.0, 8);
+  OpenDenoise(f);
+  f.controls()["chkDenoise(2)"].value = 1;
+  int yields = 0;
+  t.platform.eventLoop.SetHook([&] {
+    if (++yields == 1) f.RunMenu("mnu128");
+  });
+  EXPECT_TRUE(f.Go());
+  EXPECT_EQ(yields, 4);
+  EXPECT_EQ(f.Points(), 128);
+  EXPECT_FALSE(f.Denoising());
+  for (int g = 0; g < f.NumGraphsPlotted(); ++g) EXPECT_NE(f.GraphRight(g) - f.GraphLeft(g), 0.0f);
+  EXPECT_LE(f.NumGraphsPlotted(), 1);
+}
+
 TEST(DenoiseImage, AConstantImageHasSigmaOneAndItsThresholdAndDefaults) {
   TestFrame t;
   Graph2Form& f = NewForm(t, 64);
