@@ -58,11 +58,12 @@ bool ImageProcessorForm::ReadDepthAndDescent(const char* depthBox, const char* d
   return true;
 }
 
-double ImageProcessorForm::AutoThresholdValue(const wavelet::ImagePlane& transform, int levels, bool setDepthBox) {
+wavelet::NoiseThreshold ImageProcessorForm::AutoThresholdValue(const wavelet::ImagePlane& transform, int levels,
+                                                               bool setDepthBox) {
   const wavelet::NoiseThreshold noise = wavelet::AutoThresholdValue(transform, levels);
   if (setDepthBox && controls_["chkAutoThreshold"].value != 0)
     controls_.SetText("txtDepth2", std::to_string(noise.depth));
-  return noise.threshold;
+  return noise;
 }
 
 void ImageProcessorForm::DenoiseImageTAWS() {
@@ -105,8 +106,9 @@ void ImageProcessorForm::DenoiseImageTAWS() {
     // TransformTheImageDN: the transform for the estimate, not shown.
     wavelet::ImagePlane transform = picture;
     wavelet::TransformTheImage(transform, levels, waveletIndex_);
-    threshold = AutoThresholdValue(transform, levels, true);
-    depth = static_cast<int>(compiler_.VALU(controls_.Text("txtDepth2")));
+    const wavelet::NoiseThreshold noise = AutoThresholdValue(transform, levels, true);
+    threshold = noise.threshold;
+    depth = noise.depth;
   }
   wavelet::TawsOptions options;
   options.levels = levels;
@@ -173,7 +175,7 @@ void ImageProcessorForm::CompressDenoise(wavelet::AswdrCoder coder, double bpp, 
   AddReport("Transforming image...");
   TransformImage(levels);
   wavelet::DenoiseCoding coding;
-  coding.noiseThreshold = AutoThresholdValue(transform_, levels, false);
+  coding.noiseThreshold = AutoThresholdValue(transform_, levels, false).threshold;
   coding.depth = depth;
   coding.descent = descent;
   coding.minBitRate = controls_["chkMinBitRate"].value != 0;

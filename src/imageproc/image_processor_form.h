@@ -21,6 +21,7 @@
 #include "kit/form.h"
 #include "kit/named_calls.h"
 #include "wavelet/aswdr.h"
+#include "wavelet/aswdr_denoise.h"
 #include "wavelet/image_transform.h"
 
 namespace keldo::imageproc {
@@ -142,9 +143,9 @@ class ImageProcessorForm final : public Form, public ImageFileReceiver, private 
   // denoisers; false after "Run Error." for a depth outside 1..25 or a
   // descent that is not positive.
   bool ReadDepthAndDescent(const char* depthBox, const char* descentBox, int& depth, double& descent);
-  // The noise threshold of a transform; with `setDepthBox` and
-  // chkAutoThreshold ticked, txtDepth2 gets the depth the estimate advises.
-  double AutoThresholdValue(const wavelet::ImagePlane& transform, int levels, bool setDepthBox);
+  // The noise estimate of a transform; with `setDepthBox` and
+  // chkAutoThreshold ticked, txtDepth2 gets the depth it advises.
+  wavelet::NoiseThreshold AutoThresholdValue(const wavelet::ImagePlane& transform, int levels, bool setDepthBox);
 
   // FormulaHost: the number fields of the side box.
   int FormulaPoints() const override { return 0; }

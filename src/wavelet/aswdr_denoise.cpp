@@ -15,6 +15,9 @@ constexpr double kMedianOverSigma = 0.6745;
 constexpr double kDeepNoiseSigma = 12.8;
 constexpr std::int64_t kMostNoiseSamples = 65534;  // 2^16 - 2
 constexpr int kRefinementRounds = 5;
+// More halvings than take any start threshold (at least 1, below 2^256)
+// down past the smallest double: a bound for a Low that is not reached.
+constexpr int kMostTawsPasses = 1100;
 
 bool PlaneFits(const ImagePlane& p, int levels) {
   if (levels < 1 || levels > 25 || p.width <= 0 || p.height <= 0) return false;
@@ -102,9 +105,7 @@ TawsResult DenoiseImageTransformTAWS(const ImagePlane& transform, double t, cons
   ImagePlane& quant = out.quant;
   quant = ImagePlane(c.width, c.height);
   double threshold = GetThreshold(c).threshold;
-  // The start is at least 1 (GetThreshold's floor), so the halvings reach
-  // Low; a Low of a tiny descent can't hold them past the float range.
-  for (int pass = 1; pass <= 1100; ++pass) {
+  for (int pass = 1; pass <= kMostTawsPasses; ++pass) {
     const double former = threshold;
     threshold /= 2.0;
     for (std::size_t i = 0; i < quant.v.size(); ++i) {
