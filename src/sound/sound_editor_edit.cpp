@@ -32,6 +32,7 @@ int SoundEditorForm::PlotClip() {
   // the sample after it, so that a graph of ClipLength intervals takes it.
   const auto first = samples_.begin() + clipStart_;
   clipSamples_.assign(first, first + clipLength_ + 1);
+  shownClipStart_ = clipStart_;
   clip_.SetPosition(0);
   clip_.Write(std::vector<std::int16_t>(clipSamples_.begin(), clipSamples_.end() - 1));
   clip_.SetPosition(0);

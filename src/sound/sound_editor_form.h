@@ -85,6 +85,12 @@ class SoundEditorForm final : public Form, public WaveFileReceiver {
   std::int64_t CopyLength() const { return copyLength_; }
   LineState Lines() const { return lineState_; }
   bool ClipShown() const { return clipShown_; }
+  // The clip the lower picture shows, which stays as it was plotted while
+  // the lines move or mark another: its first sample and its length.
+  std::int64_t ShownClipStart() const { return shownClipStart_; }
+  std::int64_t ShownClipLength() const {
+    return clipSamples_.empty() ? 0 : static_cast<std::int64_t>(clipSamples_.size()) - 1;
+  }
   bool PasteReady() const { return pasteReady_; }
   std::int64_t PlayPosition() const { return playPosition_; }
   const std::string& FileName() const { return fileName_; }
@@ -140,6 +146,7 @@ class SoundEditorForm final : public Form, public WaveFileReceiver {
   std::int64_t clipStart_ = 0;         // ClipStart
   std::int32_t clipLength_ = 0;        // ClipLength
   std::vector<std::int16_t> clipSamples_;  // ClipSamples, 0..ClipLength
+  std::int64_t shownClipStart_ = 0;
   std::int64_t copyStart_ = 0, copyEnd_ = 0, copyLength_ = 0;
   std::vector<std::int16_t> copied_;   // what the last copy or cut took
   LineState lineState_ = LineState::None;

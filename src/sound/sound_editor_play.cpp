@@ -98,7 +98,7 @@ void SoundEditorForm::EndPlaying(bool reachedEnd) {
   if (playing_ == Playing::File) {
     playPosition_ = reachedEnd ? SampleCount() : std::min(position, SampleCount());
   } else {
-    clipPosition_ = reachedEnd ? clipLength_ : std::min<std::int64_t>(position, clipLength_);
+    clipPosition_ = reachedEnd ? ShownClipLength() : std::min(position, ShownClipLength());
   }
   playing_ = Playing::Nothing;
   controls_.SetEnabled("cmdPlay", !samples_.empty());
@@ -122,7 +122,7 @@ void SoundEditorForm::StopPlaying() {
 }
 
 void SoundEditorForm::ShowPlayPosition() {
-  const std::int64_t p = playing_ == Playing::Clip ? clipStart_ + CurrentPlayPosition() : CurrentPlayPosition();
+  const std::int64_t p = playing_ == Playing::Clip ? shownClipStart_ + CurrentPlayPosition() : CurrentPlayPosition();
   controls_.SetText("labPlayPos", samples_.empty() ? "" : "Position: " + std::to_string(p));
   Touch();
 }

@@ -93,7 +93,7 @@ std::vector<Picture> SoundEditorForm::Pictures() const {
   clip.scale = {0.0, kHalfHeight, PictureSpan(kClipPicture), -kHalfHeight};
   clip.caption = controls_.Text("labWave(0)");
   if (clipShown_)
-    clip.bottomLabels = TimeLabels(static_cast<double>(clipStart_), PictureSpan(kClipPicture), sampleRate_);
+    clip.bottomLabels = TimeLabels(static_cast<double>(shownClipStart_), PictureSpan(kClipPicture), sampleRate_);
   std::vector<Picture> pictures(2);
   pictures[kClipPicture] = clip;
   pictures[kFilePicture] = file;
@@ -105,7 +105,7 @@ double SoundEditorForm::PictureSpan(int picture) const {
   // W * stride samples: the last few samples of a stride that does not
   // divide the count lie past its right edge.
   const int width = drawnWidth_[static_cast<std::size_t>(picture)];
-  const std::int64_t count = picture == kFilePicture ? SampleCount() : clipLength_;
+  const std::int64_t count = picture == kFilePicture ? SampleCount() : ShownClipLength();
   return static_cast<double>(std::max<std::int64_t>(WaveStride(count, width) * width, 1));
 }
 
@@ -135,7 +135,7 @@ void SoundEditorForm::Paint(int picture, platform::Surface& surface) const {
     return;
   }
   if (!clipShown_) return;
-  DrawWave(surface, clipSamples_.data(), clipLength_, bits_);
+  DrawWave(surface, clipSamples_.data(), ShownClipLength(), bits_);
   if (playing_ == Playing::Clip) {
     const double x = static_cast<double>(CurrentPlayPosition());
     surface.Line(x, kHalfHeight, x, -kHalfHeight, kPlayColour);
@@ -176,13 +176,13 @@ std::vector<GraphSummary> SoundEditorForm::Graphs() const {
   if (clipShown_) {
     GraphSummary clip;
     clip.values.assign(clipSamples_.begin(), clipSamples_.end());
-    clip.a = static_cast<double>(clipStart_) / sampleRate_;
+    clip.a = static_cast<double>(shownClipStart_) / sampleRate_;
     clip.h = 1.0 / sampleRate_;
-    clip.b = clip.a + clipLength_ * clip.h;
+    clip.b = clip.a + static_cast<double>(ShownClipLength()) * clip.h;
     clip.peak = Peak(clip.values);
     clip.fields = {{"name", "clip", {}},
-                   Number("start", static_cast<double>(clipStart_)),
-                   Number("length", clipLength_),
+                   Number("start", static_cast<double>(shownClipStart_)),
+                   Number("length", static_cast<double>(ShownClipLength())),
                    Number("playPosition", static_cast<double>(clipPosition_))};
     graphs.push_back(std::move(clip));
   }

@@ -10,6 +10,7 @@
 
 #include "form1d/graph1_form.h"
 #include "kit/typed_forms.h"
+#include "platform/headless/raster_surface.h"
 #include "sound/sound_editor_form.h"
 #include "test_frame.h"
 #include "wavefile/wave_control.h"
@@ -264,6 +265,34 @@ TEST(SoundEditor, ClipPlotsTheMarkedSamples) {
   EXPECT_FALSE(e.ClipShown());
   EXPECT_FALSE(e.controls()["cmdAnalyzer"].enabled);
   EXPECT_EQ(e.Graphs().size(), 1u);
+}
+
+// Found by the wave-file fuzzer: a clip drawn, then a longer one marked
+// but not drawn; the lower picture keeps the clip it shows.
+TEST(SoundEditor, ShownClipStaysWhileLongerOneIsMarked) {
+  TestFrame t;
+  SoundEditorForm& e = OpenEditor(t, "editor16.wav");
+  Mark(e, 1000, 1100);
+  ASSERT_TRUE(e.RunMenu("mnuClip"));
+  e.EraseClipLines();
+  Mark(e, 2000, 2600);  // 1194: a clip of 1024, not drawn
+  ASSERT_EQ(e.ClipLength(), 1024);
+  EXPECT_EQ(e.ShownClipStart(), 1000);
+  EXPECT_EQ(e.ShownClipLength(), 128);
+  platform::RasterSurface surface(300, 40);
+  e.Paint(sound::kClipPicture, surface);
+  EXPECT_EQ(e.Pictures()[sound::kClipPicture].scale.right, 300.0);  // 128 samples over 300 columns: stride 1
+  const auto graphs = e.Graphs();
+  ASSERT_EQ(graphs.size(), 2u);
+  EXPECT_EQ(graphs[1].values.size(), 129u);
+  EXPECT_DOUBLE_EQ(graphs[1].b, 1128.0 / 8000);
+  // Played, it is the clip shown that sounds.
+  ASSERT_TRUE(e.Click("cmdPlay2"));
+  EXPECT_EQ(t.platform.audio.LastSamples().size(), 128u);
+  // Cut and pasted under it, it still shows.
+  ASSERT_TRUE(e.RunMenu("mnuCut"));
+  e.Paint(sound::kClipPicture, surface);
+  EXPECT_EQ(e.ShownClipLength(), 128);
 }
 
 TEST(SoundEditor, MovingTheLinesKeepsTheClip) {
