@@ -8,6 +8,8 @@
 #include "kit/quantization_box.h"
 #include "common/number_text.h"
 #include "form1d/graph1_form.h"
+#include "print/form_print.h"
+#include "print/print_graph.h"
 
 namespace keldo::form1d {
 namespace {
@@ -65,12 +67,9 @@ void Graph1Form::BuildSideBoxControls() {
     controls_.Add(IndexedName("LabTr", k), ControlKind::Label);
   }
   for (int k = 0; k < 7; ++k) AddButton(controls_, IndexedName("cmdMove", k), kMoveCaptions[k], kMoveTips[k]);
-  // The print settings a form file keeps.
-  controls_.Add("PrinterSpecs", ControlKind::Text, "(A), Medium, top, left");
-  const char* printLabels[3] = {"Caption", "Lower Labels", "Right labels"};
-  for (int k = 0; k < 3; ++k) controls_.Add(IndexedName("chkPrLab", k), ControlKind::Check, printLabels[k]).value = 1;
-  controls_.AddOption("MonoOrColor(0)", "Color", "MonoOrColor", true);
-  controls_.AddOption("MonoOrColor(1)", "Monochrome ", "MonoOrColor");
+  // The print box, whose settings a form file keeps, and the form print dialog.
+  print::AddPrintGraphControls(controls_);
+  print::AddPrintFormControls(controls_);
 }
 
 void Graph1Form::BindCommands() {
@@ -175,6 +174,9 @@ std::span<const SideBoxRow<Graph1Form>> Graph1Form::SideBoxTable() {
       {{"mnuWindow2", "", "Display style", kPanelDisplayStyle, 8}, &G::OpenDisplayStyle, &G::ResetDisplay},
       {{"mnuDisplayStyle", "", "Display style", kPanelDisplayStyle, 8}, &G::OpenDisplayStyle, &G::ResetDisplay},
       {{"mnuTrace", "", "Trace", kPanelTrace, -1}, &G::OpenTrace, nullptr},
+      {{"mnuPrintGraph", print::kPrintGraphKey, print::kPrintGraphTopic, kPanelPrint, -1}, nullptr, nullptr},
+      {{"mnuPrintGraphs", print::kPrintGraphKey, print::kPrintGraphTopic, kPanelPrint, -1}, nullptr, nullptr},
+      {{"mnuPrintForm", "", "Print form", kPanelPrintForm, -1}, &G::OpenPrintForm, nullptr},
   };
   return kRows;
 }
@@ -185,7 +187,15 @@ void Graph1Form::BindButtons() {
     TransferInfo();
     ShowPanel(kPanelWavelet);
   });
-  OnButton("cmdCancel", [this](int) { ShowPanel(kPanelWavelet); });
+  // Cancel closes the form print dialog when it is the box shown, else the
+  // quantization settings.
+  OnButton("cmdCancel", [this](int) {
+    if (VisiblePanel() == kPanelPrintForm) PressPrintFormButton("cmdCancel");
+    else ShowPanel(kPanelWavelet);
+  });
+  OnButton("cmdPrnt", [this](int index) { print::PressPrintButton(*this, 0, index); });
+  for (const char* name : {"cmdPrint", "cmdPrintAndEject", "cmdEject"})
+    OnButton(name, [this, name](int) { PressPrintFormButton(name); });
   OnButton("cmdFormula", [this](int index) { formulaBox_.Press(index); });
   OnButton("cmdMove", [this](int index) {
     if (graphCount_ == 0) return;

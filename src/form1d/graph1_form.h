@@ -65,7 +65,9 @@ enum SideBoxPanel : int {
   kPanelDisplayStyle = 7,
   kPanelRemarks = 9,
   kPanelTrace = 10,
-  kPanelCount = 15,
+  kPanelPrint = 15,
+  kPanelPrintForm = 16,
+  kPanelCount = 17,
 };
 
 // A whole result for a new form, as other kinds of form give it too.
@@ -317,6 +319,11 @@ class Graph1Form final : public Form,
   void OpenInterpolate(const SideBoxCommand& box);
   void OpenFourierTransform(const SideBoxCommand& box);
   void OpenTrigTransform(const SideBoxCommand& box);
+  // The form print dialog, and a numeric field read for it.
+  void OpenPrintForm(const SideBoxCommand& box);
+  double ReadPrintValue(const std::string& text, bool& failed);
+  // A button of the form print dialog; the dialog closes after it.
+  void PressPrintFormButton(const std::string& name);
   void OpenSeries(const SideBoxCommand& box);
   void OpenConvolve(const SideBoxCommand& box);
   void OpenFiltering(const SideBoxCommand& box);

@@ -3,6 +3,8 @@
 
 #include "form1d/graph1_form.h"
 #include "kit/quantization_box.h"
+#include "print/form_print.h"
+#include "print/print_graph.h"
 
 namespace keldo::form1d {
 namespace {
@@ -136,7 +138,9 @@ FormLayout MakeLayout() {
                {kPanelWavelet, WaveletPanel()},
                {kPanelQuantization, QuantizationPanel()},
                {kPanelInterpolate, InterpolatePanel()},
-               {kPanelAudio, AudioPanel()}};
+               {kPanelAudio, AudioPanel()},
+               {kPanelPrint, print::PrintGraphPanel()},
+               {kPanelPrintForm, print::PrintFormPanel()}};
   l.bottom = FormulaRow();
   l.captionControl = "GraphCaption";
   l.titleControl = "mnuHelpSideBox";

@@ -126,6 +126,7 @@ void Graph2Form::BuildControls() {
   BuildTransformControls();
   BuildAnalysisControls();
   AddSaveOptionsControls(controls_);
+  BuildPrintControls();
   // The pictures: selectors of the large view, captions and axis labels.
   controls_.Add("FrGraphs", ControlKind::Label, "Graphs").visible = false;
   for (int k = 0; k < kMaxGraphs; ++k)
@@ -169,6 +170,9 @@ std::span<const SideBoxRow<Graph2Form>> Graph2Form::SideBoxTable() {
        &G::PerformAnalysis},
       {{"mnuHistogram", "", "Histogram", kPanelHistogram, 10}, &G::OpenHistogram, &G::PerformHistogram},
       {{"mnuSaveOptions", "", "Options for saving images", kPanelSaveOptions, -1}, &G::OpenSaveOptionsBox, nullptr},
+      {{"mnuPrintGraph", "", "Print graph", kPanelPrint, -1}, &G::OpenPrintGraph, nullptr},
+      {{"mnuPrintGraphs", "", "Print graph", kPanelPrint, -1}, &G::OpenPrintGraph, nullptr},
+      {{"mnuPrintForm", "", "Print form", kPanelPrintForm, -1}, &G::OpenPrintForm, nullptr},
       {{"mnuRemarks", "Rem", "Remarks", kPanelRemarks, -1}, nullptr, nullptr},
       {{"mnuCalculator", "Calc", "Calculator", kPanelCalculator, 9}, nullptr, &G::PerformCalculation},
       {{"mnuTrace", "", "Trace", kPanelTrace, -1}, &G::OpenTrace, nullptr},
@@ -262,6 +266,10 @@ void Graph2Form::BindCommands() {
     ShowPanel(kPanelWavelet);
   });
   OnButton("cmdCancel", [this](int) {
+    if (VisiblePanel() == kPanelPrintForm) {
+      PressPrintFormButton("cmdCancel");
+      return;
+    }
     if (VisiblePanel() == kPanelSaveOptions) {
       CancelSaveOptions(controls_, context_.settings());
       ClearSideBox();
@@ -270,6 +278,7 @@ void Graph2Form::BindCommands() {
     ShowPanel(kPanelWavelet);
   });
   OnButton("cmdGraph", [this](int index) { formulaBox_.Press(index); });
+  BindPrintCommands();
   const std::pair<const char*, std::pair<int, int>> moves[8] = {
       {"cmdMoveLeft", {-1, 0}},  {"cmdMoveOnceLeft", {-1, 0}}, {"cmdMoveOnceRight", {1, 0}}, {"cmdMoveRight", {1, 0}},
       {"cmdMoveDown", {0, -1}},  {"cmdMoveOnceDown", {0, -1}}, {"cmdMoveOnceUp", {0, 1}},    {"cmdMoveUp", {0, 1}}};

@@ -58,7 +58,9 @@ enum SideBoxPanel : int {
   kPanelAnalysis = 12,   // norms, integral, scalar product
   kPanelHistogram = 13,
   kPanelSaveOptions = 14,
-  kPanelCount = 15,
+  kPanelPrint = 15,      // the print box PrnParameters
+  kPanelPrintForm = 16,  // the form print dialog
+  kPanelCount = 17,
 };
 
 // File types of the data and image dialogs: the filter index plus 1, the
@@ -292,6 +294,18 @@ class Graph2Form final : public Form, public ImageReceiver, private formula::For
   void OpenImageCommand(const SideBoxCommand& box);
   void OpenHistogram(const SideBoxCommand& box);
   void OpenSaveOptionsBox(const SideBoxCommand& box);
+  // Printing: the print box for graph PopUpGraph, the form print dialog,
+  // the picture that shows a graph, and the saved graph image.
+  void BuildPrintControls();
+  void BindPrintCommands();
+  void OpenPrintGraph(const SideBoxCommand& box);
+  void OpenPrintForm(const SideBoxCommand& box);
+  int PictureOfGraph(int g) const;
+  int PrintedPicture();
+  void PressPrintButton(int index);
+  void PressPrintFormButton(const std::string& name);
+  void SaveGraphImageToFile();
+  bool SavePrintGraphImageToFile(const std::string& path, const std::string& title);
   // A new form of this side for a result, with this form's view settings.
   Graph2Form* FormOfSide(int points);
   void BuildTransformControls();

@@ -8,6 +8,7 @@
 #include "formula/eval.h"
 #include "kit/form_context.h"
 #include "platform/dialogs.h"
+#include "print/form_print.h"
 #include "platform/event_loop.h"
 #include "platform/services.h"
 #include "wavefile/wave_control.h"
@@ -52,7 +53,21 @@ void TimeFreqForm::BindCommonCommands(const char* helpItem, const char* helpFile
     context_.GetHelp(file, caption.size() > 9 ? caption.substr(9) : "");  // after "Help for "
   });
   OnButton("cmdFormula", [this](int index) { formulaBox_.Press(index); });
+  // Print, from the menu and the pop-up: the form as a picture on its own
+  // sheet, through the print layout every form shares.
+  for (const char* item : {"mnuPrint", "mnuPrintPopUp"})
+    OnMenu(item, [this](int) { PrintFormPage(); });
   controls_.SetEnabled("mnuSave", false);
+}
+
+void TimeFreqForm::PrintFormPage() {
+  print::PrintTheForm(*this, "PE", [this](const std::string& text, bool& failed) {
+    std::string copy = text;
+    const double value = compiler_.VALU(copy);
+    failed = copy == formula::kValueFailure;
+    if (failed) formula_.valueFault = 0;
+    return value;
+  });
 }
 
 bool TimeFreqForm::LoadFormFile(const std::string& path, const std::string& title,

@@ -113,6 +113,8 @@ class TimeFreqForm : public Form, protected formula::FormulaHost {
   void ListThreshold(const std::string& text);
   void ShowReport();
   void CopyTheSignal();
+  // Prints the whole form on a sheet of its own.
+  void PrintFormPage();
   // The signal's picture in row `row` of the form, on the time scale of
   // [a, b], and its drawing as dots or lines with the time axis.
   Picture SignalPicture(int row) const;
