@@ -35,6 +35,8 @@ constexpr const char* kDenoiseTips[kDenoiseBoxes] = {
 constexpr double kDeepNoise = 25.6;
 // The side of the picture below which the default descent is 4 rather than 5.
 constexpr int kSmallPicture = 101;
+// The Daubechies orders of the panel, 4 to 20.
+constexpr double kLeastDaubOrder = 4, kLargestDaubOrder = 20;
 // The most halvings the second stage refines over.
 constexpr int kMostDescents = 30;
 
@@ -71,15 +73,21 @@ bool Graph2Form::IsDenoiseStop(int k) const { return k == 5 && denoising_; }
 
 void Graph2Form::TheAutoThresholdValue(int g, const wavelet::WaveletChoice& choice, double& threshold,
                                        double& sigma) {
-  // One level on a work copy; the levels box reads "1" meanwhile.
+  // One level of Daubechies of the panel's order on a work copy (the
+  // chosen wavelet when that order is not one); the levels box reads "1"
+  // meanwhile.
+  wavelet::WaveletChoice daubechies = choice;
+  bool failed = false;
+  const double order = Value(controls_.Text("DaubOrder"), failed);
+  if (!failed && order >= kLeastDaubOrder && order <= kLargestDaubOrder && std::fmod(order, 2.0) == 0.0)
+    daubechies = {1, static_cast<int>(order) / 2 - 1, false};
   const std::string levelsText = controls_.Text("wavlevels");
   controls_.SetText("wavlevels", "1");
   std::vector<float> x = CopyOfGraph(g);
   const wavelet::MatrixView view{x.data(), Stride()};
-  wavelet::Transform2D(choice, false, n_, view, 1);
+  wavelet::Transform2D(daubechies, false, n_, view, 1);
   controls_.SetText("wavlevels", levelsText);
   sigma = wavelet::DiagonalBandSigma(n_, view);
-  bool failed = false;
   const double descents = Value(controls_.Text("txtDescents"), failed);
   threshold = wavelet::AutoDenoiseThreshold(sigma, n_, !failed && descents == 0 ? 0 : 1,
                                             controls_[DenoiseBoxName(kAverage)].value != 0,
