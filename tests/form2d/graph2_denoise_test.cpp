@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 #include <random>
 #include <string>
 #include <vector>
@@ -155,6 +156,22 @@ TEST(DenoiseImage, ANewGridSizeDuringTheRunFilesNoResult) {
   EXPECT_FALSE(f.Denoising());
   for (int g = 0; g < f.NumGraphsPlotted(); ++g) EXPECT_NE(f.GraphRight(g) - f.GraphLeft(g), 0.0f);
   EXPECT_LE(f.NumGraphsPlotted(), 1);
+}
+
+TEST(DenoiseImage, InfiniteAndNanSamplesNeitherHangNorCrash) {
+  TestFrame t;
+  Graph2Form& f = NewForm(t, 64);
+  std::vector<float> v(65 * 65, 100.0f);
+  v[10 * 65 + 20] = std::numeric_limits<float>::infinity();
+  v[40 * 65 + 3] = std::numeric_limits<float>::quiet_NaN();
+  ASSERT_NE(f.DisplayFunction(64, v.data(), 65, 0.0f, 64.0f, 1.0f), nullptr);
+  OpenDenoise(f);
+  ASSERT_TRUE(f.Go());
+  f.controls()["chkDenoise(1)"].value = 1;
+  f.controls()["chkDenoise(4)"].value = 1;
+  ASSERT_TRUE(f.Go());
+  EXPECT_FALSE(f.Denoising());
+  EXPECT_GE(f.NumGraphsPlotted(), 1);
 }
 
 TEST(DenoiseImage, AConstantImageHasSigmaOneAndItsThresholdAndDefaults) {
