@@ -415,8 +415,7 @@ void ImageProcessorForm::CompressCommand() {
     return;
   }
   if (code > 1 || (bpp == 0.0 && code != 1)) {
-    // Rate 0 is the lossless coder, with the arithmetic option only; the
-    // denoising coders are not offered here yet.
+    // Rate 0 is the lossless coder, with the arithmetic option only.
     AddReport("Lossless encoding not available for this option.");
     return;
   }
@@ -459,8 +458,13 @@ void ImageProcessorForm::DecompressCommand() {
   double bpp = 0.0;
   if (!ReadBitRate(bpp)) return;
   const wavelet::AswdrCoder coder = Coder();
-  // Rate 0 with the arithmetic option reads the lossless coder's file.
+  // Rate 0 with the arithmetic option reads the lossless coder's file; with
+  // any other option there is no such file.
   const bool lossless = bpp == 0.0 && controls_.Find("OpEntropyCode(1)")->value != 0;
+  if (bpp == 0.0 && !lossless) {
+    AddReport("Lossless encoding not available for this option.");
+    return;
+  }
   // Options 2 and 3 read the denoising coders' files.
   const std::optional<wavelet::AswdrCoder> denoiser = DenoiseCoderChosen();
   const char* denoiserExtension = denoiser == wavelet::AswdrCoder::Binary ? "bcd" : "acd";

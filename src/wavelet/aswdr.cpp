@@ -471,8 +471,8 @@ std::vector<std::uint8_t> WriteAwgHead(const AswdrHead& head) {
 std::optional<AswdrHead> ReadAwgHead(const std::vector<std::uint8_t>& file) {
   if (file.size() < kAwgHeadSize) return std::nullopt;
   // The same fields with a zero budget in front.
-  std::vector<std::uint8_t> head(4, 0);
-  head.insert(head.end(), file.begin(), file.begin() + static_cast<std::ptrdiff_t>(kAwgHeadSize));
+  std::vector<std::uint8_t> head(kAswdrHeadSize, 0);
+  std::copy_n(file.begin(), kAwgHeadSize, head.begin() + 4);
   return ReadAswdrHead(head);
 }
 

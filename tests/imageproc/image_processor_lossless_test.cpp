@@ -120,6 +120,13 @@ TEST(ImageProcessorLossless, OtherOptionsAtRateZeroShowTheirMessageAndWriteNothi
     EXPECT_NE(p.Report().find("Lossless encoding not available for this option."), std::string::npos) << option;
     EXPECT_EQ(p.t.platform.fileDialog.Requests().size(), dialogs);
     EXPECT_EQ(f.controls().Text("LabCommand"), "Compress");
+    // Decompression by the same table: no file to ask for.
+    f.RunMenu("mnuDecompress");
+    const std::string before = p.Report();
+    f.Click("cmdBegin");
+    EXPECT_EQ(p.Report(), before + "Lossless encoding not available for this option.\r\n") << option;
+    EXPECT_EQ(p.t.platform.fileDialog.Requests().size(), dialogs);
+    EXPECT_TRUE(f.Reconstruction().Empty());
   }
 }
 

@@ -84,7 +84,7 @@ struct Processor {
     Load(pgm);
   }
   void Load(const std::vector<std::uint8_t>& pgm) {
-    const std::filesystem::path path = std::filesystem::temp_directory_path() / "keldo-median-test.pgm";
+    const std::filesystem::path path = testing::UniqueTempPath("keldo-median-test.pgm");
     {
       std::ofstream out(path, std::ios::binary);
       out.write(reinterpret_cast<const char*>(pgm.data()), static_cast<std::streamsize>(pgm.size()));

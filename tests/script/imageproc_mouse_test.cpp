@@ -3,6 +3,7 @@
 // form's own drag takes them.
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -32,7 +33,7 @@ struct Script {
 
 // A picture of 48 bytes a row (y) and 32 rows (x): value 4x + y.
 std::string WritePicture() {
-  const std::filesystem::path path = std::filesystem::temp_directory_path() / "keldo-mouse-script.pgm";
+  const std::filesystem::path path = std::filesystem::temp_directory_path() / ("keldo-mouse-script-" + std::to_string(::getpid()) + ".pgm");
   std::ofstream out(path, std::ios::binary);
   out << "P5\n48 32\n255\n";
   for (int x = 0; x < 32; ++x)

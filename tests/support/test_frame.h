@@ -29,4 +29,12 @@ struct TestFrame {
   }
 };
 
+// A path in the temporary folder that no other test process uses at the
+// same time: the stem with the process number before its extension.
+inline std::filesystem::path UniqueTempPath(const std::string& name) {
+  const std::filesystem::path base(name);
+  return std::filesystem::temp_directory_path() /
+         (base.stem().string() + "-" + std::to_string(::getpid()) + base.extension().string());
+}
+
 }  // namespace keldo::testing

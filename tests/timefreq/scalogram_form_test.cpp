@@ -355,7 +355,7 @@ TEST(ScalogramForm, SavingAndLoadingReproducesAThresholdedScalogramThroughTheLis
   s.ControlChanged("OpMag(1)");
   ASSERT_TRUE(s.controls().SetFromUser("OpView(1)", "1"));
   s.ControlChanged("OpView(1)");
-  const std::string path = (std::filesystem::temp_directory_path() / "keldo_scalogram_test.scg").string();
+  const std::string path = (testing::UniqueTempPath("keldo_scalogram_test.scg")).string();
   t.platform.fileDialog.QueueAnswer(path);
   s.RunMenu("mnuSaveAs");
   ASSERT_TRUE(std::filesystem::exists(path));
