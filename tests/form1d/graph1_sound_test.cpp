@@ -3,6 +3,7 @@
 // the sample arrays, buffer files, and long files for the sound editor.
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cmath>
 #include <filesystem>
@@ -64,7 +65,7 @@ TEST(WaveLoading, SixteenBitShortStereoAndNonsense) {
   EXPECT_EQ(g.GraphValues(0)[8], 0.0);  // 20 - 12 = 8 samples
   auto& h = NewForm(t, 64);
   EXPECT_FALSE(h.LoadDataFile(kWaves + "stereo16.wav", "stereo16.wav"));
-  const std::string nonsense = std::filesystem::temp_directory_path() / "keldo-nonsense.wav";
+  const std::string nonsense = std::filesystem::temp_directory_path() / ("keldo-nonsense-" + std::to_string(::getpid()) + ".wav");
   std::ofstream(nonsense) << "not a wave file";
   EXPECT_FALSE(h.LoadDataFile(nonsense, "x.wav"));
   EXPECT_EQ(t.lines, (std::vector<std::string>{"message 43: KELDO cannot load stereo sound files.",
@@ -168,7 +169,7 @@ TEST(SavingSound, EightAndSixteenBitFilesReadBack) {
   TestFrame t;
   auto& f = NewForm(t, 64);
   Plot(f, "300*sin(2*pi*x)+x", "1");
-  const std::string folder = std::filesystem::temp_directory_path() / "keldo-saved-sound";
+  const std::string folder = std::filesystem::temp_directory_path() / ("keldo-saved-sound-" + std::to_string(::getpid()));
   std::filesystem::create_directories(folder);
   f.controls().SetText("TxtSound(1)", "8000");
   f.controls().SetText("TxtSound(2)", "0.5");

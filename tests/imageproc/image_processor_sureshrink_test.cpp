@@ -3,6 +3,7 @@
 // and the command without a picture.
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
@@ -40,7 +41,7 @@ std::string NoisyPgm() {
   for (int r = 0; r < kSide; ++r)
     for (int c = 0; c < kSide; ++c)
       bytes.push_back(static_cast<char>(std::clamp(static_cast<int>(std::lround(Clean(r, c) + noise(g))), 0, 255)));
-  const std::filesystem::path path = std::filesystem::temp_directory_path() / "keldo_sureshrink_noisy.pgm";
+  const std::filesystem::path path = std::filesystem::temp_directory_path() / ("keldo_sureshrink_noisy-" + std::to_string(::getpid()) + ".pgm");
   std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   return path.string();
 }

@@ -3,6 +3,7 @@
 // user guide's example does.
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -55,7 +56,7 @@ TEST(ScriptDenoise, TheTwoDimensionalDenoiseFilesItsResultAsANewGraph) {
 }
 
 TEST(ScriptDenoise, SureShrinkFillsTheRightImage) {
-  const std::filesystem::path path = std::filesystem::temp_directory_path() / "keldo-sureshrink-script.pgm";
+  const std::filesystem::path path = std::filesystem::temp_directory_path() / ("keldo-sureshrink-script-" + std::to_string(::getpid()) + ".pgm");
   {
     std::ofstream out(path, std::ios::binary);
     out << "P5\n64 64\n255\n";

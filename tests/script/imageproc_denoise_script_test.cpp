@@ -3,6 +3,7 @@
 // read back by a script.
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cmath>
 #include <filesystem>
@@ -34,7 +35,7 @@ struct Script {
 // 64 by 64: a flat 100 with a square of 180, and a checked pattern of +-20
 // over all of it, which the finest diagonal band holds alone.
 std::string WriteNoisyPicture() {
-  const std::filesystem::path path = std::filesystem::temp_directory_path() / "keldo-denoise-script.pgm";
+  const std::filesystem::path path = std::filesystem::temp_directory_path() / ("keldo-denoise-script-" + std::to_string(::getpid()) + ".pgm");
   std::ofstream out(path, std::ios::binary);
   out << "P5\n64 64\n255\n";
   for (int x = 0; x < 64; ++x)
@@ -65,7 +66,7 @@ TEST(ScriptImageProcessor, TawsRunsFromItsMenuAndTheDumpShowsTheResult) {
 
 TEST(ScriptImageProcessor, ABcdFileIsCodedAndReadBack) {
   const std::string path = WriteNoisyPicture();
-  const std::string coded = (std::filesystem::temp_directory_path() / "keldo-denoise-script.bcd").string();
+  const std::string coded = (std::filesystem::temp_directory_path() / ("keldo-denoise-script-" + std::to_string(::getpid()) + ".bcd")).string();
   Script r;
   const int status = r("new imageproc\nfile \"" + path +
                        "\"\nmenu mnuGetImage\nmenu mnuCompress\nset OpEntropyCode(2) 1\nset txtBitRate 1\n"
