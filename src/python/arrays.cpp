@@ -1,0 +1,125 @@
+#include "python/arrays.h"
+
+#include <algorithm>
+#include <cctype>
+#include <climits>
+#include <cmath>
+
+#include "app/catalogue.h"
+
+namespace keldo::python {
+namespace {
+
+py::array AsArray(const py::handle& object, const char* name) {
+  py::array a = py::array::ensure(object);
+  if (!a) throw py::type_error(std::string(name) + " must be an array of numbers");
+  return a;
+}
+
+// The dtype kinds that hold plain numbers: bool, signed, unsigned, float.
+bool IsRealKind(char kind) { return kind == 'b' || kind == 'i' || kind == 'u' || kind == 'f'; }
+
+void CheckFinite(const double* values, std::size_t count, const char* name) {
+  for (std::size_t i = 0; i < count; ++i)
+    if (!std::isfinite(values[i])) throw py::value_error(std::string(name) + " must hold finite values");
+}
+
+}  // namespace
+
+void ThrowCatalogue(int number) {
+  throw py::value_error("message " + std::to_string(number) + ": " + CatalogueMessage(number));
+}
+
+void ThrowValue(const std::string& text) { throw py::value_error(text); }
+
+bool IsComplexArray(const py::handle& object) {
+  py::array a = py::array::ensure(object);
+  return a && a.dtype().kind() == 'c';
+}
+
+std::vector<double> RealVector(const py::handle& object, const char* name) {
+  py::array a = AsArray(object, name);
+  const char kind = a.dtype().kind();
+  if (kind == 'c') throw py::type_error(std::string(name) + " must be real, not complex");
+  if (!IsRealKind(kind)) throw py::type_error(std::string(name) + " must be an array of numbers");
+  if (a.ndim() != 1) throw py::value_error(std::string(name) + " must be one-dimensional");
+  auto d = py::array_t<double, py::array::c_style | py::array::forcecast>::ensure(a);
+  std::vector<double> v(d.data(), d.data() + d.size());
+  CheckFinite(v.data(), v.size(), name);
+  return v;
+}
+
+std::vector<std::complex<double>> ComplexVector(const py::handle& object, const char* name) {
+  py::array a = AsArray(object, name);
+  const char kind = a.dtype().kind();
+  if (kind != 'c' && !IsRealKind(kind)) throw py::type_error(std::string(name) + " must be an array of numbers");
+  if (a.ndim() != 1) throw py::value_error(std::string(name) + " must be one-dimensional");
+  auto d = py::array_t<std::complex<double>, py::array::c_style | py::array::forcecast>::ensure(a);
+  std::vector<std::complex<double>> v(d.data(), d.data() + d.size());
+  for (const auto& z : v)
+    if (!std::isfinite(z.real()) || !std::isfinite(z.imag()))
+      throw py::value_error(std::string(name) + " must hold finite values");
+  return v;
+}
+
+RealMatrix RealMatrixOf(const py::handle& object, const char* name) {
+  py::array a = AsArray(object, name);
+  const char kind = a.dtype().kind();
+  if (kind == 'c') throw py::type_error(std::string(name) + " must be real, not complex");
+  if (!IsRealKind(kind)) throw py::type_error(std::string(name) + " must be an array of numbers");
+  if (a.ndim() != 2) throw py::value_error(std::string(name) + " must be two-dimensional");
+  if (a.shape(0) < 1 || a.shape(1) < 1 || a.shape(0) > kLargestSide2D || a.shape(1) > kLargestSide2D)
+    throw py::value_error(std::string(name) + " must have sides from 1 to " + std::to_string(kLargestSide2D));
+  auto d = py::array_t<double, py::array::c_style | py::array::forcecast>::ensure(a);
+  RealMatrix m;
+  m.rows = static_cast<int>(a.shape(0));
+  m.columns = static_cast<int>(a.shape(1));
+  m.v.assign(d.data(), d.data() + d.size());
+  CheckFinite(m.v.data(), m.v.size(), name);
+  return m;
+}
+
+int IntOf(const py::handle& object, const char* name) {
+  if (!py::isinstance<py::int_>(object)) throw py::type_error(std::string(name) + " must be an integer");
+  int overflow = 0;
+  const long long v = PyLong_AsLongLongAndOverflow(object.ptr(), &overflow);
+  if (overflow != 0 || v < INT_MIN || v > INT_MAX) throw py::value_error(std::string(name) + " is out of range");
+  return static_cast<int>(v);
+}
+
+int PowerOfTwoExponent(std::size_t n, int low, int high, const char* name) {
+  for (int m = low; m <= high; ++m)
+    if (n == (std::size_t{1} << m)) return m;
+  throw py::value_error(std::string(name) + " must have a power of two from 2^" + std::to_string(low) + " to 2^" +
+                        std::to_string(high) + " values, not " + std::to_string(n));
+}
+
+py::array_t<double> ToArray(const double* values, std::size_t count) {
+  py::array_t<double> out(static_cast<py::ssize_t>(count));
+  std::copy(values, values + count, out.mutable_data());
+  return out;
+}
+
+py::array_t<double> ToArray(const std::vector<double>& values) { return ToArray(values.data(), values.size()); }
+
+py::array_t<double> ToMatrix(const double* values, int rows, int columns) {
+  py::array_t<double> out({static_cast<py::ssize_t>(rows), static_cast<py::ssize_t>(columns)});
+  std::copy(values, values + static_cast<std::size_t>(rows) * static_cast<std::size_t>(columns), out.mutable_data());
+  return out;
+}
+
+py::array_t<std::complex<double>> ToComplexArray(const double* re, const double* im, std::size_t count) {
+  py::array_t<std::complex<double>> out(static_cast<py::ssize_t>(count));
+  std::complex<double>* z = out.mutable_data();
+  for (std::size_t i = 0; i < count; ++i) z[i] = {re[i], im ? im[i] : 0.0};
+  return out;
+}
+
+std::string Folded(const std::string& text) {
+  std::string out;
+  for (unsigned char c : text)
+    if (std::isalnum(c)) out += static_cast<char>(std::tolower(c));
+  return out;
+}
+
+}  // namespace keldo::python
