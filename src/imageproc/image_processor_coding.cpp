@@ -7,6 +7,7 @@
 
 #include "common/number_text.h"
 #include "imageproc/image_processor_form.h"
+#include "kit/focus.h"
 #include "kit/form_context.h"
 #include "wavelet/aswdr_region.h"
 
@@ -42,6 +43,7 @@ std::optional<double> ImageProcessorForm::ReadRegionShare() {
   if (p >= 0.0 && p <= kLargestShare) return p;
   const double taken = p < 0.0 ? kLeastShare : kLargestShare;
   controls_.SetText("txtROIPercent", PlainNumber(taken));
+  RequestFocus(controls_, "txtROIPercent");
   return taken;
 }
 

@@ -10,6 +10,7 @@
 #include "common/file_io.h"
 #include "common/number_text.h"
 #include "imageproc/image_processor_form.h"
+#include "kit/focus.h"
 #include "kit/form_context.h"
 #include "platform/services.h"
 #include "wavelet/aswdr_denoise.h"
@@ -61,8 +62,10 @@ bool ImageProcessorForm::ReadDepthAndDescent(const char* depthBox, const char* d
 wavelet::NoiseThreshold ImageProcessorForm::AutoThresholdValue(const wavelet::ImagePlane& transform, int levels,
                                                                bool setDepthBox) {
   const wavelet::NoiseThreshold noise = wavelet::AutoThresholdValue(transform, levels);
-  if (setDepthBox && controls_["chkAutoThreshold"].value != 0)
+  if (setDepthBox && controls_["chkAutoThreshold"].value != 0) {
     controls_.SetText("txtDepth2", std::to_string(noise.depth));
+    RequestFocus(controls_, "txtDepth2");
+  }
   return noise;
 }
 

@@ -9,6 +9,7 @@
 #include <QVBoxLayout>
 #include <utility>
 
+#include "kit/focus.h"
 #include "qt/panel_builder.h"
 #include "qt/plot_widget.h"
 
@@ -19,7 +20,8 @@ QString Q(const std::string& s) { return QString::fromStdString(s); }
 
 }  // namespace
 
-FormView::FormView(Form& form, QWidget* parent) : QWidget(parent), form_(form) {
+FormView::FormView(Form& form, QWidget* parent)
+    : QWidget(parent), form_(form), focusSeen_(FocusRequests(std::as_const(form).controls())) {
   builder_ = std::make_unique<PanelBuilder>(
       form_, PanelBuilder::Actions{[this](const std::string& name) { Press(name); }, [this] { PressGo(); },
                                    [this] { Sync(); }, this});
@@ -124,6 +126,15 @@ void FormView::Sync() {
   setWindowTitle(Q(form_.Caption()));
   const ControlModel& model = form_.controls();
   builder_->Show(model);
+  // A new focus request: the box it names takes the keyboard, its text
+  // selected for typing over.
+  if (const int requests = FocusRequests(model); requests != focusSeen_) {
+    focusSeen_ = requests;
+    if (QWidget* widget = builder_->WidgetOf(FocusRequested(model))) {
+      widget->setFocus(Qt::OtherFocusReason);
+      if (auto* line = qobject_cast<QLineEdit*>(widget)) line->selectAll();
+    }
+  }
   if (side_) {
     bool open = false;
     for (auto& [number, panel] : panels_) {

@@ -49,6 +49,8 @@ class FormView final : public QWidget {
   QGroupBox* side_ = nullptr;
   std::vector<std::pair<int, QWidget*>> panels_;
   unsigned long long shown_ = ~0ull;
+  // The form's focus requests already carried out (kit/focus.h).
+  int focusSeen_ = 0;
 };
 
 }  // namespace keldo::qt

@@ -7,6 +7,7 @@
 #include "common/number_text.h"
 #include "common/text.h"
 #include "formula/formula_text.h"
+#include "kit/focus.h"
 #include "kit/form_context.h"
 #include "kit/menu_table.h"
 #include "platform/event_loop.h"
@@ -212,6 +213,9 @@ bool ScalogramForm::ReadSetup(wavelet::ScalogramSetup& setup) {
       wavelet::CheckScalogramParameters(octaves, voices, width, freq, setup.wavelet);
   if (problem.message != 0) {
     context_.ShowError(problem.message);
+    // The offending box takes the focus: octaves, voices, width, frequency.
+    if (problem.field != wavelet::ScalogramField::None)
+      RequestFocus(controls_, kFieldNames[static_cast<int>(problem.field) - 1]);
     return false;
   }
   setup.octaves = octaves;

@@ -8,6 +8,7 @@
 #include "common/number_text.h"
 #include "formula/eval.h"
 #include "formula/formula_text.h"
+#include "kit/focus.h"
 #include "kit/form_context.h"
 #include "kit/form_file.h"
 #include "kit/menu_table.h"
@@ -185,11 +186,13 @@ bool SpectrogramForm::Compute(bool keepList) {
   const int winlen = CheckWindowLength();
   if (winlen < 0) {
     context_.ShowError(56);
+    RequestFocus(controls_, "SpSetting(0)");
     return false;
   }
   int step = 0;
   if (!WholeNumber(compiler_.VALU(controls_.Text("SpSetting(1)")), step) || step < 1 || step > winlen) {
     context_.ShowError(57);
+    RequestFocus(controls_, "SpSetting(1)");
     return false;
   }
   const fourier::SpectrogramShape shape = fourier::SpectrogramShape::Of(n_, winlen, step);
@@ -369,6 +372,7 @@ void SpectrogramForm::ThresholdSpectrogram() {
   const double value = compiler_.VALU(text);
   if (!(value >= 0)) {
     context_.ShowError(64);
+    RequestFocus(controls_, "txtThreshold");
     return;
   }
   fourier::ThresholdSpectrum(spectrum_, value);

@@ -1,5 +1,6 @@
 // The frame's window and a 1-D form's window, on Qt's offscreen platform.
 #include <QAction>
+#include <QApplication>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenu>
@@ -16,6 +17,7 @@
 #include "app/frame.h"
 #include "form1d/graph1_form.h"
 #include "imageproc/image_processor_form.h"
+#include "kit/focus.h"
 #include "kit/typed_forms.h"
 #include "qt/form_view.h"
 #include "qt/main_window.h"
@@ -280,6 +282,37 @@ class FrameWindowTest : public QObject {
     QTest::mouseClick(plot, Qt::LeftButton, {}, QPoint(left + 40, top + 40));
     QVERIFY(!form.Region().has_value());
     QCOMPARE(CountColour(plot->grab().toImage(), band), 0);
+  }
+
+  // A form's focus request moves the keyboard to the box it names, its
+  // text selected, once: a box clicked afterwards keeps the focus.
+  void focusRequestsMoveTheKeyboard() {
+    keldo::qt::QtPlatform platform(KELDO_SOURCE_DIR "/docs");
+    keldo::Frame frame(platform.services(), KELDO_SOURCE_DIR);
+    keldo::InstallFormKinds(frame);
+    int code = 0;
+    auto& form = *keldo::NewFormOf<keldo::imageproc::ImageProcessorForm>(frame, code);
+    keldo::qt::FormView view(form);
+    view.resize(1000, 700);
+    view.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&view));
+    view.activateWindow();
+    QApplication::setActiveWindow(&view);
+    auto* rate = view.findChild<QLineEdit*>("txtBitRate");
+    auto* levels = view.findChild<QLineEdit*>("txtLevels");
+    QVERIFY(rate);
+    QVERIFY(levels);
+    keldo::RequestFocus(form.controls(), "txtBitRate");
+    view.Sync();
+    QTRY_VERIFY(rate->hasFocus());
+    QCOMPARE(rate->selectedText(), rate->text());
+    levels->setFocus();
+    form.controls().SetText("txtLevels", "4");
+    view.Sync();
+    QVERIFY(levels->hasFocus());
+    keldo::RequestFocus(form.controls(), "txtBitRate");
+    view.Sync();
+    QTRY_VERIFY(rate->hasFocus());
   }
 
   // A bitmap or a JPEG cut short is refused, not read in part: the plugins

@@ -15,6 +15,7 @@
 #include "common/file_io.h"
 #include "imageproc/image_processor_form.h"
 #include "imageproc/processor_image.h"
+#include "kit/focus.h"
 #include "kit/typed_forms.h"
 #include "test_frame.h"
 #include "wavelet/aswdr_denoise_coder.h"
@@ -88,6 +89,7 @@ TEST(ImageProcessorTaws, ComputeLowersTheNoiseAndTheEstimateSetsTheDepth) {
   EXPECT_TRUE(t.lines.empty());
   // Sigma near 16, above 12.8: the estimate writes depth 2.
   EXPECT_EQ(f.controls().Text("txtDepth2"), "2");
+  EXPECT_EQ(FocusRequested(f.controls()), "txtDepth2");
   EXPECT_LT(ErrorAgainstClean(f.Reconstruction().bytes), 0.5 * ErrorAgainstClean(f.Image().bytes));
   EXPECT_NE(f.controls().Text("Report").find("Threshold = "), std::string::npos);
 }

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "imageproc/image_processor_form.h"
+#include "kit/focus.h"
 #include "kit/typed_forms.h"
 #include "platform/headless/raster_surface.h"
 #include "test_frame.h"
@@ -142,6 +143,7 @@ TEST(ImageProcessorLossless, AShareBelowZeroReadsAs001AndAboveAs099) {
   const std::string path = TempPath("keldo_roi_share.awe");
   p.Compress(path);
   EXPECT_EQ(f.controls().Text("txtROIPercent"), "0.01");
+  EXPECT_EQ(FocusRequested(f.controls()), "txtROIPercent");
   EXPECT_FALSE(f.RegionMask().empty());
   f.RunMenu("mnuCompress");
   f.controls().SetText("txtROIPercent", "7");

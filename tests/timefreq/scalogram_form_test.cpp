@@ -14,6 +14,7 @@
 #include "common/number_text.h"
 #include "form1d/graph1_form.h"
 #include "fourier/percussion.h"
+#include "kit/focus.h"
 #include "kit/typed_forms.h"
 #include "form1d_driver.h"
 #include "test_frame.h"
@@ -111,22 +112,24 @@ TEST(ScalogramForm, TheFieldsAreCheckedInOrderWithTheirMessages) {
     const char *o, *v, *w, *freq;
     int wavelet;
     const char* line;
+    const char* focus;
   };
   const Case cases[] = {
-      {"0", "1", "1", "1", 1, "message 58: Number of octaves must be at least 1."},
-      {"257", "1", "1", "1", 1, "message 59: Number of octaves must be no more than 256."},
-      {"2", "0", "-1", "1", 1, "message 60: Number of voices must be at least 1."},
-      {"256", "2", "1", "1", 1, "message 61: Too many voices."},
-      {"16", "17", "1", "1", 3, "message 61: Too many voices."},
-      {"2", "2", "0", "0", 3, "message 62: Width must be positive."},
-      {"2", "2", "1", "0", 3, "message 63: Freq. must be positive."},
-      {"2", "2", "1", "-1", 5, "message 63: Freq. must be positive."},
-      {"x+", "2", "1", "1", 1, "message 58: Number of octaves must be at least 1."},
+      {"0", "1", "1", "1", 1, "message 58: Number of octaves must be at least 1.", "txtScalogram(0)"},
+      {"257", "1", "1", "1", 1, "message 59: Number of octaves must be no more than 256.", "txtScalogram(0)"},
+      {"2", "0", "-1", "1", 1, "message 60: Number of voices must be at least 1.", "txtScalogram(1)"},
+      {"256", "2", "1", "1", 1, "message 61: Too many voices.", "txtScalogram(1)"},
+      {"16", "17", "1", "1", 3, "message 61: Too many voices.", "txtScalogram(1)"},
+      {"2", "2", "0", "0", 3, "message 62: Width must be positive.", "txtScalogram(2)"},
+      {"2", "2", "1", "0", 3, "message 63: Freq. must be positive.", "txtScalogram(3)"},
+      {"2", "2", "1", "-1", 5, "message 63: Freq. must be positive.", "txtScalogram(3)"},
+      {"x+", "2", "1", "1", 1, "message 58: Number of octaves must be at least 1.", "txtScalogram(0)"},
   };
   for (const Case& c : cases) {
     t.lines.clear();
     EXPECT_FALSE(Compute(s, c.o, c.v, c.w, c.freq, c.wavelet)) << c.line;
     EXPECT_EQ(t.lines, std::vector<std::string>{c.line});
+    EXPECT_EQ(FocusRequested(s.controls()), c.focus) << c.line;
   }
   // 256 octaves of one voice is allowed; the frequency is not read by the
   // Mexican hat and the Haar wavelet.

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "form1d/graph1_form.h"
+#include "kit/focus.h"
 #include "kit/typed_forms.h"
 #include "form1d_driver.h"
 #include "test_frame.h"
@@ -72,6 +73,7 @@ TEST(SpectrogramForm, WindowLengthsAndStepsAreChecked) {
     s.controls().SetText("SpSetting(1)", "8");
     s.Go();
     EXPECT_EQ(t.lines, std::vector<std::string>{"message 56: Incorrect window length."}) << bad;
+    EXPECT_EQ(FocusRequested(s.controls()), "SpSetting(0)");
   }
   for (const char* bad : {"0", "129", "-4"}) {
     t.lines.clear();
@@ -79,6 +81,7 @@ TEST(SpectrogramForm, WindowLengthsAndStepsAreChecked) {
     s.controls().SetText("SpSetting(1)", bad);
     s.Go();
     EXPECT_EQ(t.lines, std::vector<std::string>{"message 57: Incorrect step size."}) << bad;
+    EXPECT_EQ(FocusRequested(s.controls()), "SpSetting(1)");
   }
   EXPECT_FALSE(s.Present());
   // At 64 points no length is accepted.
@@ -118,6 +121,7 @@ TEST(SpectrogramForm, ThresholdsAreListedAndNegativeOnesRefused) {
   s.controls().SetText("txtThreshold", "-1");
   s.Go();
   EXPECT_EQ(t.lines, std::vector<std::string>{"message 64: Threshold must be non-negative."});
+  EXPECT_EQ(FocusRequested(s.controls()), "txtThreshold");
   EXPECT_EQ(s.Modifications().All(), std::vector<std::string>{"B"});
   s.controls().SetText("txtThreshold", "2");
   s.Go();
