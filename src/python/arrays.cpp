@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <climits>
+#include <limits>
 #include <cmath>
 
 #include "app/catalogue.h"
@@ -19,9 +20,12 @@ py::array AsArray(const py::handle& object, const char* name) {
 // The dtype kinds that hold plain numbers: bool, signed, unsigned, float.
 bool IsRealKind(char kind) { return kind == 'b' || kind == 'i' || kind == 'u' || kind == 'f'; }
 
+// One pass with no early exit, so that the compiler can take the values
+// several at a time: a NaN fails the comparison, an infinity exceeds it.
 void CheckFinite(const double* values, std::size_t count, const char* name) {
-  for (std::size_t i = 0; i < count; ++i)
-    if (!std::isfinite(values[i])) throw py::value_error(std::string(name) + " must hold finite values");
+  bool finite = true;
+  for (std::size_t i = 0; i < count; ++i) finite &= std::fabs(values[i]) <= std::numeric_limits<double>::max();
+  if (!finite) throw py::value_error(std::string(name) + " must hold finite values");
 }
 
 }  // namespace
@@ -37,15 +41,47 @@ bool IsComplexArray(const py::handle& object) {
   return a && a.dtype().kind() == 'c';
 }
 
-std::vector<double> RealVector(const py::handle& object, const char* name) {
+std::vector<double> RealVector(const py::handle& object, const char* name, std::size_t spare) {
   py::array a = AsArray(object, name);
   const char kind = a.dtype().kind();
   if (kind == 'c') throw py::type_error(std::string(name) + " must be real, not complex");
   if (!IsRealKind(kind)) throw py::type_error(std::string(name) + " must be an array of numbers");
   if (a.ndim() != 1) throw py::value_error(std::string(name) + " must be one-dimensional");
   auto d = py::array_t<double, py::array::c_style | py::array::forcecast>::ensure(a);
-  std::vector<double> v(d.data(), d.data() + d.size());
+  std::vector<double> v;
+  v.reserve(static_cast<std::size_t>(d.size()) + spare);
+  v.assign(d.data(), d.data() + d.size());
   CheckFinite(v.data(), v.size(), name);
+  return v;
+}
+
+std::vector<float> FloatMatrixOf(const py::handle& object, const char* name, int& rows, int& columns) {
+  py::array a = AsArray(object, name);
+  const char kind = a.dtype().kind();
+  if (kind == 'c') throw py::type_error(std::string(name) + " must be real, not complex");
+  if (!IsRealKind(kind)) throw py::type_error(std::string(name) + " must be an array of numbers");
+  if (a.ndim() != 2) throw py::value_error(std::string(name) + " must be two-dimensional");
+  if (a.shape(0) < 1 || a.shape(1) < 1 || a.shape(0) > kLargestSide2D || a.shape(1) > kLargestSide2D)
+    throw py::value_error(std::string(name) + " must have sides from 1 to " + std::to_string(kLargestSide2D));
+  rows = static_cast<int>(a.shape(0));
+  columns = static_cast<int>(a.shape(1));
+  std::vector<float> v;
+  bool finite = true;
+  const auto take = [&](const auto* p, std::size_t count) {
+    v.resize(count);
+    for (std::size_t i = 0; i < count; ++i) {
+      v[i] = static_cast<float>(p[i]);
+      finite = finite && std::isfinite(v[i]);
+    }
+  };
+  if (kind == 'f' && a.itemsize() == 4) {
+    auto f = py::array_t<float, py::array::c_style | py::array::forcecast>::ensure(a);
+    take(f.data(), static_cast<std::size_t>(f.size()));
+  } else {
+    auto d = py::array_t<double, py::array::c_style | py::array::forcecast>::ensure(a);
+    take(d.data(), static_cast<std::size_t>(d.size()));
+  }
+  if (!finite) throw py::value_error(std::string(name) + " must hold finite values in single precision");
   return v;
 }
 
@@ -101,6 +137,12 @@ py::array_t<double> ToArray(const double* values, std::size_t count) {
 }
 
 py::array_t<double> ToArray(const std::vector<double>& values) { return ToArray(values.data(), values.size()); }
+
+py::array_t<double> ToArray(std::vector<double>&& values, std::size_t count) {
+  auto* owner = new std::vector<double>(std::move(values));
+  py::capsule release(owner, [](void* p) { delete static_cast<std::vector<double>*>(p); });
+  return py::array_t<double>(static_cast<py::ssize_t>(count), owner->data(), release);
+}
 
 py::array_t<double> ToMatrix(const double* values, int rows, int columns) {
   py::array_t<double> out({static_cast<py::ssize_t>(rows), static_cast<py::ssize_t>(columns)});

@@ -37,11 +37,16 @@ struct RealMatrix {
 // A one-dimensional array of real numbers (bool, integer or floating
 // point), every value finite. TypeError for complex or non-numeric data,
 // ValueError for another number of dimensions or a non-finite value.
-std::vector<double> RealVector(const py::handle& object, const char* name);
+// `spare` values of room are kept after the data, so that a kernel's work
+// array of n + spare needs no second copy.
+std::vector<double> RealVector(const py::handle& object, const char* name, std::size_t spare = 0);
 // The same for complex data (real data is taken with zero imaginary parts).
 std::vector<std::complex<double>> ComplexVector(const py::handle& object, const char* name);
 // A two-dimensional real array.
 RealMatrix RealMatrixOf(const py::handle& object, const char* name);
+// The same read straight into single precision, row-major, for the
+// routines that compute in floats; rows and columns set from the shape.
+std::vector<float> FloatMatrixOf(const py::handle& object, const char* name, int& rows, int& columns);
 // True when the array's values are complex.
 bool IsComplexArray(const py::handle& object);
 
@@ -55,6 +60,8 @@ int PowerOfTwoExponent(std::size_t n, int low, int high, const char* name);
 // Fresh numpy arrays holding copies of the values.
 py::array_t<double> ToArray(const double* values, std::size_t count);
 py::array_t<double> ToArray(const std::vector<double>& values);
+// The first `count` values of a vector handed over to numpy without a copy.
+py::array_t<double> ToArray(std::vector<double>&& values, std::size_t count);
 py::array_t<double> ToMatrix(const double* values, int rows, int columns);
 py::array_t<std::complex<double>> ToComplexArray(const double* re, const double* im, std::size_t count);
 

@@ -24,7 +24,7 @@ struct Signal {
 
 Signal SignalOf(const py::handle& object, const char* name) {
   Signal s;
-  s.x = RealVector(object, name);
+  s.x = RealVector(object, name, 5);
   const std::size_t size = s.x.size();
   const bool power = size >= 2 && (size & (size - 1)) == 0;
   s.graph = !power;
@@ -35,8 +35,9 @@ Signal SignalOf(const py::handle& object, const char* name) {
   return s;
 }
 
-py::array_t<double> SignalOut(const Signal& s) {
-  return ToArray(s.x.data(), static_cast<std::size_t>(s.n) + (s.graph ? 1 : 0));
+py::array_t<double> SignalOut(Signal& s) {
+  const std::size_t count = static_cast<std::size_t>(s.n) + (s.graph ? 1 : 0);
+  return ToArray(std::move(s.x), count);
 }
 
 py::array_t<double> Transform1D(const py::object& data, const py::object& code, int levels, bool packet,
@@ -142,26 +143,28 @@ py::array_t<double> MedianCommand(const py::object& data, bool adaptive) {
 
 py::array_t<double> Transform2DCommand(const py::object& data, const py::object& code, int levels, bool packet,
                                        bool inverse, const std::string& family, bool symmetric) {
-  const RealMatrix a = RealMatrixOf(data, inverse ? "c" : "a");
-  if (a.rows != a.columns) ThrowValue("the matrix must be square");
-  const bool power = (a.rows & (a.rows - 1)) == 0;
-  const int m = PowerOfTwoExponent(static_cast<std::size_t>(power ? a.rows : a.rows - 1), 1, 12, "the matrix's side");
+  int rows = 0, columns = 0;
+  const std::vector<float> a = FloatMatrixOf(data, inverse ? "c" : "a", rows, columns);
+  if (rows != columns) ThrowValue("the matrix must be square");
+  const bool power = (rows & (rows - 1)) == 0;
+  const int m = PowerOfTwoExponent(static_cast<std::size_t>(power ? rows : rows - 1), 1, 12, "the matrix's side");
   const int n = 1 << m;
   const wavelet::WaveletChoice choice = WaveletChoiceOf(code, family, symmetric, m, levels);
   const std::size_t stride = static_cast<std::size_t>(n) + 1;
   std::vector<float> v(stride * stride, 0.0f);
-  for (int r = 0; r < a.rows; ++r)
-    for (int c = 0; c < a.columns; ++c) v[static_cast<std::size_t>(r) * stride + static_cast<std::size_t>(c)] = static_cast<float>(a.At(r, c));
+  for (int r = 0; r < rows; ++r)
+    std::copy(a.begin() + static_cast<std::ptrdiff_t>(r) * columns, a.begin() + static_cast<std::ptrdiff_t>(r + 1) * columns,
+              v.begin() + static_cast<std::ptrdiff_t>(static_cast<std::size_t>(r) * stride));
   {
     py::gil_scoped_release release;
     const wavelet::MatrixView view{v.data(), stride};
     if (inverse) wavelet::InverseTransform2D(choice, packet, n, view, levels);
     else wavelet::Transform2D(choice, packet, n, view, levels);
   }
-  py::array_t<double> out({static_cast<py::ssize_t>(a.rows), static_cast<py::ssize_t>(a.columns)});
+  py::array_t<double> out({static_cast<py::ssize_t>(rows), static_cast<py::ssize_t>(columns)});
   double* o = out.mutable_data();
-  for (int r = 0; r < a.rows; ++r)
-    for (int c = 0; c < a.columns; ++c) *o++ = v[static_cast<std::size_t>(r) * stride + static_cast<std::size_t>(c)];
+  for (int r = 0; r < rows; ++r)
+    for (int c = 0; c < columns; ++c) *o++ = v[static_cast<std::size_t>(r) * stride + static_cast<std::size_t>(c)];
   return out;
 }
 
@@ -183,12 +186,11 @@ int ImageWaveletIndex(const py::handle& wavelet) {
 }
 
 wavelet::ImagePlane ImagePlaneOf(const py::handle& image, const char* name, int levels, int index) {
-  const RealMatrix a = RealMatrixOf(image, name);
-  if (levels < 1 || levels > wavelet::LevelLimit(a.columns, a.rows, index)) ThrowCatalogue(21);
-  if (a.columns % (1 << levels) != 0 || a.rows % (1 << levels) != 0)
+  wavelet::ImagePlane plane;
+  plane.v = FloatMatrixOf(image, name, plane.height, plane.width);
+  if (levels < 1 || levels > wavelet::LevelLimit(plane.width, plane.height, index)) ThrowCatalogue(21);
+  if (plane.width % (1 << levels) != 0 || plane.height % (1 << levels) != 0)
     ThrowValue(std::string(name) + "'s sides must be multiples of 2^levels");
-  wavelet::ImagePlane plane(a.columns, a.rows);
-  for (std::size_t i = 0; i < a.v.size(); ++i) plane.v[i] = static_cast<float>(a.v[i]);
   return plane;
 }
 
