@@ -39,6 +39,10 @@ fi
 if [[ -x "$build/bench/bench_scalogram" ]] && /usr/bin/python3 -c "import pywt" 2> /dev/null; then
   /usr/bin/python3 "$root/bench/pywt_cwt_yardstick.py" "$tmp/pywt_cwt_yardstick.json"
 fi
+# The Python module against PyWavelets, when the module and python3-pywt are there.
+if [[ -d "$build/python" ]] && PYTHONPATH="$build/python" /usr/bin/python3 -c "import keldo, pywt" 2> /dev/null; then
+  PYTHONPATH="$build/python" /usr/bin/python3 "$root/bench/python/module_bench.py" "$tmp/python_module.json"
+fi
 # OpenJPEG on the codec cases, when the photographs and libopenjp2-tools are there.
 if [[ -n "${KELDO_CODEC_IMAGES:-}" ]] && command -v opj_compress > /dev/null && command -v opj_decompress > /dev/null; then
   /usr/bin/python3 "$root/bench/openjpeg_yardstick.py" "$KELDO_CODEC_IMAGES" "$tmp/openjpeg_yardstick.json"
