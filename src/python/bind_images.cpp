@@ -10,6 +10,7 @@
 #include "python/arrays.h"
 #include "python/bindings.h"
 #include "wavelet/aswdr.h"
+#include "wavelet/aswdr_denoise.h"
 #include "wavelet/image_denoise.h"
 #include "wavelet/wdr_files.h"
 
@@ -182,6 +183,43 @@ py::tuple SureShrinkCommand(const py::object& image, int levels, const py::objec
   return py::make_tuple(PlaneToArray(plane), r.sigma, thresholds);
 }
 
+py::tuple TawsCommand(const py::object& image, int levels, const py::object& wavelet, const py::object& threshold,
+                      int depth, double descent, bool shrink) {
+  const int index = ImageWaveletIndex(wavelet);
+  const wavelet::ImagePlane picture = ImagePlaneOf(image, "image", levels, index);
+  if (picture.width < 4 || picture.height < 4) ThrowValue("image must be at least 4 by 4");
+  double t = 0.0;
+  if (!threshold.is_none()) {
+    if (!py::isinstance<py::float_>(threshold) && !py::isinstance<py::int_>(threshold))
+      throw py::type_error("threshold must be a number or None");
+    t = threshold.cast<double>();
+    if (!std::isfinite(t)) ThrowCatalogue(10);
+    if (t <= 0.0) ThrowCatalogue(11);
+    if (depth < 1 || depth > levels) ThrowValue("depth must be from 1 to levels");
+  }
+  if (!std::isfinite(descent) || !(descent > 0)) ThrowValue("descent must be positive");
+  wavelet::TawsOptions options;
+  options.levels = levels;
+  options.depth = depth;
+  options.descent = descent;
+  options.shrink = shrink;
+  wavelet::ImagePlane denoised;
+  {
+    py::gil_scoped_release release;
+    if (threshold.is_none()) {
+      // The estimate from the picture's own transform, and the depth it advises.
+      wavelet::ImagePlane transform = picture;
+      wavelet::TransformTheImage(transform, levels, index);
+      const wavelet::NoiseThreshold noise = wavelet::AutoThresholdValue(transform, levels);
+      t = noise.threshold;
+      options.depth = std::min(noise.depth, levels);
+    }
+    denoised = wavelet::DenoisePictureTAWS(picture, index, t, options);
+  }
+  if (denoised.v.empty()) ThrowValue("the picture cannot be denoised with these levels");
+  return py::make_tuple(PlaneToArray(denoised), t);
+}
+
 py::object MedianImageCommand(const py::object& image, bool adaptive) {
   const RealMatrix a = RealMatrixOf(image, "image");
   const analysis::MedianRule rule = adaptive ? analysis::MedianRule::Adaptive : analysis::MedianRule::Plain;
@@ -234,6 +272,18 @@ thresholded at the threshold of least Stein unbiased risk (or the universal
 sqrt(2 ln n) sigma for a sparse band), sigma the median |c| of the finest
 diagonal band over 0.6745; hard or soft; then the inverse. Returns
 (image, sigma, thresholds) with three thresholds a level, finest first.)");
+  m.def("taws_denoise", &TawsCommand, py::arg("image"), py::arg("levels"), py::arg("wavelet") = "Daub 9/7",
+        py::arg("threshold") = py::none(), py::arg("depth") = 1, py::arg("descent") = 2.0, py::arg("shrink") = false,
+        R"(The image processor's Denoise-TAWS: image_transform, detail values
+below Low = threshold / descent cleared, then the adaptive coder's
+significance and refinement passes run in memory down to Low with a
+tree-based scan whose weights keep a value isolated across the finest
+`depth` levels insignificant (noise leaves such values, edges make families
+across levels), five refinement rounds, soft shrinkage by Low when asked,
+the last half-step offset, and the inverse. threshold None takes the
+estimate sigma sqrt(4 ln max(W, H)), sigma the median |c| of the finest
+diagonal band over 0.6745, and the depth it advises. Returns (image,
+threshold); the form shows the image rounded to grey levels.)");
   m.def("median_filter_image", &MedianImageCommand, py::arg("image"), py::arg("adaptive") = false,
         R"(The median windows of images and two-dimensional graphs: the 3 by 3
 median inside, the three values along an edge, the mean of the middle two of

@@ -70,6 +70,7 @@ def calls(rng):
         lambda: keldo.aswdr_encode(a, 0.5, l), lambda: keldo.aswdr_decode(bytes(a.tobytes())),
         lambda: keldo.wdr_encode(a, l, 0.5), lambda: keldo.wdr_decode(bytes(a.tobytes())),
         lambda: keldo.sureshrink_denoise(a, l), lambda: keldo.median_filter_image(a),
+        lambda: keldo.taws_denoise(a, l), lambda: keldo.taws_denoise(a, l, threshold=float(k), depth=k),
         lambda: keldo.evaluate(s, a),
     ]
 

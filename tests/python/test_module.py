@@ -322,6 +322,18 @@ class ImageCoders(unittest.TestCase):
         self.assertGreater(sigma, 0)
         self.assertLess(np.mean((denoised - clean) ** 2), 0.5 * np.mean((noisy - clean) ** 2))
 
+    def test_taws_removes_noise(self):
+        i = np.arange(128)[:, None]
+        j = np.arange(128)[None, :]
+        clean = 100.0 + 80 * (np.sin(i / 10.0) > 0) + 40 * (j > 64)
+        noisy = clean + 15 * RNG.standard_normal(clean.shape)
+        denoised, threshold = keldo.taws_denoise(noisy, 4)
+        self.assertGreater(threshold, 0)
+        self.assertLess(np.mean((denoised - clean) ** 2), 0.5 * np.mean((noisy - clean) ** 2))
+        # A threshold given is the one used.
+        _, given = keldo.taws_denoise(noisy, 4, threshold=30.0, depth=2)
+        self.assertEqual(given, 30.0)
+
     def test_median_matches_scipy_inside(self):
         img = RNG.integers(0, 256, (40, 50)).astype(np.uint8)
         ours = keldo.median_filter_image(img)
