@@ -5,11 +5,10 @@
 
 #include "kit/form_context.h"
 #include "kit/measuring_box.h"
+#include "kit/print_box.h"
 #include "kit/quantization_box.h"
 #include "common/number_text.h"
 #include "form1d/graph1_form.h"
-#include "print/form_print.h"
-#include "print/print_graph.h"
 
 namespace keldo::form1d {
 namespace {
@@ -68,8 +67,8 @@ void Graph1Form::BuildSideBoxControls() {
   }
   for (int k = 0; k < 7; ++k) AddButton(controls_, IndexedName("cmdMove", k), kMoveCaptions[k], kMoveTips[k]);
   // The print box, whose settings a form file keeps, and the form print dialog.
-  print::AddPrintGraphControls(controls_);
-  print::AddPrintFormControls(controls_);
+  AddPrintGraphControls(controls_);
+  AddPrintFormControls(controls_);
 }
 
 void Graph1Form::BindCommands() {
@@ -174,8 +173,8 @@ std::span<const SideBoxRow<Graph1Form>> Graph1Form::SideBoxTable() {
       {{"mnuWindow2", "", "Display style", kPanelDisplayStyle, 8}, &G::OpenDisplayStyle, &G::ResetDisplay},
       {{"mnuDisplayStyle", "", "Display style", kPanelDisplayStyle, 8}, &G::OpenDisplayStyle, &G::ResetDisplay},
       {{"mnuTrace", "", "Trace", kPanelTrace, -1}, &G::OpenTrace, nullptr},
-      {{"mnuPrintGraph", print::kPrintGraphKey, print::kPrintGraphTopic, kPanelPrint, -1}, nullptr, nullptr},
-      {{"mnuPrintGraphs", print::kPrintGraphKey, print::kPrintGraphTopic, kPanelPrint, -1}, nullptr, nullptr},
+      {{"mnuPrintGraph", kPrintGraphKey, kPrintGraphTopic, kPanelPrint, -1}, nullptr, nullptr},
+      {{"mnuPrintGraphs", kPrintGraphKey, kPrintGraphTopic, kPanelPrint, -1}, nullptr, nullptr},
       {{"mnuPrintForm", "", "Print form", kPanelPrintForm, -1}, &G::OpenPrintForm, nullptr},
   };
   return kRows;
@@ -193,7 +192,7 @@ void Graph1Form::BindButtons() {
     if (VisiblePanel() == kPanelPrintForm) PressPrintFormButton("cmdCancel");
     else ShowPanel(kPanelWavelet);
   });
-  OnButton("cmdPrnt", [this](int index) { print::PressPrintButton(*this, 0, index); });
+  OnButton("cmdPrnt", [this](int index) { Printing().PressPrintButton(*this, 0, index, kGraphPrintBox); });
   for (const char* name : {"cmdPrint", "cmdPrintAndEject", "cmdEject"})
     OnButton(name, [this, name](int) { PressPrintFormButton(name); });
   OnButton("cmdFormula", [this](int index) { formulaBox_.Press(index); });

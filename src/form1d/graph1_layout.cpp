@@ -2,9 +2,8 @@
 // a view draws them: fixed captions here, everything else from the controls.
 
 #include "form1d/graph1_form.h"
+#include "kit/print_box.h"
 #include "kit/quantization_box.h"
-#include "print/form_print.h"
-#include "print/print_graph.h"
 
 namespace keldo::form1d {
 namespace {
@@ -139,8 +138,8 @@ FormLayout MakeLayout() {
                {kPanelQuantization, QuantizationPanel()},
                {kPanelInterpolate, InterpolatePanel()},
                {kPanelAudio, AudioPanel()},
-               {kPanelPrint, print::PrintGraphPanel()},
-               {kPanelPrintForm, print::PrintFormPanel()}};
+               {kPanelPrint, PrintGraphPanel()},
+               {kPanelPrintForm, PrintFormPanel()}};
   l.bottom = FormulaRow();
   l.captionControl = "GraphCaption";
   l.titleControl = "mnuHelpSideBox";

@@ -1,13 +1,13 @@
-// Printing from the one-dimensional form: the "Print Graph" box (its
-// controls, panel and buttons come from the print library) and the form
-// print dialog.
+// Printing from the one-dimensional form: the "Print Graph" box and the
+// form print dialog, whose controls and panels are the kit's and whose
+// commands the print library runs.
 
 #include "form1d/graph1_form.h"
-#include "print/form_print.h"
+#include "kit/print_box.h"
 
 namespace keldo::form1d {
 
-void Graph1Form::OpenPrintForm(const SideBoxCommand&) { print::OpenPrintForm(*this); }
+void Graph1Form::OpenPrintForm(const SideBoxCommand&) { keldo::OpenPrintForm(*this); }
 
 double Graph1Form::ReadPrintValue(const std::string& text, bool& failed) {
   std::string copy = text;
@@ -20,7 +20,7 @@ double Graph1Form::ReadPrintValue(const std::string& text, bool& failed) {
 void Graph1Form::PressPrintFormButton(const std::string& name) {
   if (VisiblePanel() != kPanelPrintForm) return;
   ClearSideBox();
-  print::PressPrintFormButton(*this, name, [this](const std::string& text, bool& failed) {
+  Printing().PressPrintFormButton(*this, name, [this](const std::string& text, bool& failed) {
     return ReadPrintValue(text, failed);
   });
 }

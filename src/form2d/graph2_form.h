@@ -127,6 +127,9 @@ class Graph2Form final : public Form, public ImageReceiver, private formula::For
   char ViewSize() const { return viewSize_; }
   int CurrentGraph() const { return currentGraph_; }
   int PopUpGraph() const { return popUpGraph_; }
+  // The graph of txtPrGraph as printed, to a picture file and its labels
+  // file; false after a message.
+  bool SavePrintGraphImageToFile(const std::string& path, const std::string& title);
 
   // Display.
   void PlotOneGraph(int pointsPlusOne, float left);
@@ -200,6 +203,7 @@ class Graph2Form final : public Form, public ImageReceiver, private formula::For
   void Paint(int picture, platform::Surface& surface) const override;
   bool Mouse(MouseAction action, double x, double y, MouseButton button) override;
   bool PictureMouse(int picture, MouseAction action, double x, double y, MouseButton button) override;
+  bool ScriptPoint(int picture, double x, double y, double& scriptX, double& scriptY) const override;
   bool TracksPointer() const override;
   const std::string& CursorText() const override { return cursorText_; }
   const FormLayout& Layout() const override;
@@ -305,7 +309,6 @@ class Graph2Form final : public Form, public ImageReceiver, private formula::For
   void PressPrintButton(int index);
   void PressPrintFormButton(const std::string& name);
   void SaveGraphImageToFile();
-  bool SavePrintGraphImageToFile(const std::string& path, const std::string& title);
   // A new form of this side for a result, with this form's view settings.
   Graph2Form* FormOfSide(int points);
   void BuildTransformControls();

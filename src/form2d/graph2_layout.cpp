@@ -1,8 +1,7 @@
 // The panels of the two-dimensional form's side box and its formula row.
 
 #include "form2d/graph2_form.h"
-#include "print/form_print.h"
-#include "print/print_graph.h"
+#include "kit/print_box.h"
 #include "kit/quantization_box.h"
 #include "kit/save_options_box.h"
 
@@ -81,8 +80,8 @@ FormLayout MakeLayout() {
              Item("GoButton(0)"), Item("GoButton(5)"), Item("WavReport", F::kLabel)})},
       {kPanelQuantization, QuantizationPanel()},
       {kPanelSaveOptions, SaveOptionsPanel()},
-      {kPanelPrint, print::PrintGraphPanel(print::kImagePrintBox, {Rows({Field("Graph:", "txtPrGraph")})})},
-      {kPanelPrintForm, print::PrintFormPanel()},
+      {kPanelPrint, PrintGraphPanel(kImagePrintBox, {Rows({Field("Graph:", "txtPrGraph")})})},
+      {kPanelPrintForm, PrintFormPanel()},
       {kPanelConvolve, Rows({Title("LabConvolve"), Field("Graph1:", "ConvGr1"), Field("Graph2:", "ConvGr2"),
                              Item("ConvChk(0)"), Item("ConvChk(1)"), Item("GoButton(4)")})},
       {kPanelFilter, FilteringPanel()},

@@ -1,22 +1,20 @@
 // Printing from the two-dimensional form: the print box PrnParameters for
-// the graph under the pop-up menu (its layout and buttons come from the
-// print library), the graph image saved with its TeX labels, and the form
-// print dialog.
+// the graph under the pop-up menu, the graph image saved with its TeX
+// labels, and the form print dialog; the kit has their controls and panels,
+// the print library runs their commands.
 
 #include <cmath>
 
 #include "common/number_text.h"
 #include "form2d/graph2_form.h"
-#include "print/form_print.h"
-#include "print/graph_image.h"
-#include "print/print_graph.h"
+#include "kit/print_box.h"
 
 namespace keldo::form2d {
 
 void Graph2Form::BuildPrintControls() {
   controls_.Add("txtPrGraph", ControlKind::Text, "1").tip = "The number of the graph to print.";
-  print::AddPrintGraphControls(controls_, print::kImagePrintBox);
-  print::AddPrintFormControls(controls_);
+  AddPrintGraphControls(controls_, kImagePrintBox);
+  AddPrintFormControls(controls_);
 }
 
 void Graph2Form::BindPrintCommands() {
@@ -33,7 +31,7 @@ void Graph2Form::OpenPrintGraph(const SideBoxCommand&) {
   controls_.SetText("txtPrGraph", std::to_string(g + 1));
 }
 
-void Graph2Form::OpenPrintForm(const SideBoxCommand&) { print::OpenPrintForm(*this); }
+void Graph2Form::OpenPrintForm(const SideBoxCommand&) { keldo::OpenPrintForm(*this); }
 
 int Graph2Form::PictureOfGraph(int g) const {
   if (viewSize_ == 'L') return g == currentGraph_ ? 0 : -1;
@@ -53,31 +51,32 @@ int Graph2Form::PrintedPicture() {
 
 void Graph2Form::PressPrintButton(int index) {
   if (VisiblePanel() != kPanelPrint) return;
-  const auto button = static_cast<print::PrintButton>(index);
-  if (button == print::PrintButton::Eject) {
-    print::PressPrintButton(*this, 0, index, print::kImagePrintBox);
+  const auto button = static_cast<PrintButton>(index);
+  if (button == PrintButton::Eject) {
+    Printing().PressPrintButton(*this, 0, index, kImagePrintBox);
     return;
   }
   const int picture = PrintedPicture();
   if (picture < 0) return;
-  if (button == print::PrintButton::SaveToFile) SaveGraphImageToFile();
-  else print::PressPrintButton(*this, picture, index, print::kImagePrintBox);
+  if (button == PrintButton::SaveToFile) SaveGraphImageToFile();
+  else Printing().PressPrintButton(*this, picture, index, kImagePrintBox);
 }
 
 void Graph2Form::SaveGraphImageToFile() {
   const int picture = PrintedPicture();
-  if (picture >= 0) print::SaveThePrintedGraphToFile(*this, picture);
+  // The box's own Save Printout to File asks for the path.
+  if (picture >= 0) Printing().PressPrintButton(*this, picture, static_cast<int>(PrintButton::SaveToFile), kImagePrintBox);
 }
 
 bool Graph2Form::SavePrintGraphImageToFile(const std::string& path, const std::string& title) {
   const int picture = PrintedPicture();
-  return picture >= 0 && print::SavePrintGraphToFile(*this, picture, path, title);
+  return picture >= 0 && Printing().SavePrintGraphToFile(*this, picture, path, title);
 }
 
 void Graph2Form::PressPrintFormButton(const std::string& name) {
   if (VisiblePanel() != kPanelPrintForm) return;
   ClearSideBox();
-  print::PressPrintFormButton(*this, name, [this](const std::string& text, bool& failed) {
+  Printing().PressPrintFormButton(*this, name, [this](const std::string& text, bool& failed) {
     return Value(text, failed);
   });
 }

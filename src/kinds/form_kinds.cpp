@@ -6,6 +6,7 @@
 #include "form1d/graph1_form.h"
 #include "form2d/graph2_form.h"
 #include "imageproc/image_processor_form.h"
+#include "print/print_calls.h"
 #include "sound/sound_editor_form.h"
 #include "timefreq/scalogram_form.h"
 #include "timefreq/spectrogram_form.h"
@@ -82,6 +83,10 @@ const FormKindInfo kKinds[] = {
 
 std::span<const FormKindInfo> FormKinds() { return kKinds; }
 
-void InstallFormKinds(Frame& frame) { frame.InstallKinds(kKinds); }
+void InstallFormKinds(Frame& frame) {
+  frame.InstallKinds(kKinds);
+  // The forms print through the kit's calls; the print library answers them.
+  InstallPrinting(print::PrintLibrary());
+}
 
 }  // namespace keldo

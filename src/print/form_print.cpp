@@ -59,32 +59,6 @@ bool SavePicture(FormContext& context, const std::string& path, const platform::
 
 }  // namespace
 
-void AddPrintFormControls(ControlModel& controls) {
-  controls.Add("txtFormCaption", ControlKind::Text, "").tip = "Printed under the picture of the form.";
-  controls.Add("TopCorner", ControlKind::Text, "1").tip = "Inches from the top of the page.";
-  controls.Add("LeftCorner", ControlKind::Text, "1").tip = "Inches from the left of the page.";
-  controls.AddOption("OpPrinter", "Send to &Printer", "PrnFormDestination", true);
-  controls.AddOption("OpClipboard", "Copy to &Clipboard", "PrnFormDestination");
-  controls.AddOption("OpFile", "Save to &File", "PrnFormDestination");
-  controls.Add("cmdPrint", ControlKind::Button, "Print").tip = "Prints the form and leaves the page in the printer.";
-  controls.Add("cmdPrintAndEject", ControlKind::Button, "Print and Eject").tip = "Prints the form and ejects the page.";
-  controls.Add("cmdEject", ControlKind::Button, "Eject").tip = "Ejects the page.";
-  controls.Add("cmdCancel", ControlKind::Button, "Cancel").tip = "Closes the box without printing.";
-}
-
-LayoutNode PrintFormPanel() {
-  using namespace layout;
-  return Column({Rows({Field("Caption:", "txtFormCaption"), Field("Inches down:", "TopCorner"),
-                                               Field("Inches left:", "LeftCorner")}),
-                 Group("Destination", Column({Item("OpPrinter"), Item("OpClipboard"), Item("OpFile")})),
-                 Item("cmdPrint"), Item("cmdPrintAndEject"), Item("cmdEject"), Item("cmdCancel"), Stretch()});
-}
-
-void OpenPrintForm(Form& form) {
-  ControlModel& c = form.controls();
-  if (c.Text("txtFormCaption").empty()) c.SetText("txtFormCaption", form.Caption());
-}
-
 platform::RgbImage CaptureForm(Form& form) {
   const std::vector<Picture> pictures = form.Pictures();
   if (pictures.empty()) return {};

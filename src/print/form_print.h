@@ -1,17 +1,12 @@
 #pragma once
-// The form print dialog PrnForm, as a panel of the form it prints: the
-// caption to print under the picture (txtFormCaption), the corner of the
-// picture on the page in inches (TopCorner, LeftCorner), the destination
-// (OpPrinter, OpClipboard, OpFile) and the buttons cmdPrint,
-// cmdPrintAndEject, cmdEject and cmdCancel. The button pressed leaves its
-// result word in the frame's LabPrintForm: "C" cancel, "P" print, "PE"
-// print and eject, "Clipboard", "File".
+// The commands of the form print dialog PrnForm (its controls and panel are
+// the kit's). The button pressed leaves its result word in the frame's
+// LabPrintForm: "C" cancel, "P" print, "PE" print and eject, "Clipboard",
+// "File".
 
-#include <functional>
 #include <string>
 
-#include "kit/controls.h"
-#include "kit/layout.h"
+#include "kit/print_box.h"
 #include "platform/image.h"
 
 namespace keldo {
@@ -19,15 +14,6 @@ class Form;
 }
 
 namespace keldo::print {
-
-// Reads a numeric field as every field of the form is read; sets failed
-// when the text is not a number.
-using ValueReader = std::function<double(const std::string& text, bool& failed)>;
-
-void AddPrintFormControls(ControlModel& controls);
-LayoutNode PrintFormPanel();
-// Fills the dialog as it opens: the form's caption, and the corners kept.
-void OpenPrintForm(Form& form);
 
 // The buttons of the dialog by name; false when `name` is none of them.
 // After any of them the caller closes the panel.

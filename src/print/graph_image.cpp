@@ -34,7 +34,8 @@ platform::RgbImage DrawPrintedPicture(const Form& form, int picture, PaperColour
   platform::RasterSurface raster(kImageWidth, kImageHeight);
   raster.Clear(platform::kWhite);
   SurfaceTarget target(raster);
-  PaperSurface paper(target, {0.0, 0.0, kImageWidth - 1.0, kImageHeight - 1.0}, kImageWidth, kImageHeight, mode);
+  // The window's edges on the centres of the outer pixels.
+  PaperSurface paper(target, {0.5, 0.5, kImageWidth - 0.5, kImageHeight - 0.5}, kImageWidth, kImageHeight, mode);
   form.Paint(picture, paper);
   return raster.Snapshot();
 }

@@ -48,9 +48,9 @@ void PrinterTarget::Picture(double x, double y, double width, double height, con
   printer_.Picture(x, y, width, height, image);
 }
 
+// The scale runs over the pixels' edges: pixel i covers [i, i + 1).
 SurfaceTarget::SurfaceTarget(platform::Surface& surface) : surface_(surface) {
-  surface_.SetScale({0.0, 0.0, static_cast<double>(surface.PixelWidth() - 1),
-                     static_cast<double>(surface.PixelHeight() - 1)});
+  surface_.SetScale({0.0, 0.0, static_cast<double>(surface.PixelWidth()), static_cast<double>(surface.PixelHeight())});
 }
 
 void SurfaceTarget::Line(double x1, double y1, double x2, double y2, platform::Rgb color) {
@@ -61,8 +61,9 @@ void SurfaceTarget::Dot(double x, double y, platform::Rgb color) { surface_.SetP
 
 void SurfaceTarget::Picture(double x, double y, double width, double height, const platform::RgbImage& image) {
   if (image.Empty() || !(width > 0.0) || !(height > 0.0)) return;
-  const int x0 = static_cast<int>(std::lround(x)), y0 = static_cast<int>(std::lround(y));
-  const int w = static_cast<int>(std::lround(width)), h = static_cast<int>(std::lround(height));
+  // Every pixel the rectangle touches.
+  const int x0 = static_cast<int>(std::floor(x)), y0 = static_cast<int>(std::floor(y));
+  const int w = static_cast<int>(std::ceil(x + width)) - x0, h = static_cast<int>(std::ceil(y + height)) - y0;
   for (int j = 0; j < h; ++j)
     for (int i = 0; i < w; ++i)
       surface_.SetPixel(x0 + i, y0 + j,

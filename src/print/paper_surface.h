@@ -38,7 +38,8 @@ class PrinterTarget final : public PaperTarget {
   platform::Printer& printer_;
 };
 
-// A surface in its pixels (its scale is set to them); texts are left out.
+// A surface in its pixels: x from 0 at its left edge to its width at its
+// right edge, and likewise y; texts are left out.
 class SurfaceTarget final : public PaperTarget {
  public:
   explicit SurfaceTarget(platform::Surface& surface);

@@ -20,12 +20,6 @@ constexpr double kLargeOffset = 60.0 / 1440.0;
 // The size the form is told it paints at: a printer's dots per inch.
 constexpr double kPaintDotsPerInch = 300.0;
 
-const char* const kButtonCaptions[4] = {"Print", "Print and Eject", "Eject", "Save Printout to File"};
-const char* const kButtonTips[4] = {
-    "Prints the graph and leaves the page in the printer, for more graphs on the same sheet.",
-    "Prints the graph and ejects the page.", "Ejects the page.",
-    "Saves the graph as printed to a .bmp file, with its axis labels in a TeX file."};
-
 // An approximate text width in inches, for centring: Helvetica's mean
 // advance is about half an em.
 double TextWidth(const std::string& text, double points) { return 0.5 * points / 72.0 * static_cast<double>(text.size()); }
@@ -66,40 +60,6 @@ std::string CaptionOf(const Form& form, const Picture& p) {
 }
 
 }  // namespace
-
-void AddPrintGraphControls(ControlModel& controls, const PrintBoxNames& names) {
-  Control& specs = controls.Add(names.position, ControlKind::List, PrinterPositionList().front());
-  specs.items = PrinterPositionList();
-  specs.value = 0;
-  specs.tip = "Where the graph goes on the page, and its size.";
-  if (*names.captionCheck)
-    controls.Add(names.captionCheck, ControlKind::Check, *names.lowerCheck ? "Caption" : "Print marker label").value = 1;
-  if (*names.lowerCheck) controls.Add(names.lowerCheck, ControlKind::Check, "Lower Labels").value = 1;
-  if (*names.rightCheck) controls.Add(names.rightCheck, ControlKind::Check, "Right labels").value = 1;
-  if (*names.colourOption) {
-    controls.AddOption(names.colourOption, "Color", "MonoOrColor", true);
-    controls.AddOption(names.monoOption, "Monochrome ", "MonoOrColor");
-  }
-  for (int k = 0; k < 4; ++k)
-    controls.Add(IndexedName(names.buttons, k), ControlKind::Button, kButtonCaptions[k]).tip = kButtonTips[k];
-  controls.Add("LabPrinting", ControlKind::Label, "");
-}
-
-LayoutNode PrintGraphPanel(const PrintBoxNames& names, std::vector<LayoutNode> extra) {
-  using namespace layout;
-  std::vector<LayoutNode> items;
-  for (LayoutNode& node : extra) items.push_back(std::move(node));
-  items.push_back(Item(names.position));
-  std::vector<LayoutNode> checks;
-  for (const char* name : {names.captionCheck, names.lowerCheck, names.rightCheck})
-    if (*name) checks.push_back(Item(name));
-  if (!checks.empty()) items.push_back(Group("Labels", Column(std::move(checks))));
-  if (*names.colourOption) items.push_back(Group("Colors", Column({Item(names.colourOption), Item(names.monoOption)})));
-  for (int k = 0; k < 4; ++k) items.push_back(Item(IndexedName(names.buttons, k)));
-  items.push_back(Item("LabPrinting"));
-  items.push_back(Stretch());
-  return Column(std::move(items));
-}
 
 PrintWindow WindowOf(const Form& form, int picture) {
   const std::vector<Picture> pictures = form.Pictures();

@@ -48,16 +48,6 @@ std::optional<Margins> MarginsOf(const std::string& p, double dx, double dy, dou
 
 }  // namespace
 
-const std::vector<std::string>& PrinterPositionList() {
-  static const std::vector<std::string> kList = {
-      "(A), Medium, top, left",    "(B), Medium, top, right",    "(a), Small, top, left",
-      "(b), Small, top, right",    "(c), Small, center, left",   "(d), Small, center, right",
-      "Small, top, center",        "(C), Medium, center, left",  "(D), Medium, center, right",
-      "Medium, center, center",    "Large, center, center",      "(1) Large, top, center",
-      "(2) Large, bottom, center", "1: Large, top, left",        "2: Large, top, right"};
-  return kList;
-}
-
 std::optional<PrinterRectangle> SetPrinterScale(const std::string& position, const PrintWindow& w,
                                                 double pageAspect) {
   const double dx = w.right - w.left, dy = w.top - w.bottom;

@@ -29,10 +29,6 @@ struct PrinterRectangle {
 // The position offered only by a saved form that holds it.
 inline constexpr const char* kSavedFormPosition = "(AA), Big, top, right";
 
-// The positions the print box offers, in the order of its list (every
-// position but kSavedFormPosition).
-const std::vector<std::string>& PrinterPositionList();
-
 // The printer rectangle of a position for a window, on a page whose width
 // over height is `pageAspect` (r = 1.2 and r2 = 1.5 times it). Nothing for a
 // text that names no position, or for an empty window.

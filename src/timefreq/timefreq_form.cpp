@@ -7,8 +7,8 @@
 #include "common/number_text.h"
 #include "formula/eval.h"
 #include "kit/form_context.h"
+#include "kit/print_box.h"
 #include "platform/dialogs.h"
-#include "print/form_print.h"
 #include "platform/event_loop.h"
 #include "platform/services.h"
 #include "wavefile/wave_control.h"
@@ -61,7 +61,7 @@ void TimeFreqForm::BindCommonCommands(const char* helpItem, const char* helpFile
 }
 
 void TimeFreqForm::PrintFormPage() {
-  print::PrintTheForm(*this, "PE", [this](const std::string& text, bool& failed) {
+  Printing().PrintTheForm(*this, "PE", [this](const std::string& text, bool& failed) {
     std::string copy = text;
     const double value = compiler_.VALU(copy);
     failed = copy == formula::kValueFailure;

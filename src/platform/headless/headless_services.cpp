@@ -247,6 +247,7 @@ HeadlessPrinter::~HeadlessPrinter() = default;
 
 bool HeadlessPrinter::Begin(const std::string& documentName) {
   if (!available_) return false;
+  if (open_) return true;  // the document that is open goes on
   open_ = true;
   pdf_ = std::make_unique<PdfDocument>(page_);
   items_.push_back({"page", documentName, 0, 0, 0, 0});
