@@ -15,7 +15,19 @@ import keldo
 ACCEPTED = (TypeError, ValueError)
 
 
+def plausible_array(rng):
+    """An array most routines accept: float64, a power of two (or one more)
+    along each side, values of a moderate size, sometimes grey levels."""
+    side = 2 ** int(rng.integers(3, 11)) + int(rng.integers(0, 2))
+    if rng.random() < 0.5:
+        return rng.standard_normal(side) * 10.0 ** rng.integers(-2, 3)
+    side = 2 ** int(rng.integers(3, 8)) + (1 if rng.random() < 0.2 else 0)
+    return np.round(rng.uniform(0, 255, (side, side)))
+
+
 def random_array(rng):
+    if rng.random() < 0.5:
+        return plausible_array(rng)
     ndim = rng.choice([0, 1, 1, 1, 2, 2, 3])
     if ndim == 0:
         shape = ()
@@ -39,6 +51,8 @@ def random_array(rng):
 
 
 def random_scalar(rng):
+    if rng.random() < 0.5:
+        return int(rng.integers(1, 6))
     return rng.choice([-1000, -2, -1, 0, 1, 1, 2, 2, 3, 3, 4, 5, 8, 9, 10, 101, 110, 111, 1000, 2 ** 40]).item()
 
 
