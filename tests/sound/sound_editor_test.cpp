@@ -143,6 +143,29 @@ TEST(SoundEditor, OpensSixteenBitFile) {
   EXPECT_DOUBLE_EQ(graphs[0].h, 9.0 / 8000);
 }
 
+TEST(SoundEditor, OpenAudioFileAsksForAWaveFile) {
+  TestFrame t;
+  SoundEditorForm& e = NewEditor(t);
+  t.platform.fileDialog.QueueAnswer(std::nullopt);
+  ASSERT_TRUE(e.RunMenu("mnuOpen"));  // cancelled: nothing happens
+  EXPECT_EQ(e.SampleCount(), 0);
+  EXPECT_TRUE(t.lines.empty());
+  t.platform.fileDialog.QueueAnswer(kWaves + "editor8.wav");
+  ASSERT_TRUE(e.RunMenu("mnuOpen"));
+  EXPECT_EQ(e.SampleCount(), 3000);
+  EXPECT_EQ(e.FileName(), kWaves + "editor8.wav");
+  // A second file replaces the first, lines and clip and all.
+  Mark(e, 10, 250);
+  ASSERT_TRUE(e.RunMenu("mnuClip"));
+  t.platform.fileDialog.QueueAnswer(kWaves + "editor16.wav");
+  ASSERT_TRUE(e.RunMenu("mnuOpen"));
+  EXPECT_EQ(e.SampleCount(), 5000);
+  EXPECT_EQ(e.Lines(), LineState::None);
+  EXPECT_FALSE(e.ClipShown());
+  EXPECT_FALSE(e.controls()["cmdAnalyzer"].enabled);
+  EXPECT_EQ(e.Graphs().size(), 1u);
+}
+
 TEST(SoundEditor, OpensEightBitFileAsBytes) {
   TestFrame t;
   SoundEditorForm& e = OpenEditor(t, "editor8.wav");
