@@ -227,3 +227,36 @@ TEST(PdfDocument, TheRecordingPrinterWritesEachDocumentToItsFile) {
 
 }  // namespace
 }  // namespace keldo::testing
+
+namespace keldo::testing {
+namespace {
+
+// The spectrogram prints its whole form, from the File menu and the pop-up,
+// each time on a sheet of its own.
+TEST(PrintTimeFrequency, TheSpectrogramPrintsItsFormOnASheetOfItsOwn) {
+  TestFrame t;
+  auto& f = NewGraphForm(t, 256);
+  Plot(f, "sin(80*pi*x)");
+  f.RunMenu("mnuSpectrogram");
+  f.controls().SetText("TxtGraphStat", "1");
+  ASSERT_TRUE(f.Go());
+  Form& s = *t.frame.OpenForms().back();
+  ASSERT_EQ(s.Kind(), FormKind::Spectrogram);
+  ASSERT_TRUE(s.Go());  // the compute box, as it opened
+  ASSERT_TRUE(s.RunMenu("mnuPrint"));
+  EXPECT_TRUE(t.lines.empty()) << t.lines[0];
+  EXPECT_EQ(t.platform.printer.Documents(), 1);
+  const auto pictures = ItemsOf(t.platform.printer, "picture");
+  ASSERT_EQ(pictures.size(), 1u);
+  EXPECT_DOUBLE_EQ(pictures[0].x1, 1500.0 / 1440);
+  EXPECT_DOUBLE_EQ(pictures[0].y1, 1500.0 / 1440);
+  const auto texts = ItemsOf(t.platform.printer, "text");
+  ASSERT_EQ(texts.size(), 1u);
+  EXPECT_EQ(texts[0].text, s.Caption());
+  ASSERT_TRUE(s.RunMenu("mnuPrintPopUp"));
+  EXPECT_EQ(t.platform.printer.Documents(), 2);
+  EXPECT_FALSE(t.platform.printer.IsOpen());
+}
+
+}  // namespace
+}  // namespace keldo::testing
