@@ -363,6 +363,18 @@ bool Graph2Form::Mouse(MouseAction action, double x, double y, MouseButton butto
   return PictureMouse(viewSize_ == 'L' ? 0 : g, action, ux, uy, button);
 }
 
+bool Graph2Form::ScriptPoint(int picture, double x, double y, double& scriptX, double& scriptY) const {
+  // Mouse's grid step undone: a script reaches only the current graph's
+  // picture (or the one picture of the large view).
+  const int g = std::clamp(currentGraph_, 0, kMaxGraphs - 1);
+  const auto s = static_cast<std::size_t>(g);
+  const double step = store_.h[s];
+  if (picture != (viewSize_ == 'L' ? 0 : g) || !(step != 0.0)) return false;
+  scriptX = (x - store_.a[s]) / step;
+  scriptY = (y - store_.a[s]) / step;
+  return true;
+}
+
 bool Graph2Form::PictureMouse(int picture, MouseAction action, double x, double y, MouseButton button) {
   const bool large = viewSize_ == 'L';
   const int box = large ? popUpGraph_ : picture;

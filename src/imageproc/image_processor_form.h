@@ -110,6 +110,12 @@ class ImageProcessorForm final : public Form, public ImageFileReceiver, private 
   // region of interest, a plain click clears it. The picture's coordinates
   // run across it (y) and down it (x); Mouse, for scripts, takes x and y.
   bool PictureMouse(int picture, MouseAction action, double across, double down, MouseButton button) override;
+  // A script names a point of the left image down first, as Mouse takes it.
+  bool ScriptPoint(int picture, double across, double down, double& scriptX, double& scriptY) const override {
+    scriptX = down;
+    scriptY = across;
+    return picture == 0;
+  }
   bool Mouse(MouseAction action, double x, double y, MouseButton button) override;
   // Moves are wanted while a drag is under way: they draw its band.
   bool TracksPointer() const override;

@@ -102,6 +102,14 @@ class Form {
   virtual bool PictureMouse(int picture, MouseAction action, double x, double y, MouseButton button) {
     return picture == 0 && Mouse(action, x, y, button);
   }
+  // The point a script's `mouse` line names for a point (x, y) of a picture,
+  // the inverse of Mouse's routing; false when Mouse cannot reach that
+  // picture. A form that routes Mouse elsewhere than picture 0 says so here.
+  virtual bool ScriptPoint(int picture, double x, double y, double& scriptX, double& scriptY) const {
+    scriptX = x;
+    scriptY = y;
+    return picture == 0;
+  }
   // Whether moves of the pointer (with no button held) are wanted.
   virtual bool TracksPointer() const { return false; }
   // The read-out beside the pointer, empty for none, and its colour.

@@ -12,6 +12,7 @@
 #include "kit/focus.h"
 #include "qt/panel_builder.h"
 #include "qt/plot_widget.h"
+#include "qt/session_recorder.h"
 
 namespace keldo::qt {
 namespace {
@@ -111,11 +112,13 @@ void FormView::FocusFormulaIfPlotting() {
 void FormView::Press(const std::string& name) {
   const Control* c = std::as_const(form_).controls().Find(name);
   if (!c || !c->enabled) return;
+  const RecordedAction recorded(&form_, "click " + name);
   form_.Click(name);
   Sync();
 }
 
 void FormView::PressGo() {
+  const RecordedAction recorded(&form_, "go");
   form_.Go();
   Sync();
 }

@@ -9,6 +9,7 @@
 
 #include "qt/form_view.h"
 #include "qt/menu_builder.h"
+#include "qt/session_recorder.h"
 
 namespace keldo::qt {
 namespace {
@@ -141,6 +142,7 @@ void MainWindow::RunMenu(Form* form, const std::string& name) {
   // The form may have closed since the menu was built.
   const auto open = frame_.OpenForms();
   if (form && std::find(open.begin(), open.end(), form) == open.end()) return;
+  const RecordedAction recorded(form, "menu " + name);
   if (form) {
     std::string base;
     int index = -1;

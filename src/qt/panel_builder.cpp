@@ -15,6 +15,8 @@
 #include <QVBoxLayout>
 #include <utility>
 
+#include "qt/session_recorder.h"
+
 namespace keldo::qt {
 namespace {
 
@@ -86,6 +88,8 @@ QWidget* PanelBuilder::MakeWidget(const LayoutNode& node, QWidget* owner) {
         edit->setTabChangesFocus(true);
         QObject::connect(edit, &QPlainTextEdit::textChanged, edit, [this, edit, name] {
           form_.controls().SetText(name, edit->toPlainText().toStdString());
+          if (auto* recorder = SessionRecorder::Active())
+            recorder->FieldTyped(form_, name, edit->toPlainText().toStdString());
         });
         Bind(name, edit, [edit, common](const Control& c) {
           // The box shows line ends as "\n"; the model's own text, "\r\n"
@@ -107,7 +111,12 @@ QWidget* PanelBuilder::MakeWidget(const LayoutNode& node, QWidget* owner) {
                          [this, name](const QString& t) {
                            form_.controls().SetText(name, t.toStdString());
                            form_.ControlChanged(name);
+                           if (auto* recorder = SessionRecorder::Active())
+                             recorder->FieldTyped(form_, name, t.toStdString());
                          });
+        QObject::connect(edit, &QLineEdit::editingFinished, edit, [this, name] {
+          if (auto* recorder = SessionRecorder::Active()) recorder->FieldCommitted(form_, name);
+        });
         // Enter presses the field's own button, or Go.
         if (node.enter.empty()) {
           QObject::connect(edit, &QLineEdit::returnPressed, edit, [this] { actions_.go(); });
@@ -145,6 +154,7 @@ QWidget* PanelBuilder::MakeWidget(const LayoutNode& node, QWidget* owner) {
       auto* check = new QCheckBox(Q(control->text), owner);
       // Clicked, not toggled: the model's own changes come back through Show.
       QObject::connect(check, &QCheckBox::clicked, check, [this, name](bool on) {
+        const RecordedAction recorded(&form_, "set " + name + (on ? " 1" : " 0"));
         form_.controls().SetFromUser(name, on ? "1" : "0");
         form_.ControlChanged(name);
       });
@@ -161,6 +171,7 @@ QWidget* PanelBuilder::MakeWidget(const LayoutNode& node, QWidget* owner) {
       // The model keeps the groups exclusive; several groups share one parent.
       option->setAutoExclusive(false);
       QObject::connect(option, &QRadioButton::clicked, option, [this, name] {
+        const RecordedAction recorded(&form_, "set " + name + " 1");
         form_.controls().SetFromUser(name, "1");
         form_.ControlChanged(name);
         form_.Touch();
@@ -178,6 +189,8 @@ QWidget* PanelBuilder::MakeWidget(const LayoutNode& node, QWidget* owner) {
       auto* list = new QComboBox(owner);
       for (const std::string& item : control->items) list->addItem(Q(item));
       QObject::connect(list, &QComboBox::activated, list, [this, list, name](int) {
+        const RecordedAction recorded(&form_,
+                                      "set " + name + " " + SessionRecorder::Quote(list->currentText().toStdString()));
         form_.controls().SetFromUser(name, list->currentText().toStdString());
         form_.ControlChanged(name);
         form_.Touch();

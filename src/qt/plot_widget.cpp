@@ -10,6 +10,7 @@
 
 #include "qt/menu_builder.h"
 #include "qt/painter_surface.h"
+#include "qt/session_recorder.h"
 
 namespace keldo::qt {
 namespace {
@@ -312,6 +313,7 @@ void PlotWidget::SendMouse(MouseAction action, QPointF pixel, MouseButton button
   const QPointF device = (pixel - QPointF(target.box.topLeft())) * ratio;
   const QPointF user =
       PainterSurface::ToUser(target.picture.scale, QRect(QPoint(0, 0), target.box.size() * ratio), device);
+  const RecordedAction recorded(&form_, SessionRecorder::PointerLine(form_, k, action, user.x(), user.y(), button));
   form_.PictureMouse(k, action, user.x(), user.y(), button);
   changed_();
   update();
@@ -324,6 +326,7 @@ void PlotWidget::ShowPopup(QPoint global) {
     std::string base;
     int index = -1;
     SplitIndexedName(name, base, index);
+    const RecordedAction recorded(&form_, "popup " + name);
     form_.RunMenu(base, index);
     changed_();
   });

@@ -30,6 +30,7 @@
 #include "platform/headless/simple_images.h"
 #include "platform/help_index.h"
 #include "qt/help_window.h"
+#include "qt/session_recorder.h"
 
 namespace keldo::qt {
 namespace {
@@ -69,12 +70,16 @@ std::optional<std::string> QtDialogs::InputBox(const platform::InputRequest& req
   bool ok = false;
   const QString text = QInputDialog::getText(parent_, Q(request.title), Q(request.prompt), QLineEdit::Normal,
                                              Q(request.defaultText), &ok);
-  if (!ok) return std::nullopt;
-  return text.toStdString();
+  std::optional<std::string> answer;
+  if (ok) answer = text.toStdString();
+  if (auto* recorder = SessionRecorder::Active()) recorder->InputAnswered(answer);
+  return answer;
 }
 
 bool QtDialogs::AskYesNo(const std::string& text, const std::string& title) {
-  return QMessageBox::question(parent_, Q(title), Q(text)) == QMessageBox::Yes;
+  const bool yes = QMessageBox::question(parent_, Q(title), Q(text)) == QMessageBox::Yes;
+  if (auto* recorder = SessionRecorder::Active()) recorder->InputAnswered(std::string(yes ? "yes" : "no"));
+  return yes;
 }
 
 bool QtDialogs::QuickHelp(const std::string& title, const std::string& text) {
@@ -117,7 +122,11 @@ std::optional<platform::FileDialogResult> QtFileDialog::Run(const platform::File
     dialog.setAcceptMode(QFileDialog::AcceptOpen);
     dialog.setFileMode(QFileDialog::ExistingFile);
   }
-  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
+  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
+    if (auto* recorder = SessionRecorder::Active()) recorder->FileAnswered(std::nullopt);
+    return std::nullopt;
+  }
+  if (auto* recorder = SessionRecorder::Active()) recorder->FileAnswered(dialog.selectedFiles().first().toStdString());
   platform::FileDialogResult result;
   result.path = dialog.selectedFiles().first().toStdString();
   result.title = QFileInfo(dialog.selectedFiles().first()).fileName().toStdString();
@@ -171,7 +180,10 @@ QtTimers::~QtTimers() {
 int QtTimers::Start(int intervalMs, std::function<void()> tick) {
   auto* timer = new QTimer;
   timer->setTimerType(Qt::PreciseTimer);
-  QObject::connect(timer, &QTimer::timeout, [tick = std::move(tick)] { tick(); });
+  QObject::connect(timer, &QTimer::timeout, [tick = std::move(tick)] {
+    tick();
+    if (auto* recorder = SessionRecorder::Active()) recorder->TimerTicked();
+  });
   timer->start(intervalMs < 1 ? 1 : intervalMs);
   timers_[++lastId_] = timer;
   return lastId_;

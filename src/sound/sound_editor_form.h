@@ -100,6 +100,12 @@ class SoundEditorForm final : public Form, public WaveFileReceiver {
   std::vector<Picture> Pictures() const override;
   void Paint(int picture, platform::Surface& surface) const override;
   bool PictureMouse(int picture, MouseAction action, double x, double y, MouseButton button) override;
+  // A script's pointer lands on the whole-file picture.
+  bool ScriptPoint(int picture, double x, double y, double& scriptX, double& scriptY) const override {
+    scriptX = x;
+    scriptY = y;
+    return picture == kFilePicture;
+  }
   // Scripts point at the whole-file picture, x in samples.
   bool Mouse(MouseAction action, double x, double y, MouseButton button) override;
   const FormLayout& Layout() const override;

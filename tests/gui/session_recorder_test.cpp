@@ -1,0 +1,307 @@
+// A session in the real window, recorded as a script and replayed by the
+// runner on headless forms: the replay's dumps are the live forms' dumps.
+#include <QAction>
+#include <QApplication>
+#include <QFileDialog>
+#include <QInputDialog>
+#include <QLineEdit>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <QtTest>
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "app/frame.h"
+#include "kinds/form_kinds.h"
+#include "kit/form.h"
+#include "platform/headless/headless_services.h"
+#include "qt/form_view.h"
+#include "qt/main_window.h"
+#include "qt/qt_imaging.h"
+#include "qt/qt_services.h"
+#include "qt/session_recorder.h"
+#include "script/dump.h"
+#include "script/runner.h"
+#include "script/script_parser.h"
+
+namespace {
+
+using keldo::qt::SessionRecorder;
+
+std::string ReadAll(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+int CountLines(const std::string& text, const std::string& start) {
+  int n = 0;
+  for (const std::string& line : keldo::script::SplitLines(text)) n += line.rfind(start, 0) == 0;
+  return n;
+}
+
+// Every created form's dump, in the order of creation; messages and the
+// clipboard left out (the desktop program shows them in boxes).
+std::vector<std::string> Dumps(keldo::Frame& frame) {
+  std::vector<std::string> out;
+  for (keldo::Form* form : frame.CreatedForms())
+    out.push_back(form ? keldo::script::DumpJson(frame, form, {}, "") : std::string("closed"));
+  return out;
+}
+
+// The script run by the runner on a fresh headless frame; the dumps of its forms.
+std::vector<std::string> Replay(const std::string& script, int& status, std::string& errors) {
+  keldo::script::Runner* runner = nullptr;
+  keldo::platform::HeadlessPlatform platform(
+      [&runner](const std::string& line) {
+        if (runner) runner->Print(line);
+      },
+      KELDO_SOURCE_DIR "/docs");
+  keldo::qt::QtImaging imaging;
+  platform.services().imaging = &imaging;
+  keldo::Frame frame(platform.services(), KELDO_SOURCE_DIR);
+  keldo::InstallFormKinds(frame);
+  std::ostringstream out, err;
+  keldo::script::Runner run(frame, platform, out, err);
+  runner = &run;
+  status = run.Run(script, {});
+  errors = err.str();
+  return Dumps(frame);
+}
+
+// The action of the active menu bar whose control is `name`.
+QAction* MenuAction(QMenuBar* bar, const QString& name) {
+  std::vector<QMenu*> menus;
+  for (QAction* a : bar->actions())
+    if (a->menu()) menus.push_back(a->menu());
+  while (!menus.empty()) {
+    QMenu* menu = menus.back();
+    menus.pop_back();
+    for (QAction* a : menu->actions()) {
+      if (a->menu()) menus.push_back(a->menu());
+      else if (a->data().toString() == name) return a;
+    }
+  }
+  return nullptr;
+}
+
+// A 32 by 32 grey picture with a bright square, as a binary PGM.
+void WritePicture(const std::string& path) {
+  std::string pgm = "P5\n32 32\n255\n";
+  for (int y = 0; y < 32; ++y)
+    for (int x = 0; x < 32; ++x) pgm += static_cast<char>(x >= 6 && x < 18 && y >= 10 && y < 22 ? 230 : 40 + x);
+  std::ofstream(path, std::ios::binary) << pgm;
+}
+
+// Drives the real window: menus by their control names, typing into boxes,
+// pressing buttons and the plot; dialogs are answered as a person would.
+class Session {
+ public:
+  Session(keldo::Frame& frame, keldo::qt::MainWindow& window) : frame_(frame), window_(window) {
+    // A modal box opened by a command is answered from the queue (a file
+    // dialog) or closed (a message).
+    QObject::connect(&answerer_, &QTimer::timeout, [this] { AnswerModal(); });
+    answerer_.start(20);
+  }
+  void QueueFile(const std::string& path) { files_.push_back(path); }
+
+  // A click on a form's window makes it the active one.
+  void Activate(keldo::Form* form) {
+    if (keldo::qt::FormView* view = window_.ViewOf(*form))
+      window_.Area()->setActiveSubWindow(qobject_cast<QMdiSubWindow*>(view->parentWidget()));
+  }
+  bool Menu(const QString& name) {
+    QAction* action = MenuAction(window_.menuBar(), name);
+    if (!action) return false;
+    action->trigger();
+    return true;
+  }
+  keldo::qt::FormView* View() { return frame_.Current() ? window_.ViewOf(*frame_.Current()) : nullptr; }
+  bool Type(const QString& field, const QString& text, bool enter) {
+    auto* box = View() ? View()->findChild<QLineEdit*>(field) : nullptr;
+    if (!box) return false;
+    box->setFocus();
+    box->selectAll();
+    QTest::keyClicks(box, text);
+    if (enter) QTest::keyClick(box, Qt::Key_Return);
+    return true;
+  }
+  bool Press(const QString& button) {
+    auto* push = View() ? View()->findChild<QPushButton*>(button) : nullptr;
+    if (!push) return false;
+    QTest::mouseClick(push, Qt::LeftButton);
+    return true;
+  }
+  bool ClickPlot(double fx, double fy) {
+    QWidget* plot = View() ? View()->findChild<QWidget*>("GraphBox") : nullptr;
+    if (!plot) return false;
+    const QPoint at(static_cast<int>(plot->width() * fx), static_cast<int>(plot->height() * fy));
+    QTest::mousePress(plot, Qt::LeftButton, {}, at);
+    QTest::mouseRelease(plot, Qt::LeftButton, {}, at);
+    return true;
+  }
+
+ private:
+  void AnswerModal() {
+    QWidget* modal = QApplication::activeModalWidget();
+    if (auto* dialog = qobject_cast<QFileDialog*>(modal)) {
+      if (files_.empty()) {
+        dialog->reject();
+        return;
+      }
+      dialog->selectFile(QString::fromStdString(files_.front()));
+      files_.erase(files_.begin());
+      QMetaObject::invokeMethod(dialog, "accept");
+    } else if (auto* box = qobject_cast<QMessageBox*>(modal)) {
+      box->accept();
+    }
+  }
+
+  keldo::Frame& frame_;
+  keldo::qt::MainWindow& window_;
+  QTimer answerer_;
+  std::vector<std::string> files_;
+};
+
+}  // namespace
+
+class SessionRecorderTest : public QObject {
+  Q_OBJECT
+ private slots:
+  // Words come back from the parser as they were; numbers to the same double.
+  void wordsAndNumbersReadBack() {
+    for (const std::string word : {"plain", "sin(2*pi*x)", "two words", "a \"quote\"", "", "#hash", "tab\there"}) {
+      const auto parsed = keldo::script::ParseLine("set Formula " + SessionRecorder::Quote(word));
+      QVERIFY(parsed.error.empty());
+      QCOMPARE(parsed.words.size(), size_t(3));
+      QCOMPARE(parsed.words[2], word);
+    }
+    for (const double value : {0.1, -1.0 / 3.0, 1e-300, 123456789.125, 0.0}) {
+      const std::string text = SessionRecorder::Number(value);
+      QCOMPARE(std::stod(text), value);
+    }
+  }
+
+  // A recording that cannot be written is said once and the session goes on.
+  void unwritableRecordingLeavesTheSessionAlone() {
+    keldo::qt::QtPlatform platform(KELDO_SOURCE_DIR "/docs");
+    keldo::Frame frame(platform.services(), KELDO_SOURCE_DIR);
+    keldo::InstallFormKinds(frame);
+    SessionRecorder recorder(frame, "/nonexistent-folder/session.ksc");
+    QVERIFY(!recorder.Recording());
+    keldo::qt::MainWindow window(frame);
+    window.show();
+    Session session(frame, window);
+    QVERIFY(session.Menu("mnuNew1Dim"));
+    QVERIFY(session.Menu("mnuPlotGraph"));
+    QVERIFY(session.Type("Formula", "x*x", true));
+    QCOMPARE(frame.OpenForms().size(), size_t(1));
+    QVERIFY(keldo::script::DumpJson(frame, frame.Current(), {}, "").find("\"x*x\"") != std::string::npos);
+  }
+
+  // The two graph forms, a spectrogram made from a graph and the image
+  // processor compressing a picture from the file dialog: recorded, then
+  // replayed, whole and cut off after the one-dimensional part.
+  void recordedSessionReplaysToTheSameForms() {
+    QTemporaryDir folder;
+    QVERIFY(folder.isValid());
+    const std::string record = folder.filePath("session.ksc").toStdString();
+    const std::string picture = folder.filePath("square.pgm").toStdString();
+    const std::string coded = folder.filePath("square.awe").toStdString();
+    WritePicture(picture);
+
+    keldo::qt::QtPlatform platform(KELDO_SOURCE_DIR "/docs");
+    keldo::Frame frame(platform.services(), KELDO_SOURCE_DIR);
+    keldo::InstallFormKinds(frame);
+    SessionRecorder recorder(frame, record);
+    QVERIFY(recorder.Recording());
+    keldo::qt::MainWindow window(frame);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    platform.SetParent(&window);
+    Session session(frame, window);
+
+    // 1-D: a formula typed and plotted, its Fourier transform.
+    QVERIFY(session.Menu("mnuNew1Dim"));
+    QVERIFY(session.Menu("mnuPlotGraph"));
+    QVERIFY(session.Type("Formula", "sin(2*pi*(20+60*(x+.5))*(x+.5))", true));
+    QVERIFY(session.Menu("mnuFourierTransform"));
+    QVERIFY(session.Type("TxtGraphStat", "1", true));
+    // The file as it stands now, and the forms it stands for.
+    const std::string cut = ReadAll(record);
+    const std::vector<std::string> cutDumps = Dumps(frame);
+
+    // The spectrogram of graph 1, its step typed and computed again.
+    QVERIFY(session.Menu("mnuSpectrogram"));
+    QVERIFY(session.Type("TxtGraphStat", "1", true));
+    keldo::Form* spectrogram = frame.Current();
+    QVERIFY(spectrogram && spectrogram->Kind() == keldo::FormKind::Spectrogram);
+    QVERIFY(session.Type("SpSetting(1)", "8", true));
+
+    // 2-D, from the 1-D form's File menu (the spectrogram has no New):
+    // a formula plotted, the large view, a press on the plot.
+    session.Activate(frame.CreatedForms().front());
+    QVERIFY(session.Menu("mnuNew(1)"));
+    QVERIFY(session.Menu("mnuPlot"));
+    QVERIFY(session.Type("Formula", "sin(6*x)*cos(4*y)", true));
+    QVERIFY(session.Menu("mnuLarge"));
+    QVERIFY(session.ClickPlot(0.45, 0.4));
+
+    // The image processor: a picture through the file dialog, compressed.
+    QVERIFY(session.Menu("mnuNew(3)"));
+    session.QueueFile(picture);
+    QVERIFY(session.Menu("mnuGetImage"));
+    QVERIFY(session.Menu("mnuCompress"));
+    QVERIFY(session.Type("txtBitRate", "0.5", false));
+    session.QueueFile(coded);
+    QVERIFY(session.Press("cmdBegin"));
+
+    // Back to the spectrogram's window: its threshold box, by a click on
+    // its window and a menu.
+    session.Activate(spectrogram);
+    QCOMPARE(frame.Current(), spectrogram);
+    const auto& created = frame.CreatedForms();
+    const auto number = std::find(created.begin(), created.end(), spectrogram) - created.begin() + 1;
+    QVERIFY(session.Menu("mnuThreshold"));
+    QVERIFY(session.Type("txtThreshold", "3", true));
+
+    const std::string script = ReadAll(record);
+    const std::vector<std::string> live = Dumps(frame);
+    QVERIFY(live.size() >= 4);
+    // What the person did is in the file in the runner's words.
+    QVERIFY2(script.find("file " + picture + "\nmenu mnuGetImage\n") != std::string::npos, script.c_str());
+    QVERIFY2(script.find("set txtBitRate 0.5\nfile " + coded + "\nclick cmdBegin\n") != std::string::npos,
+             script.c_str());
+    QVERIFY2(script.find("set Formula sin(6*x)*cos(4*y)\nclick GoButton(1)\n") != std::string::npos, script.c_str());
+    QVERIFY2(script.find("form " + std::to_string(number) + "\nmenu mnuThreshold\n") != std::string::npos, script.c_str());
+    QCOMPARE(CountLines(script, "mouse down "), 1);
+    QCOMPARE(CountLines(script, "mouse up "), 1);
+
+    int status = -1;
+    std::string errors;
+    const std::vector<std::string> replayed = Replay(script, status, errors);
+    QVERIFY2(status == 0, errors.c_str());
+    QCOMPARE(replayed.size(), live.size());
+    for (std::size_t k = 0; k < live.size(); ++k) QVERIFY2(replayed[k] == live[k], qPrintable(QString::number(k)));
+
+    // The recording as it stood after the 1-D part replays to that point.
+    QVERIFY(!cut.empty() && cut.back() == '\n');
+    QVERIFY(cut.size() < script.size());
+    const std::vector<std::string> partly = Replay(cut, status, errors);
+    QVERIFY2(status == 0, errors.c_str());
+    QVERIFY(partly == cutDumps);
+  }
+};
+
+QTEST_MAIN(SessionRecorderTest)
+#include "session_recorder_test.moc"
