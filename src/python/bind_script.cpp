@@ -23,28 +23,17 @@ std::string ProgramHome() {
   return KELDO_DEFAULT_HOME;
 }
 
-// The dumps among the printed lines: each starts a line with "{" and runs
-// to the end of its JSON value; the other lines are what a person saw.
-py::list DumpsOf(const std::string& printed) {
-  py::object decoder = py::module_::import("json").attr("JSONDecoder")();
+// Each dump's JSON as a dict.
+py::list DumpsOf(const std::vector<std::string>& jsons) {
+  py::object loads = py::module_::import("json").attr("loads");
   py::list dumps;
-  std::size_t at = 0;
-  while (at < printed.size()) {
-    if (printed[at] == '{') {
-      py::tuple parsed = decoder.attr("raw_decode")(py::str(printed.substr(at)));
-      dumps.append(parsed[0]);
-      const std::size_t used = parsed[1].cast<std::size_t>();
-      at += used;
-      continue;
-    }
-    const std::size_t end = printed.find('\n', at);
-    at = end == std::string::npos ? printed.size() : end + 1;
-  }
+  for (const std::string& json : jsons) dumps.append(loads(py::str(json)));
   return dumps;
 }
 
 py::list RunScript(const std::string& text, bool strict) {
   std::ostringstream out, err;
+  std::vector<std::string> jsons;
   int status = 0;
   {
     py::gil_scoped_release release;
@@ -58,6 +47,7 @@ py::list RunScript(const std::string& text, bool strict) {
     Frame frame(platform.services(), home);
     InstallFormKinds(frame);
     script::Runner run(frame, platform, out, err);
+    run.SetDumpObserver([&jsons](const std::string& json) { jsons.push_back(json); });
     runner = &run;
     script::RunOptions options;
     options.strict = strict;
@@ -65,7 +55,7 @@ py::list RunScript(const std::string& text, bool strict) {
   }
   if (status == 2) throw py::value_error("keldo-run: " + err.str());
   if (status == 1) throw py::value_error("keldo-run stopped at a message box: " + out.str());
-  return DumpsOf(out.str());
+  return DumpsOf(jsons);
 }
 
 // A formula's host outside any form: no stored graphs, no prompts (a
@@ -153,9 +143,9 @@ void BindScript(py::module_& m) {
   m.def("run", &RunScript, py::arg("script"), py::arg("strict") = false,
         R"(Runs a keldo-run script text on headless forms, exactly as keldo-run
 does (one command a line: new, open, set, menu, go, click, answer, file,
-dump ...), and returns a list with one dict per `dump` line written to the
-output (not to a file), in order: the dump's JSON (kind, caption, points,
-window, graphs, controls, messages, clipboard). Pictures are read and written
+dump ...), and returns a list with one dict per `dump` line, in order,
+whether the line prints its dump or writes it to a file: the dump's JSON
+(kind, caption, points, window, graphs, controls, messages, clipboard). Pictures are read and written
 as BMP and PGM; screenshots need keldo-run itself. A line that is not
 understood raises ValueError; strict=True also stops at the first message box.)");
   m.def("evaluate", &Evaluate, py::arg("formula"), py::arg("x"),

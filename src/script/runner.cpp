@@ -307,6 +307,7 @@ bool Runner::RunDump(const std::vector<std::string>& words, std::string& reason)
   const std::string json = DumpJson(frame_, frame_.Current(), messages_, platform_.clipboard.Text(),
                                     brief ? MatrixValues::Brief : MatrixValues::Full);
   messages_.clear();
+  if (dumpObserver_) dumpObserver_(json);
   if (pathWords == 1) {
     std::ofstream file(words[1], std::ios::binary);
     file << json;

@@ -31,6 +31,8 @@ class Runner {
  public:
   Runner(Frame& frame, platform::HeadlessPlatform& platform, std::ostream& out, std::ostream& err);
   void SetScreenshotter(Screenshotter shooter) { screenshotter_ = std::move(shooter); }
+  // Sees the JSON of every dump line, in order, wherever the line sends it.
+  void SetDumpObserver(std::function<void(const std::string&)> observer) { dumpObserver_ = std::move(observer); }
   // Every line a person would have seen goes through here.
   void Print(const std::string& line);
 
@@ -54,6 +56,7 @@ class Runner {
   std::ostream& out_;
   std::ostream& err_;
   Screenshotter screenshotter_;
+  std::function<void(const std::string&)> dumpObserver_;
   std::vector<std::string> messages_;
   std::vector<std::string> lines_;
   std::size_t next_ = 0;

@@ -5,6 +5,7 @@ through keldo.run, round trips, and bad input.
 
     PYTHONPATH=build/python python3 tests/python/test_module.py
 """
+import json
 import os
 import tempfile
 import unittest
@@ -345,6 +346,14 @@ class FormsThroughScripts(unittest.TestCase):
     def test_run_returns_one_dict_per_dump(self):
         dumps = keldo.run("new 1d\ndump brief\nnew 2d\ndump brief\n")
         self.assertEqual([d["kind"] for d in dumps], ["1d", "2d"])
+        # A dump written to a file is returned too, in its place, and the
+        # file holds the same JSON.
+        with tempfile.TemporaryDirectory() as folder:
+            path = os.path.join(folder, "form.json")
+            dumps = keldo.run("new 2d\ndump %s brief\nnew 1d\ndump brief\n" % path)
+            self.assertEqual([d["kind"] for d in dumps], ["2d", "1d"])
+            with open(path) as f:
+                self.assertEqual(json.load(f), dumps[0])
 
     def test_plotted_formula_matches_evaluate(self):
         dumps = keldo.run('new 1d\nmenu mnu1024\nmenu mnuPlotGraph\nset Formula "exp(-x^2)*cos(3*x)+x/(1+x^2)"\n'
