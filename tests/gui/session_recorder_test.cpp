@@ -2,6 +2,7 @@
 // runner on headless forms: the replay's dumps are the live forms' dumps.
 #include <QAction>
 #include <QApplication>
+#include <QComboBox>
 #include <QFileDialog>
 #include <QInputDialog>
 #include <QLineEdit>
@@ -142,6 +143,29 @@ class Session {
     QTest::mouseClick(push, Qt::LeftButton);
     return true;
   }
+  // Another item of a list, chosen as a person would; its text.
+  QString Choose(const QString& list) {
+    auto* box = View() ? View()->findChild<QComboBox*>(list) : nullptr;
+    if (!box || box->count() < 2) return {};
+    const int item = box->currentIndex() == 0 ? box->count() - 1 : 0;
+    box->setCurrentIndex(item);
+    emit box->activated(item);
+    return box->currentText();
+  }
+  // A drag on the plot from one place to another, in fractions of its size.
+  bool DragPlot(double fx0, double fy0, double fx1, double fy1) {
+    QWidget* plot = View() ? View()->findChild<QWidget*>("GraphBox") : nullptr;
+    if (!plot) return false;
+    const auto at = [plot](double fx, double fy) {
+      return QPoint(static_cast<int>(plot->width() * fx), static_cast<int>(plot->height() * fy));
+    };
+    QTest::mousePress(plot, Qt::LeftButton, {}, at(fx0, fy0));
+    QMouseEvent move(QEvent::MouseMove, QPointF(at(fx1, fy1)), plot->mapToGlobal(QPointF(at(fx1, fy1))),
+                     Qt::NoButton, Qt::LeftButton, {});
+    QApplication::sendEvent(plot, &move);
+    QTest::mouseRelease(plot, Qt::LeftButton, {}, at(fx1, fy1));
+    return true;
+  }
   bool ClickPlot(double fx, double fy) {
     QWidget* plot = View() ? View()->findChild<QWidget*>("GraphBox") : nullptr;
     if (!plot) return false;
@@ -246,6 +270,8 @@ class SessionRecorderTest : public QObject {
     QVERIFY(session.Type("TxtGraphStat", "1", true));
     keldo::Form* spectrogram = frame.Current();
     QVERIFY(spectrogram && spectrogram->Kind() == keldo::FormKind::Spectrogram);
+    const QString filter = session.Choose("SpecFilter");
+    QVERIFY(!filter.isEmpty());
     QVERIFY(session.Type("SpSetting(1)", "8", true));
 
     // 2-D, from the 1-D form's File menu (the spectrogram has no New):
@@ -265,6 +291,8 @@ class SessionRecorderTest : public QObject {
     QVERIFY(session.Type("txtBitRate", "0.5", false));
     session.QueueFile(coded);
     QVERIFY(session.Press("cmdBegin"));
+    // A region of interest dragged on the left picture.
+    QVERIFY(session.DragPlot(0.12, 0.3, 0.3, 0.55));
 
     // Back to the spectrogram's window: its threshold box, by a click on
     // its window and a menu.
@@ -284,8 +312,11 @@ class SessionRecorderTest : public QObject {
              script.c_str());
     QVERIFY2(script.find("set Formula sin(6*x)*cos(4*y)\nclick GoButton(1)\n") != std::string::npos, script.c_str());
     QVERIFY2(script.find("form " + std::to_string(number) + "\nmenu mnuThreshold\n") != std::string::npos, script.c_str());
-    QCOMPARE(CountLines(script, "mouse down "), 1);
-    QCOMPARE(CountLines(script, "mouse up "), 1);
+    QVERIFY2(script.find("set SpecFilter " + SessionRecorder::Quote(filter.toStdString()) + "\n") !=
+                 std::string::npos, script.c_str());
+    QCOMPARE(CountLines(script, "mouse down "), 2);
+    QCOMPARE(CountLines(script, "mouse move "), 1);
+    QCOMPARE(CountLines(script, "mouse up "), 2);
 
     int status = -1;
     std::string errors;
