@@ -216,6 +216,61 @@ class SessionRecorderTest : public QObject {
     }
   }
 
+  // The lines in the order the runner wants them: typing written once when
+  // the next action comes, answers before the command that asked, an action
+  // met during a long command after that command's line, `form N` before a
+  // line for another form than the script's current one, `wait` after timers.
+  void linesComeInTheRunnersOrder() {
+    QTemporaryDir folder;
+    QVERIFY(folder.isValid());
+    const std::string path = folder.filePath("order.ksc").toStdString();
+    keldo::qt::QtPlatform platform(KELDO_SOURCE_DIR "/docs");
+    keldo::Frame frame(platform.services(), KELDO_SOURCE_DIR);
+    keldo::InstallFormKinds(frame);
+    int code = 0;
+    QVERIFY(frame.NewForm(keldo::FormKind::Graph1, code));
+    keldo::Form* first = frame.Current();
+    {
+      SessionRecorder recorder(frame, path);
+      QVERIFY(frame.NewForm(keldo::FormKind::Graph2, code));
+      keldo::Form* second = frame.Current();
+      // The person clicks on the first window, and later on the second.
+      frame.SetCurrent(first);
+      recorder.FieldTyped(*first, "Formula", "x");
+      recorder.FieldTyped(*first, "Formula", "x * 2");
+      recorder.Begin(first, "menu mnuOpenSave(0)");
+      recorder.FileAnswered(std::string("my graphs.kd1"));
+      recorder.InputAnswered(std::string("yes"));
+      recorder.End();
+      recorder.Begin(first, "go");
+      recorder.Begin(first, "click GoButton(0)");
+      recorder.End();
+      recorder.FileAnswered(std::nullopt);
+      recorder.End();
+      frame.SetCurrent(second);
+      recorder.Begin(second, "menu mnuPlot");
+      recorder.End();
+      recorder.TimerTicked();
+      recorder.FieldTyped(*second, "Formula", "y");
+      recorder.FieldCommitted(*second, "Formula");
+      recorder.Begin(nullptr, "menu mnuNew1Dim");
+      recorder.End();
+    }
+    const std::string written = ReadAll(path);
+    QCOMPARE(written, std::string("set Formula \"x * 2\"\n"
+                                        "file \"my graphs.kd1\"\n"
+                                        "answer yes\n"
+                                        "menu mnuOpenSave(0)\n"
+                                        "go\n"
+                                        "click GoButton(0)\n"
+                                        "file cancel\n"
+                                        "form 2\n"
+                                        "menu mnuPlot\n"
+                                        "wait\n"
+                                        "set Formula y\n"
+                                        "menu mnuNew1Dim\n"));
+  }
+
   // A recording that cannot be written is said once and the session goes on.
   void unwritableRecordingLeavesTheSessionAlone() {
     keldo::qt::QtPlatform platform(KELDO_SOURCE_DIR "/docs");
