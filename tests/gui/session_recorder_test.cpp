@@ -115,6 +115,16 @@ class Session {
     answerer_.start(20);
   }
   void QueueFile(const std::string& path) { files_.push_back(path); }
+  // The item the next pop-up menu is answered with.
+  void QueuePopup(const QString& item) { popupItem_ = item; }
+  bool RightClickPlot(double fx, double fy) {
+    QWidget* plot = View() ? View()->findChild<QWidget*>("GraphBox") : nullptr;
+    if (!plot) return false;
+    const QPoint at(static_cast<int>(plot->width() * fx), static_cast<int>(plot->height() * fy));
+    QTest::mousePress(plot, Qt::RightButton, {}, at);
+    QTest::mouseRelease(plot, Qt::RightButton, {}, at);
+    return true;
+  }
 
   // A click on a form's window makes it the active one.
   void Activate(keldo::Form* form) {
@@ -177,6 +187,13 @@ class Session {
 
  private:
   void AnswerModal() {
+    if (auto* popup = qobject_cast<QMenu*>(QApplication::activePopupWidget())) {
+      for (QAction* a : popup->actions())
+        if (!popupItem_.isEmpty() && a->data().toString() == popupItem_) a->trigger();
+      popupItem_.clear();
+      popup->close();
+      return;
+    }
     QWidget* modal = QApplication::activeModalWidget();
     if (auto* dialog = qobject_cast<QFileDialog*>(modal)) {
       if (files_.empty()) {
@@ -195,6 +212,7 @@ class Session {
   keldo::qt::MainWindow& window_;
   QTimer answerer_;
   std::vector<std::string> files_;
+  QString popupItem_;
 };
 
 }  // namespace
@@ -332,6 +350,9 @@ class SessionRecorderTest : public QObject {
     // 2-D, from the 1-D form's File menu (the spectrogram has no New):
     // a formula plotted, the large view, a press on the plot.
     session.Activate(frame.CreatedForms().front());
+    // The 1-D plot's pop-up menu: its magnitudes sorted.
+    session.QueuePopup("mnuArrangeDecrMag");
+    QVERIFY(session.RightClickPlot(0.5, 0.5));
     QVERIFY(session.Menu("mnuNew(1)"));
     QVERIFY(session.Menu("mnuPlot"));
     QVERIFY(session.Type("Formula", "sin(6*x)*cos(4*y)", true));
@@ -369,9 +390,10 @@ class SessionRecorderTest : public QObject {
     QVERIFY2(script.find("form " + std::to_string(number) + "\nmenu mnuThreshold\n") != std::string::npos, script.c_str());
     QVERIFY2(script.find("set SpecFilter " + SessionRecorder::Quote(filter.toStdString()) + "\n") !=
                  std::string::npos, script.c_str());
-    QCOMPARE(CountLines(script, "mouse down "), 2);
+    QCOMPARE(CountLines(script, "mouse down "), 3);
     QCOMPARE(CountLines(script, "mouse move "), 1);
-    QCOMPARE(CountLines(script, "mouse up "), 2);
+    QCOMPARE(CountLines(script, "mouse up "), 3);
+    QVERIFY2(script.find(" right\npopup mnuArrangeDecrMag\nmouse up ") != std::string::npos, script.c_str());
 
     int status = -1;
     std::string errors;
