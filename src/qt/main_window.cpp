@@ -6,6 +6,7 @@
 #include <QMdiSubWindow>
 #include <QMenuBar>
 #include <QStatusBar>
+#include <utility>
 
 #include "qt/form_view.h"
 #include "qt/menu_builder.h"
@@ -27,6 +28,10 @@ class FormSubWindow final : public QMdiSubWindow {
       return;
     }
     Form* form = form_;
+    // The title bar's close button does what the form's Close item does.
+    const RecordedAction recorded(form, std::as_const(*form).controls().Has("mnuClose")
+                                            ? "menu mnuClose"
+                                            : "# a window closed by its title bar");
     if (frame_.CloseForm(*form)) {
       frame_.CollectClosedForms();
       event->accept();

@@ -67,9 +67,8 @@ void SessionRecorder::WriteLine(const std::string& line) {
   }
 }
 
-void SessionRecorder::WriteFor(Form* form, const std::string& line) {
+void SessionRecorder::WriteFor(Form* form, int number, const std::string& line) {
   if (form && form != scriptCurrent_) {
-    const int number = NumberOf(form);
     if (number == 0) return;  // the form closed before its line was written
     WriteLine("form " + std::to_string(number));
     scriptCurrent_ = form;
@@ -81,12 +80,12 @@ void SessionRecorder::FlushFields() {
   std::vector<Pending> fields = std::move(pending_);
   pending_.clear();
   for (const Pending& field : fields)
-    if (OneLine(field.text)) WriteFor(field.form, "set " + field.name + " " + Quote(field.text));
+    if (OneLine(field.text)) WriteFor(field.form, NumberOf(field.form), "set " + field.name + " " + Quote(field.text));
 }
 
 void SessionRecorder::WriteAction(Action& action) {
   for (const std::string& answer : action.answers) WriteLine(answer);
-  WriteFor(action.form, action.line);
+  WriteFor(action.form, action.number, action.line);
   action.written = true;
 }
 
@@ -96,7 +95,7 @@ void SessionRecorder::Begin(Form* form, std::string line) {
   // during that command: the command's line goes first.
   for (Action& outer : running_)
     if (!outer.written) WriteAction(outer);
-  running_.push_back({form, std::move(line), {}, false});
+  running_.push_back({form, form ? NumberOf(form) : 0, std::move(line), {}, false});
 }
 
 void SessionRecorder::End() {

@@ -74,6 +74,7 @@ class SessionRecorder {
   };
   struct Action {
     Form* form;
+    int number;  // the form's place, taken before the action may close it
     std::string line;
     std::vector<std::string> answers;
     bool written = false;
@@ -81,7 +82,7 @@ class SessionRecorder {
   // Writes the typed fields not yet written, each after the `form` line it needs.
   void FlushFields();
   void WriteAction(Action& action);
-  void WriteFor(Form* form, const std::string& line);
+  void WriteFor(Form* form, int number, const std::string& line);
   void WriteLine(const std::string& line);
   // The place of a form among those created, 1-based; 0 when it is gone.
   int NumberOf(const Form* form) const;

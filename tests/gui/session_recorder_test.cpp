@@ -349,7 +349,8 @@ class SessionRecorderTest : public QObject {
 
     // 2-D, from the 1-D form's File menu (the spectrogram has no New):
     // a formula plotted, the large view, a press on the plot.
-    session.Activate(frame.CreatedForms().front());
+    keldo::Form* graph1 = frame.CreatedForms().front();
+    session.Activate(graph1);
     // The 1-D plot's pop-up menu: its magnitudes sorted.
     session.QueuePopup("mnuArrangeDecrMag");
     QVERIFY(session.RightClickPlot(0.5, 0.5));
@@ -378,10 +379,15 @@ class SessionRecorderTest : public QObject {
     const auto number = std::find(created.begin(), created.end(), spectrogram) - created.begin() + 1;
     QVERIFY(session.Menu("mnuThreshold"));
     QVERIFY(session.Type("txtThreshold", "3", true));
+    // The 1-D form's window closed by its title bar.
+    qobject_cast<QMdiSubWindow*>(window.ViewOf(*graph1)->parentWidget())->close();
+    QCOMPARE(frame.CreatedForms().front(), nullptr);
 
     const std::string script = ReadAll(record);
     const std::vector<std::string> live = Dumps(frame);
     QVERIFY(live.size() >= 4);
+    QCOMPARE(live.front(), std::string("closed"));
+    QVERIFY2(script.find("form 1\nmenu mnuClose\n") != std::string::npos, script.c_str());
     // What the person did is in the file in the runner's words.
     QVERIFY2(script.find("file " + picture + "\nmenu mnuGetImage\n") != std::string::npos, script.c_str());
     QVERIFY2(script.find("set txtBitRate 0.5\nfile " + coded + "\nclick cmdBegin\n") != std::string::npos,
