@@ -2,7 +2,9 @@
 #include <QApplication>
 #include <QStringList>
 
+#include <algorithm>
 #include <clocale>
+#include <cstdio>
 #include <memory>
 
 #include "kinds/form_kinds.h"
@@ -26,9 +28,10 @@ int main(int argc, char** argv) {
   QStringList args = QApplication::arguments();
   QString recordTo = qEnvironmentVariable("KELDO_RECORD");
   for (qsizetype k = 1; k < args.size(); ++k) {
-    if (args[k] == "--record" && k + 1 < args.size()) {
-      recordTo = args[k + 1];
-      args.remove(k, 2);
+    if (args[k] == "--record") {
+      if (k + 1 < args.size()) recordTo = args[k + 1];
+      else std::fputs("keldo: --record needs a file name; going on without a recording\n", stderr);
+      args.remove(k, std::min<qsizetype>(2, args.size() - k));
       break;
     }
     if (args[k].startsWith("--record=")) {
