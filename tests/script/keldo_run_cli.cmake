@@ -77,7 +77,7 @@ foreach(expected "\"caption\": \"saved.kd1\"" "\"points\": 128" "\"peak\": 0.25"
 endforeach()
 
 # A form without a plot has nothing to point at.
-run_script(noplot "new audio\nmouse down 0 0\n" 2)
+run_script(noplot "new workshop\nmouse down 0 0\n" 2)
 
 # Sound files saved from a script and read back by Python's wave module.
 run_script(savesound "new 1d\nmenu mnu64\nmenu mnuPlotGraph\nset Formula \"300*sin(2*pi*x)+x\"\nset EndRValue 1\nset IntervalType2 1\ngo\nwait\nmenu mnuAudioPlay\nset TxtSound(1) 8000\nset TxtSound(2) 0.5\nmenu mnuOpenSave 6\nfile ${WORK}/saved.16.wav\ngo\nset OpBitRate(0) 1\nfile ${WORK}/saved.8.wav\ngo\nopen ${DATA}/../wave/sine16.wav\ndump\n" 0)
