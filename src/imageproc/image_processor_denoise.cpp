@@ -163,20 +163,9 @@ void ImageProcessorForm::CompressDenoise(wavelet::AswdrCoder coder, double bpp, 
   if (withRegion && !(share = ReadRegionShare())) return;
   const std::optional<std::string> path = AskForFile(true, coder == wavelet::AswdrCoder::Binary ? "bcd" : "acd");
   if (!path) return;
-  wavelet::AswdrHead head;
-  head.budget = wavelet::BitBudgetOf(image_.width, image_.height, bpp);
-  controls_.SetText("txtLevels", "5");
-  const int levels = SetNumberOfLevels();
-  if (levels < 0) return;
-  head.levels = levels;
-  head.waveletIndex = waveletIndex_;
-  head.width = image_.width;
-  head.height = image_.height;
-  head.originalWidth = image_.originalWidth;
-  head.originalHeight = image_.originalHeight;
-  context_.ShowBusy();
-  AddReport("Transforming image...");
-  TransformImage(levels);
+  const std::optional<wavelet::AswdrHead> head = TransformForCoding(bpp, false);
+  if (!head) return;
+  const int levels = head->levels;
   wavelet::DenoiseCoding coding;
   coding.noiseThreshold = AutoThresholdValue(transform_, levels, false).threshold;
   coding.depth = depth;
@@ -189,10 +178,10 @@ void ImageProcessorForm::CompressDenoise(wavelet::AswdrCoder coder, double bpp, 
   if (share) {
     region.mask = wavelet::GetROIValues(transform_.width, transform_.height, roi_->x1, roi_->y1, roi_->x2, roi_->y2,
                                         wavelet::SupportOfWavelet(waveletIndex_), levels);
-    region.sharedBudget = static_cast<std::int64_t>(std::nearbyint((1.0 - *share) * static_cast<double>(head.budget)));
+    region.sharedBudget = static_cast<std::int64_t>(std::nearbyint((1.0 - *share) * static_cast<double>(head->budget)));
   }
   wavelet::AswdrEncoded encoded =
-      wavelet::CompressDenoiseAswdr(transform_, head, coder, coding, share ? &region : nullptr);
+      wavelet::CompressDenoiseAswdr(transform_, *head, coder, coding, share ? &region : nullptr);
   if (share) regionMask_ = std::move(region.mask);
   for (const std::string& line : encoded.report) AddReport(line);
   const bool written = !encoded.file.empty() && WriteFileBytes(*path, encoded.file);

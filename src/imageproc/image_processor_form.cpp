@@ -426,21 +426,9 @@ void ImageProcessorForm::CompressCommand() {
   const std::optional<std::string> path =
       AskForFile(true, lossless ? "awg" : coder == wavelet::AswdrCoder::Binary ? "awd" : "awe");
   if (!path) return;
-  wavelet::AswdrHead head;
-  head.budget = wavelet::BitBudgetOf(image_.width, image_.height, bpp);
-  controls_.SetText("txtLevels", lossless ? "4" : "5");
-  const int levels = lossless ? SetNumberOfLevelsLossless() : SetNumberOfLevels();
-  if (levels < 0) return;
-  head.levels = levels;
-  head.waveletIndex = waveletIndex_;
-  head.width = image_.width;
-  head.height = image_.height;
-  head.originalWidth = image_.originalWidth;
-  head.originalHeight = image_.originalHeight;
-  context_.ShowBusy();
-  AddReport("Transforming image...");
-  TransformImage(levels);
-  wavelet::AswdrEncoded encoded = EncodeTransform(head, coder, lossless, share);
+  const std::optional<wavelet::AswdrHead> head = TransformForCoding(bpp, lossless);
+  if (!head) return;
+  wavelet::AswdrEncoded encoded = EncodeTransform(*head, coder, lossless, share);
   for (const std::string& line : encoded.report) AddReport(line);
   const bool written = WriteFileBytes(*path, encoded.file);
   context_.ShowIdle();
@@ -452,6 +440,24 @@ void ImageProcessorForm::CompressCommand() {
   AddReport("Compressed file: " + *path);
   AddReport("To decompress this file, press the GO button.");
   ChooseCommand(kCommandDecompress);
+}
+
+std::optional<wavelet::AswdrHead> ImageProcessorForm::TransformForCoding(double bpp, bool lossless) {
+  wavelet::AswdrHead head;
+  head.budget = wavelet::BitBudgetOf(image_.width, image_.height, bpp);
+  controls_.SetText("txtLevels", lossless ? "4" : "5");
+  const int levels = lossless ? SetNumberOfLevelsLossless() : SetNumberOfLevels();
+  if (levels < 0) return std::nullopt;
+  head.levels = levels;
+  head.waveletIndex = waveletIndex_;
+  head.width = image_.width;
+  head.height = image_.height;
+  head.originalWidth = image_.originalWidth;
+  head.originalHeight = image_.originalHeight;
+  context_.ShowBusy();
+  AddReport("Transforming image...");
+  TransformImage(levels);
+  return head;
 }
 
 void ImageProcessorForm::DecompressCommand() {

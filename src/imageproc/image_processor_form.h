@@ -130,6 +130,11 @@ class ImageProcessorForm final : public Form, public ImageFileReceiver, private 
   void TakeImage(ProcessorImage image, const std::string& title);
   bool LoadPgmFile(const std::string& path);
   bool LoadPictureFile(const std::string& path);
+  // The head of a coder's file for the loaded picture at `bpp`, the levels
+  // box set to 5 (4 for the lossless coder) and lowered to the picture's
+  // limit, and the picture transformed with the busy pointer on; nothing
+  // after a message about the levels.
+  std::optional<wavelet::AswdrHead> TransformForCoding(double bpp, bool lossless);
   // SetNumberOfLevels: the box's levels, lowered to the image's limit; -1
   // after a message.
   int SetNumberOfLevels();
