@@ -55,6 +55,20 @@ QStringList Items(QMenu* menu) {
   return out;
 }
 
+// A 64 by 64 PGM in `folder`, black with a white square over lines and
+// places 8 to 23; its path, empty when it could not be written.
+std::string WriteSquarePgm(const QTemporaryDir& folder) {
+  std::string pgm = "P5\n64 64\n255\n";
+  for (int x = 0; x < 64; ++x)
+    for (int y = 0; y < 64; ++y) pgm += static_cast<char>(x >= 8 && x < 24 && y >= 8 && y < 24 ? 255 : 0);
+  const std::string path = folder.filePath("square.pgm").toStdString();
+  QFile file(QString::fromStdString(path));
+  if (!file.open(QIODevice::WriteOnly) || file.write(pgm.data(), static_cast<qint64>(pgm.size())) !=
+                                               static_cast<qint64>(pgm.size()))
+    return {};
+  return path;
+}
+
 }  // namespace
 
 class FrameWindowTest : public QObject {
@@ -191,15 +205,8 @@ class FrameWindowTest : public QObject {
     keldo::InstallFormKinds(frame);
     QTemporaryDir folder;
     QVERIFY(folder.isValid());
-    // 64 by 64 black with one white square of 16 by 16.
-    std::string pgm = "P5\n64 64\n255\n";
-    for (int y = 0; y < 64; ++y)
-      for (int x = 0; x < 64; ++x) pgm += static_cast<char>(x >= 8 && x < 24 && y >= 8 && y < 24 ? 255 : 0);
-    const std::string path = folder.filePath("square.pgm").toStdString();
-    QFile file(QString::fromStdString(path));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(pgm.data(), static_cast<qint64>(pgm.size()));
-    file.close();
+    const std::string path = WriteSquarePgm(folder);
+    QVERIFY(!path.empty());
     int code = 0;
     auto& form = *keldo::NewFormOf<keldo::imageproc::ImageProcessorForm>(frame, code);
     QVERIFY(form.LoadImageFile(path));
@@ -234,15 +241,8 @@ class FrameWindowTest : public QObject {
     keldo::InstallFormKinds(frame);
     QTemporaryDir folder;
     QVERIFY(folder.isValid());
-    // 64 by 64 black with a white square from line 8 to 23, place 8 to 23.
-    std::string pgm = "P5\n64 64\n255\n";
-    for (int x = 0; x < 64; ++x)
-      for (int y = 0; y < 64; ++y) pgm += static_cast<char>(x >= 8 && x < 24 && y >= 8 && y < 24 ? 255 : 0);
-    const std::string path = folder.filePath("square.pgm").toStdString();
-    QFile file(QString::fromStdString(path));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(pgm.data(), static_cast<qint64>(pgm.size()));
-    file.close();
+    const std::string path = WriteSquarePgm(folder);
+    QVERIFY(!path.empty());
     int code = 0;
     auto& form = *keldo::NewFormOf<keldo::imageproc::ImageProcessorForm>(frame, code);
     QVERIFY(form.LoadImageFile(path));
