@@ -28,10 +28,13 @@ class FormSubWindow final : public QMdiSubWindow {
       return;
     }
     Form* form = form_;
-    // The title bar's close button does what the form's Close item does.
-    const RecordedAction recorded(form, std::as_const(*form).controls().Has("mnuClose")
-                                            ? "menu mnuClose"
-                                            : "# a window closed by its title bar");
+    // The title bar's close button does what the form's Close item does: the
+    // File menu's mnuClose, or mnuCloseForm on the audio editor, whose
+    // mnuClose clears it.
+    const ControlModel& controls = std::as_const(*form).controls();
+    const RecordedAction recorded(form, controls.Has("mnuCloseForm") ? "menu mnuCloseForm"
+                                        : controls.Has("mnuClose")   ? "menu mnuClose"
+                                                                     : "# a window closed by its title bar");
     if (frame_.CloseForm(*form)) {
       frame_.CollectClosedForms();
       event->accept();
