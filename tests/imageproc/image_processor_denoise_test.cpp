@@ -45,7 +45,7 @@ std::vector<std::uint8_t> Picture(double sigma) {
 }
 
 std::string TempPath(const std::string& name) {
-  return (std::filesystem::temp_directory_path() / name).string();
+  return testing::UniqueTempPath(name).string();
 }
 
 ImageProcessorForm& NewProcessorWith(TestFrame& t, const std::vector<std::uint8_t>& pgm) {

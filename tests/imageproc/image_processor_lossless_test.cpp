@@ -27,7 +27,7 @@ namespace {
 using imageproc::ImageProcessorForm;
 using testing::TestFrame;
 
-std::string TempPath(const std::string& name) { return (std::filesystem::temp_directory_path() / name).string(); }
+std::string TempPath(const std::string& name) { return testing::UniqueTempPath(name).string(); }
 
 struct Processor {
   TestFrame t;

@@ -31,7 +31,7 @@ std::vector<std::uint8_t> Pgm(const std::string& first, const std::string& secon
 }
 
 std::string WriteTemp(const std::string& name, const std::vector<std::uint8_t>& bytes) {
-  const std::filesystem::path path = std::filesystem::temp_directory_path() / name;
+  const std::filesystem::path path = testing::UniqueTempPath(name);
   std::ofstream out(path, std::ios::binary);
   out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
   return path.string();
