@@ -16,22 +16,10 @@
 #include "kinds/form_kinds.h"
 #include "platform/headless/headless_services.h"
 #include "script/runner.h"
+#include "script_fixture.h"
 
 namespace keldo::script {
 namespace {
-
-struct Script {
-  std::ostringstream out, err;
-  Runner* runner = nullptr;
-  platform::HeadlessPlatform platform{[this](const std::string& l) { runner->Print(l); }, KELDO_SOURCE_DIR "/docs"};
-  Frame frame{platform.services(), KELDO_SOURCE_DIR};
-  Runner run{frame, platform, out, err};
-  Script() {
-    runner = &run;
-    InstallFormKinds(frame);
-  }
-  int operator()(const std::string& text) { return run.Run(text, {false}); }
-};
 
 // How often `what` stands in `text`.
 int Count(const std::string& text, const std::string& what) {

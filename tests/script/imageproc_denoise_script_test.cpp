@@ -15,22 +15,10 @@
 #include "kinds/form_kinds.h"
 #include "platform/headless/headless_services.h"
 #include "script/runner.h"
+#include "script_fixture.h"
 
 namespace keldo::script {
 namespace {
-
-struct Script {
-  std::ostringstream out, err;
-  Runner* runner = nullptr;
-  platform::HeadlessPlatform platform{[this](const std::string& l) { runner->Print(l); }, KELDO_SOURCE_DIR "/docs"};
-  Frame frame{platform.services(), KELDO_SOURCE_DIR};
-  Runner run{frame, platform, out, err};
-  Script() {
-    runner = &run;
-    InstallFormKinds(frame);
-  }
-  int operator()(const std::string& text) { return run.Run(text, {false}); }
-};
 
 // 64 by 64: a flat 100 with a square of 180, and a checked pattern of +-20
 // over all of it, which the finest diagonal band holds alone.

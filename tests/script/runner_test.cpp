@@ -6,23 +6,10 @@
 #include "app/frame.h"
 #include "platform/headless/headless_services.h"
 #include "script/runner.h"
+#include "script_fixture.h"
 
 namespace keldo::script {
 namespace {
-
-struct Script {
-  std::ostringstream out, err;
-  Runner* runner = nullptr;
-  platform::HeadlessPlatform platform{[this](const std::string& l) { runner->Print(l); },
-                                      KELDO_SOURCE_DIR "/docs"};
-  Frame frame{platform.services(), KELDO_SOURCE_DIR};
-  Runner run{frame, platform, out, err};
-  Script() {
-    runner = &run;
-    InstallFormKinds(frame);
-  }
-  int operator()(const std::string& text, bool strict = false) { return run.Run(text, {strict}); }
-};
 
 TEST(Runner, NewFormAndDump) {
   Script r;
