@@ -136,6 +136,40 @@ TEST(OneLevel, BitForBitTheStepOrder) {
   }
 }
 
+// Every level of the whole transforms (and of the packet transforms, block
+// by block) against the step order followed by the permutation into halves,
+// to the last bit: sizes from 2, where the longest filters wrap round the
+// signal several times, to sizes whose halves fill whole vectors.
+TEST(WholeTransform, BitForBitTheStepOrderAtEveryLevel) {
+  for (const Family& f : OrthogonalFamilies()) {
+    const FilterBank bank = BankOf(f);
+    for (int m = 1; m <= 13; ++m) {
+      const int n = 1 << m;
+      for (bool packet : {false, true}) {
+        auto x = Signal(n, 29 + m), ref = x;
+        std::vector<double> w(static_cast<std::size_t>(n) + 5);
+        if (f.coiflet) {
+          if (packet) CoifletTrWP(f.code, n, x.data(), m);
+          else CoifletTR(f.code, n, x.data(), m);
+        } else {
+          if (packet) DAUBGENWP(f.code, f.symmetric, n, x.data(), m);
+          else DAUBGEN(f.code, f.symmetric, n, x.data(), m);
+        }
+        for (int size = n; size >= 2; size /= 2)
+          for (int offset = 0; offset < (packet ? n : size); offset += size) {
+            double* block = ref.data() + offset;
+            if (f.coiflet) COIFPerm(size, block, w.data(), 2 * f.code);
+            StepWavTr(size, bank.lh, block, bank.h.data(), bank.g.data());
+            Perm(size, block, w.data());
+          }
+        for (int i = 0; i < n; ++i)
+          ASSERT_EQ(x[static_cast<std::size_t>(i)], ref[static_cast<std::size_t>(i)])
+              << f.name << f.code << " n " << n << (packet ? " packets" : "") << " at " << i;
+      }
+    }
+  }
+}
+
 TEST(Haar, ConstantGivesRootTwoTrendAndZeroFluctuation) {
   std::vector<double> x(8, 1.0);
   DAUBGEN(-1, false, 8, x.data(), 1);
