@@ -87,5 +87,7 @@ int main(int argc, char** argv) {
   keldo::script::Runner run(frame, platform, std::cout, std::cerr);
   runner = &run;
   run.SetScreenshotter(keldo::qt::SaveFormSnapshot);
+  // A printed form is the window it would be on the screen.
+  frame.SetWindowCapturer(keldo::qt::RenderFormView);
   return run.Run(text, options);
 }

@@ -82,6 +82,11 @@ class Frame final : public FormContext {
   void Process(const std::string& commandLine);
   // "Open form": the file dialog, then the form kind by the filter chosen.
   Form* OpenTheForm() override;
+  // The front end draws a form's window for CaptureWindow; none by default.
+  void SetWindowCapturer(std::function<platform::RgbImage(Form&)> capturer) { windowCapturer_ = std::move(capturer); }
+  platform::RgbImage CaptureWindow(Form& form) override {
+    return windowCapturer_ ? windowCapturer_(form) : platform::RgbImage{};
+  }
   // Loads a form file into a new form of the kind; reports 72/73 on failure.
   Form* OpenFormFile(FormKind kind, const std::string& path, const std::string& title);
   // Reads a data file into a new form of the kind; a failed read leaves no
@@ -137,6 +142,7 @@ class Frame final : public FormContext {
   std::vector<MenuNode> menuBar_;
   bool exitRequested_ = false;
   std::string soundFolder_, soundFolderSetting_;
+  std::function<platform::RgbImage(Form&)> windowCapturer_;
 };
 
 // The last backslash- or slash-separated part of a path.

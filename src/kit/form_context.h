@@ -10,6 +10,7 @@
 #include "kit/exchange.h"
 #include "kit/form_kind.h"
 #include "kit/settings.h"
+#include "platform/image.h"
 #include "platform/services.h"
 
 namespace keldo {
@@ -73,6 +74,10 @@ class FormContext {
   // "Open form": the file dialog, then a new form of the kind the filter
   // names, loaded; the new form, or null when nothing was opened.
   virtual Form* OpenTheForm() = 0;
+  // The form's window as the screen shows it, frame and caption included;
+  // empty when there is no window to draw (the form's pictures then stand
+  // in for it where a picture of the whole form is wanted).
+  virtual platform::RgbImage CaptureWindow(Form& /*form*/) { return {}; }
 };
 
 }  // namespace keldo

@@ -60,6 +60,8 @@ bool SavePicture(FormContext& context, const std::string& path, const platform::
 }  // namespace
 
 platform::RgbImage CaptureForm(Form& form) {
+  platform::RgbImage window = form.context().CaptureWindow(form);
+  if (!window.Empty()) return window;
   const std::vector<Picture> pictures = form.Pictures();
   if (pictures.empty()) return {};
   int rows = 0, columns = 0, cellW = kCellWidth, cellH = kCellHeight;

@@ -24,7 +24,8 @@ bool PressPrintFormButton(Form& form, const std::string& name, const ValueReader
 // cannot be saved and 33 when the form cannot be printed.
 void PrintTheForm(Form& form, const std::string& destination, const ValueReader& readValue);
 
-// The form as a picture: its pictures drawn as the window draws them, in
+// The form as a picture: its window as the front end draws it, or, where
+// there is no window to draw, its pictures as the window draws them, in
 // their cells.
 platform::RgbImage CaptureForm(Form& form);
 

@@ -5,8 +5,22 @@
 
 #include "app/frame.h"
 #include "qt/form_view.h"
+#include "qt/qt_surface.h"
 
 namespace keldo::qt {
+namespace {
+
+QImage RenderView(Form& form) {
+  FormView view(form);
+  view.resize(view.sizeHint());
+  view.ensurePolished();
+  QImage image(view.size(), QImage::Format_RGB32);
+  image.fill(Qt::white);
+  view.render(&image);
+  return image;
+}
+
+}  // namespace
 
 bool SaveFormSnapshot(Frame& frame, Form* form, const std::string& path) {
   if (!form) {
@@ -20,13 +34,9 @@ bool SaveFormSnapshot(Frame& frame, Form* form, const std::string& path) {
     (void)frame;
     return image.save(QString::fromStdString(path), "PNG");
   }
-  FormView view(*form);
-  view.resize(view.sizeHint());
-  view.ensurePolished();
-  QImage image(view.size(), QImage::Format_RGB32);
-  image.fill(Qt::white);
-  view.render(&image);
-  return image.save(QString::fromStdString(path), "PNG");
+  return RenderView(*form).save(QString::fromStdString(path), "PNG");
 }
+
+platform::RgbImage RenderFormView(Form& form) { return FromQImage(RenderView(form)); }
 
 }  // namespace keldo::qt

@@ -10,6 +10,7 @@
 
 #include "qt/form_view.h"
 #include "qt/menu_builder.h"
+#include "qt/qt_surface.h"
 #include "qt/session_recorder.h"
 
 namespace keldo::qt {
@@ -58,6 +59,13 @@ MainWindow::MainWindow(Frame& frame, QWidget* parent) : QMainWindow(parent), fra
   statusBar()->showMessage(tr("Ready"));
   connect(area_, &QMdiArea::subWindowActivated, this, &MainWindow::SubWindowActivated);
   frame_.SetListener(this);
+  // A printed form is its window as it stands on the screen, frame and
+  // caption included.
+  frame_.SetWindowCapturer([this](Form& form) {
+    const auto it = windows_.find(&form);
+    if (it == windows_.end() || !it->second) return platform::RgbImage{};
+    return FromQImage(it->second->grab().toImage());
+  });
   RebuildMenus();
 }
 
@@ -66,6 +74,7 @@ MainWindow::~MainWindow() {
   // activations to this half-destroyed window.
   disconnect(area_, nullptr, this, nullptr);
   frame_.SetListener(nullptr);
+  frame_.SetWindowCapturer(nullptr);
 }
 
 FormView* MainWindow::ViewOf(Form& form) const {

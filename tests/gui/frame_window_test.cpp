@@ -12,6 +12,7 @@
 #include <QImage>
 #include <QLineEdit>
 #include <QTemporaryDir>
+#include <memory>
 
 #include "kinds/form_kinds.h"
 #include "app/frame.h"
@@ -24,6 +25,7 @@
 #include "platform/headless/simple_images.h"
 #include "qt/qt_imaging.h"
 #include "qt/qt_services.h"
+#include "qt/qt_surface.h"
 
 namespace {
 
@@ -119,6 +121,28 @@ class FrameWindowTest : public QObject {
       if (a->text() == "&Close") a->trigger();
     QTRY_COMPARE(window.Area()->subWindowList().size(), 1);
     QCOMPARE(frame.OpenForms().size(), size_t(1));
+  }
+
+  // A printed form is its window: the sub-window drawn with its caption bar,
+  // the plot's black paper inside; none for a form the window does not show.
+  void printedFormIsTheWindow() {
+    keldo::qt::QtPlatform platform(KELDO_SOURCE_DIR "/docs");
+    keldo::Frame frame(platform.services(), KELDO_SOURCE_DIR);
+    keldo::InstallFormKinds(frame);
+    auto window = std::make_unique<keldo::qt::MainWindow>(frame);
+    window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+    MenuTitled(window->menuBar(), "&File")->actions().first()->trigger();
+    QMdiSubWindow* sub = window->Area()->subWindowList().first();
+    keldo::Form& form = *frame.Current();
+    const keldo::platform::RgbImage picture = frame.CaptureWindow(form);
+    QCOMPARE(picture.width, sub->width());
+    QCOMPARE(picture.height, sub->height());
+    const QImage image = keldo::qt::ToQImage(picture);
+    QVERIFY(CountColour(image, qRgb(0, 0, 0)) > picture.width * picture.height / 4);
+    // The window gone, nothing is drawn.
+    window.reset();
+    QVERIFY(frame.CaptureWindow(form).Empty());
   }
 
   // A plot in each grid style, plot style and background, rendered as the

@@ -117,6 +117,41 @@ TEST(PrintForm, ToTheClipboardAndToAFile) {
   EXPECT_EQ(folder.Files(), (std::vector<std::string>{"form.bmp"}));
 }
 
+// Where the front end can draw the form's window, that picture is what
+// goes to the clipboard and the printer, not the form's plots alone.
+TEST(PrintForm, TheWindowPictureStandsForTheFormWhereThereIsOne) {
+  TestFrame t;
+  platform::RgbImage window(37, 23, platform::Rgb{0x0a141e});
+  window.Set(5, 7, platform::Rgb{0xc86432});
+  Form* captured = nullptr;
+  t.frame.SetWindowCapturer([&](Form& form) {
+    captured = &form;
+    return window;
+  });
+  auto& f = FormWithPrintDialog(t);
+  f.controls().SetFromUser("OpClipboard", "1");
+  f.Click("cmdPrint");
+  EXPECT_EQ(captured, &f);
+  EXPECT_EQ(t.platform.clipboard.Image().width, 37);
+  EXPECT_EQ(t.platform.clipboard.Image().pixels, window.pixels);
+
+  f.RunMenu("mnuPrintForm");
+  f.controls().SetFromUser("OpPrinter", "1");
+  f.Click("cmdPrintAndEject");
+  const auto pictures = ItemsOf(t.platform.printer, "picture");
+  ASSERT_EQ(pictures.size(), 1u);
+  // At the screen's 96 dots to the inch.
+  EXPECT_DOUBLE_EQ(pictures[0].x2 - pictures[0].x1, 37.0 / 96);
+  EXPECT_DOUBLE_EQ(pictures[0].y2 - pictures[0].y1, 23.0 / 96);
+
+  // A window that cannot be drawn leaves the form's plots.
+  t.frame.SetWindowCapturer([](Form&) { return platform::RgbImage{}; });
+  f.RunMenu("mnuPrintForm");
+  f.controls().SetFromUser("OpClipboard", "1");
+  f.Click("cmdPrint");
+  EXPECT_GT(t.platform.clipboard.Image().width, 37);
+}
+
 TEST(PrintForm, CancelLeavesEverythingAndTheQuantizationCancelStillWorks) {
   TestFrame t;
   auto& f = FormWithPrintDialog(t);
