@@ -41,8 +41,8 @@ bool ClipToRect(UserSegment& s, double left, double right, double bottom, double
   return true;
 }
 
-void DottedLine(std::vector<UserPoint>& dots, double x0, double y0, double dx, double dy) {
-  for (int j = 0; j <= 128; ++j) dots.push_back({x0 + j * dx, y0 + j * dy});
+void DottedLine(std::vector<UserPoint>& dots, int steps, double x0, double y0, double dx, double dy) {
+  for (int j = 0; j <= steps; ++j) dots.push_back({x0 + j * dx, y0 + j * dy});
 }
 
 }  // namespace
@@ -77,17 +77,19 @@ void DrawAxes(platform::Surface& surface, GridStyle grid, const PlotWindow& w) {
   const double left = w.left, right = w.right, bottom = w.bottom, top = w.top;
   if (grid == kGraphPaper) {
     const double dy8 = (top - bottom) / 8, dx8 = (right - left) / 8;
-    const double dy128 = (top - bottom) / 128, dx128 = (right - left) / 128;
+    // The dots' steps: 128 on the screen, so dy128 and dx128 there.
+    const int steps = std::max(1, surface.GridDotSteps());
+    const double dy128 = (top - bottom) / steps, dx128 = (right - left) / steps;
     const UserSegment edges[4] = {{left, bottom, right, bottom},
                                   {right, bottom, right, top},
                                   {right, top, left, top},
                                   {left, top, left, bottom}};
     surface.Lines(edges, c);
     std::vector<UserPoint> dots;
-    dots.reserve(18 * 129);
+    dots.reserve(18 * static_cast<std::size_t>(steps + 1));
     for (int k = 0; k <= 8; ++k) {
-      DottedLine(dots, left, bottom + k * dy8, dx128, 0.0);
-      DottedLine(dots, left + k * dx8, bottom, 0.0, dy128);
+      DottedLine(dots, steps, left, bottom + k * dy8, dx128, 0.0);
+      DottedLine(dots, steps, left + k * dx8, bottom, 0.0, dy128);
     }
     surface.Pixels(dots, c);
     return;

@@ -43,6 +43,9 @@ class Surface {
     for (const UserPoint& p : points) SetPixel(p.x, p.y, color);
   }
   virtual void Text(double x, double y, const std::string& text, Rgb color) = 0;
+  // The steps of a dotted grid line: 128 on the screen; paper of a printed
+  // size has its own.
+  virtual int GridDotSteps() const { return 128; }
   // An image over the whole surface, each image pixel a block of surface
   // pixels, nearest neighbour, no smoothing. The scale is left in pixels.
   virtual void DrawImage(const RgbImage& image) {

@@ -76,9 +76,10 @@ platform::Rgb PaperColourOf(platform::Rgb color, PaperColour mode) {
   return color;
 }
 
-PaperSurface::PaperSurface(PaperTarget& target, PaperBox box, int pixelWidth, int pixelHeight, PaperColour mode)
+PaperSurface::PaperSurface(PaperTarget& target, PaperBox box, int pixelWidth, int pixelHeight, PaperColour mode,
+                           int gridDotSteps)
     : target_(target), box_(box), pixelWidth_(std::max(1, pixelWidth)), pixelHeight_(std::max(1, pixelHeight)),
-      mode_(mode) {}
+      mode_(mode), gridDotSteps_(std::max(1, gridDotSteps)) {}
 
 void PaperSurface::Line(double x1, double y1, double x2, double y2, platform::Rgb color) {
   double fx1 = FractionX(x1), fy1 = FractionY(y1), fx2 = FractionX(x2), fy2 = FractionY(y2);

@@ -64,7 +64,9 @@ platform::Rgb PaperColourOf(platform::Rgb color, PaperColour mode);
 class PaperSurface final : public platform::Surface {
  public:
   // `pixelWidth` by `pixelHeight` is the size the form is told it paints at.
-  PaperSurface(PaperTarget& target, PaperBox box, int pixelWidth, int pixelHeight, PaperColour mode);
+  // `gridDotSteps` is the steps of a dotted grid line on this paper.
+  PaperSurface(PaperTarget& target, PaperBox box, int pixelWidth, int pixelHeight, PaperColour mode,
+               int gridDotSteps = 128);
   int PixelWidth() const override { return pixelWidth_; }
   int PixelHeight() const override { return pixelHeight_; }
   void Clear(platform::Rgb) override {}
@@ -74,6 +76,7 @@ class PaperSurface final : public platform::Surface {
   void SetPixel(double x, double y, platform::Rgb color) override;
   platform::Rgb GetPixel(double, double) const override { return platform::kWhite; }
   void Text(double x, double y, const std::string& text, platform::Rgb color) override;
+  int GridDotSteps() const override { return gridDotSteps_; }
   void DrawImage(const platform::RgbImage& image) override;
   void Refresh() override {}
   platform::RgbImage Snapshot() const override { return {}; }
@@ -90,6 +93,7 @@ class PaperSurface final : public platform::Surface {
   PaperBox box_;
   int pixelWidth_, pixelHeight_;
   PaperColour mode_;
+  int gridDotSteps_;
   platform::UserScale scale_;
 };
 

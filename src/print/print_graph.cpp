@@ -99,7 +99,8 @@ bool PrintTheGraph(Form& form, int picture, const PrintBoxNames& names) {
   // PrintAxes and PrintAllGraphs: the form draws its picture on the page.
   PrinterTarget target(printer);
   PaperSurface surface(target, box, static_cast<int>((box.right - box.left) * kPaintDotsPerInch),
-                       static_cast<int>((box.bottom - box.top) * kPaintDotsPerInch), mode);
+                       static_cast<int>((box.bottom - box.top) * kPaintDotsPerInch), mode,
+                       GridDotStepsOf(rectangle->size));
   form.Paint(picture, surface);
   if (Checked(controls, names.captionCheck)) {
     printer.SetFont(kFontFamily, kCaptionPoints);

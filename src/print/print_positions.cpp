@@ -57,6 +57,15 @@ std::optional<PrinterRectangle> SetPrinterScale(const std::string& position, con
   return PrinterRectangle{w.left - m->left, w.right + m->right, w.top + m->top, w.bottom - m->bottom, m->size};
 }
 
+int GridDotStepsOf(PrintSize size) {
+  switch (size) {
+    case PrintSize::Big: return 2400;
+    case PrintSize::Medium: return 1200;
+    case PrintSize::Small: return 800;
+  }
+  return 1200;
+}
+
 PagePlace PlaceOnPage(const PrinterRectangle& r, const PrintWindow& w) {
   const double width = r.right - r.left, height = r.top - r.bottom;
   return {(w.left - r.left) / width, (r.top - w.top) / height, (w.right - r.left) / width,

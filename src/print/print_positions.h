@@ -26,6 +26,10 @@ struct PrinterRectangle {
   PrintSize size = PrintSize::Medium;
 };
 
+// The steps of a dotted grid line on paper of the size: 2400 Big, 1200
+// Medium, 800 Small.
+int GridDotStepsOf(PrintSize size);
+
 // The position offered only by a saved form that holds it.
 inline constexpr const char* kSavedFormPosition = "(AA), Big, top, right";
 

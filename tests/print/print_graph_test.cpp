@@ -3,10 +3,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <fstream>
 #include <limits>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "print/print_positions.h"
 #include "print_test_util.h"
@@ -217,6 +221,32 @@ TEST(PrintGraph, MonochromePrintsEveryStrokeBlack) {
   Print(g, "(A), Medium, top, left", 1);
   EXPECT_FALSE(ItemsOf(u.platform.printer, "line", kGreen).empty());
   EXPECT_FALSE(ItemsOf(u.platform.printer, "dot", platform::StandardColour(3)).empty());
+}
+
+// The graph paper's dotted lines: nine across and nine down, each of
+// steps + 1 dots, with 2400 steps for a Big print, 1200 for Medium and 800
+// for Small (the screen has 128). Dots of the grid's colour that fall off
+// the window's box are not printed, so the count is at most that.
+TEST(PrintGraph, GraphPaperDotsFollowThePrintSize) {
+  for (const auto& [position, steps] : std::vector<std::pair<std::string, int>>{
+           {"Large, center, center", 2400}, {"(A), Medium, top, left", 1200}, {"(a), Small, top, left", 800}}) {
+    TestFrame t;
+    auto& f = GraphInWindow(t, "X", "-.5,.5", "-1,1");
+    Print(f, position, 1);
+    const auto dots = ItemsOf(t.platform.printer, "dot", platform::StandardColour(3));
+    EXPECT_EQ(dots.size(), static_cast<std::size_t>(18 * (steps + 1))) << position;
+    // Along the bottom edge the dots stand 1/steps of the box apart.
+    const auto box = ExpectedBox({-.5, .5, -1, 1}, position);
+    std::vector<double> bottom;
+    for (const PrintedItem& d : dots)
+      if (std::fabs(d.y1 - box.bottom) < 1e-9) bottom.push_back(d.x1);
+    // The vertical lines start on the bottom line too.
+    std::sort(bottom.begin(), bottom.end());
+    bottom.erase(std::unique(bottom.begin(), bottom.end(), [](double a, double b) { return b - a < 1e-9; }),
+                 bottom.end());
+    ASSERT_EQ(bottom.size(), static_cast<std::size_t>(steps + 1)) << position;
+    EXPECT_NEAR(bottom[1] - bottom[0], (box.right - box.left) / steps, 1e-9) << position;
+  }
 }
 
 TEST(PrintGraph, LabelsAndCaptionFollowTheChecks) {
