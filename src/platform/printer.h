@@ -27,6 +27,8 @@ class Printer {
   // Whether a document is open: the next print goes on its current page.
   virtual bool IsOpen() const = 0;
   virtual PageSize Page() const = 0;
+  // Whether the printer prints in colour (a file always does).
+  virtual bool SupportsColour() const { return true; }
   virtual void NewPage() = 0;
   virtual void SetFont(const std::string& family, double points) = 0;
   virtual void Line(double x1, double y1, double x2, double y2, Rgb color) = 0;

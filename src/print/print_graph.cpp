@@ -85,6 +85,11 @@ bool PrintTheGraph(Form& form, int picture, const PrintBoxNames& names) {
     context.ShowError(24);
     return false;
   }
+  const PaperColour mode = Checked(controls, names.colourOption) ? PaperColour::Colour : PaperColour::Monochrome;
+  if (mode == PaperColour::Colour && !printer.SupportsColour()) {
+    context.ShowError(40);
+    return false;
+  }
   controls.SetText("LabPrinting", "Printing...");
   if (!printer.IsOpen() && !printer.Begin("KELDO")) {
     controls.SetText("LabPrinting", "");
@@ -95,7 +100,6 @@ bool PrintTheGraph(Form& form, int picture, const PrintBoxNames& names) {
   const PagePlace place = PlaceOnPage(*rectangle, window);
   const PaperBox box{place.left * page.width, place.top * page.height, place.right * page.width,
                      place.bottom * page.height};
-  const PaperColour mode = Checked(controls, names.colourOption) ? PaperColour::Colour : PaperColour::Monochrome;
   // PrintAxes and PrintAllGraphs: the form draws its picture on the page.
   PrinterTarget target(printer);
   PaperSurface surface(target, box, static_cast<int>((box.right - box.left) * kPaintDotsPerInch),

@@ -254,6 +254,15 @@ platform::PageSize QtPrinter::Page() const {
   return {r.width(), r.height()};
 }
 
+bool QtPrinter::SupportsColour() const {
+  const QPrinter& printer = state_->printer;
+  if (printer.outputFormat() == QPrinter::PdfFormat) return true;
+  const QPrinterInfo info(printer);
+  // A printer the system cannot describe is taken to print in colour.
+  if (info.isNull()) return true;
+  return info.supportedColorModes().contains(QPrinter::Color);
+}
+
 void QtPrinter::NewPage() {
   if (state_->open) state_->printer.newPage();
 }

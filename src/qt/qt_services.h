@@ -86,6 +86,7 @@ class QtPrinter final : public platform::Printer {
   bool Begin(const std::string& documentName) override;
   bool IsOpen() const override;
   platform::PageSize Page() const override;
+  bool SupportsColour() const override;
   void NewPage() override;
   void SetFont(const std::string& family, double points) override;
   void Line(double x1, double y1, double x2, double y2, platform::Rgb color) override;

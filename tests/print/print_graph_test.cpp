@@ -306,5 +306,24 @@ TEST(PrintGraph, NoPrinterReports34) {
   EXPECT_EQ(f.controls().Text("LabPrinting"), "");
 }
 
+// Colour asked of a printer that prints only black and grey: message 40,
+// nothing printed; Monochrome then prints.
+TEST(PrintGraph, ColourOnAPrinterWithoutItReports40) {
+  TestFrame t;
+  t.platform.printer.SetColour(false);
+  auto& f = GraphInWindow(t, "X", "-.5,.5", "-1,1");
+  Print(f, "(A), Medium, top, left", 1);
+  ASSERT_EQ(t.lines.size(), 1u);
+  EXPECT_EQ(t.lines[0], "message 40: Color printing not supported at this time.");
+  EXPECT_TRUE(t.platform.printer.Items().empty());
+  EXPECT_EQ(t.platform.printer.Documents(), 0);
+  f.RunMenu("mnuPrintGraph");
+  f.controls().SetFromUser("MonoOrColor(1)", "1");
+  f.Click("cmdPrnt(1)");
+  EXPECT_EQ(t.lines.size(), 1u);
+  EXPECT_EQ(t.platform.printer.Documents(), 1);
+  EXPECT_FALSE(ItemsOf(t.platform.printer, "line").empty());
+}
+
 }  // namespace
 }  // namespace keldo::testing

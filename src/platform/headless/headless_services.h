@@ -202,12 +202,16 @@ class HeadlessPrinter final : public Printer {
   const std::string& LastDocumentPath() const { return lastPath_; }
   // A printer that refuses to begin, as a machine without one.
   void SetAvailable(bool available) { available_ = available; }
+  // A printer that prints only in black and grey.
+  void SetColour(bool colour) { colour_ = colour; }
+  bool SupportsColour() const override { return colour_; }
 
  private:
   std::vector<PrintedItem> items_;
   int documents_ = 0;
   bool open_ = false;
   bool available_ = true;
+  bool colour_ = true;
   PageSize page_;
   std::string outputPath_;
   std::string lastPath_;
