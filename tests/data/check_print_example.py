@@ -14,6 +14,8 @@ program's own drawing code:
 Usage: check_print_example.py FOLDER"""
 
 import os
+import re
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -127,11 +129,65 @@ def check_labels(folder):
         fail("%d label lines, expected %d" % (len(lines), len(expected)))
 
 
+def check_latex(folder):
+    """examples/latex/figure.tex set with the saved picture and its labels:
+    each label stands at its tick of the picture as pdflatex placed it."""
+    source = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "examples", "latex", "figure.tex")
+    with tempfile.TemporaryDirectory() as tmp:
+        Image.open(os.path.join(folder, "parabola.bmp")).save(os.path.join(tmp, "parabola.png"))
+        shutil.copy(os.path.join(folder, "parabola_labels.tex"), tmp)
+        shutil.copy(source, tmp)
+        run = subprocess.run(["pdflatex", "-interaction=nonstopmode", "-halt-on-error", "figure.tex"], cwd=tmp,
+                             stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=120)
+        if run.returncode != 0:
+            fail("pdflatex: exit %d\n%s" % (run.returncode, run.stdout.decode(errors="replace")[-2000:]))
+        pdf = os.path.join(tmp, "figure.pdf")
+        boxes = subprocess.run(["pdftotext", "-bbox", pdf, "-"], check=True, stdout=subprocess.PIPE).stdout.decode()
+        # At 144 dots an inch a pixel is half a point, the unit of the word boxes.
+        subprocess.run(["pdftoppm", "-r", "144", "-png", "-singlefile", pdf, os.path.join(tmp, "page")], check=True)
+        page = Image.open(os.path.join(tmp, "page.png")).convert("RGB")
+    words = [(float(m.group(1)), float(m.group(2)), float(m.group(3)), float(m.group(4)), m.group(5))
+             for m in re.finditer(r'<word xMin="([\d.]+)" yMin="([\d.]+)" xMax="([\d.]+)" yMax="([\d.]+)">([^<]*)</word>',
+                                  boxes)]
+    # The picture: the extent of its coloured pixels (grid and graph).
+    px = page.load()
+    coloured = [(x, y) for y in range(page.height) for x in range(page.width)
+                if max(px[x, y]) - min(px[x, y]) > 30]
+    if not coloured:
+        fail("the typeset page shows no picture")
+    left = min(x for x, _ in coloured) / 2
+    right = (max(x for x, _ in coloured) + 1) / 2
+    top = min(y for _, y in coloured) / 2
+    bottom = (max(y for _, y in coloured) + 1) / 2
+    width, height = right - left, bottom - top
+    if abs(width - 2.25 * 72) > 2 or abs(height - 1.5 * 72) > 2:
+        fail("typeset picture %d by %d points" % (width, height))
+    # The words below the picture and those at its right, in order.
+    lower = sorted((w for w in words if bottom <= w[1] <= bottom + 20 and w[0] < right + 20), key=lambda w: w[0])
+    side = sorted((w for w in words if w[0] > right and top - 15 <= w[3] <= bottom + 5), key=lambda w: w[3])
+    minus = "\u2212"
+    if [w[4] for w in lower] != [minus + "0.5", minus + "0.25", "0", "0.25", "0.5"]:
+        fail("labels under the picture: %s" % [w[4] for w in lower])
+    if [w[4] for w in side] != ["2", "1", "0", minus + "1", minus + "2"]:
+        fail("labels beside the picture: %s" % [w[4] for w in side])
+    for k, w in enumerate(lower):
+        if abs(w[0] - (left + k * width / 4)) > 2:
+            fail("label %s starts at %.1f, its tick at %.1f" % (w[4], w[0], left + k * width / 4))
+    for k, w in enumerate(side):
+        if abs(w[3] - (top + k * height / 4)) > 2:
+            fail("label %s stands at %.1f, its tick at %.1f" % (w[4], w[3], top + k * height / 4))
+
+
 def main():
     folder = sys.argv[1]
     check_sheet(folder)
     check_picture(folder)
     check_labels(folder)
+    if shutil.which("pdflatex"):
+        check_latex(folder)
+        print("print example: the LaTeX figure sets each label at its tick")
+    else:
+        print("print example: pdflatex (texlive-latex-base) is not installed; the LaTeX figure was not set")
     print("print example: sheet, picture and labels as expected")
 
 
