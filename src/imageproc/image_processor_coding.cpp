@@ -56,12 +56,9 @@ wavelet::AswdrEncoded ImageProcessorForm::EncodeTransform(const wavelet::AswdrHe
   // The coefficients that bear on the rectangle, and the bits spent on the
   // whole picture before the region alone takes the rest: for the lossless
   // coder, a share of what a plain lossless run spends.
-  wavelet::AswdrRegion region;
-  region.mask = wavelet::GetROIValues(transform_.width, transform_.height, roi_->x1, roi_->y1, roi_->x2, roi_->y2,
-                                      wavelet::SupportOfWavelet(waveletIndex_), head.levels);
-  const double budget = lossless ? static_cast<double>(wavelet::CompressAswdrLossless(transform_, head).bitsUsed)
-                                 : static_cast<double>(head.budget);
-  region.sharedBudget = static_cast<std::int64_t>(std::nearbyint((1.0 - *share) * budget));
+  wavelet::AswdrRegion region = wavelet::RegionOfRectangle(
+      transform_, head, {roi_->x1, roi_->y1, roi_->x2, roi_->y2}, *share,
+      lossless ? wavelet::RegionBudgetBase::LosslessRun : wavelet::RegionBudgetBase::HeadBudget);
   wavelet::AswdrEncoded encoded = lossless ? wavelet::CompressAswdrLossless(transform_, head, &region)
                                            : wavelet::CompressAswdr(transform_, head, coder, &region);
   regionMask_ = std::move(region.mask);

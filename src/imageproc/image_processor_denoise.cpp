@@ -176,9 +176,8 @@ void ImageProcessorForm::CompressDenoise(wavelet::AswdrCoder coder, double bpp, 
   regionMask_.clear();
   wavelet::AswdrRegion region;
   if (share) {
-    region.mask = wavelet::GetROIValues(transform_.width, transform_.height, roi_->x1, roi_->y1, roi_->x2, roi_->y2,
-                                        wavelet::SupportOfWavelet(waveletIndex_), levels);
-    region.sharedBudget = static_cast<std::int64_t>(std::nearbyint((1.0 - *share) * static_cast<double>(head->budget)));
+    region = wavelet::RegionOfRectangle(transform_, *head, {roi_->x1, roi_->y1, roi_->x2, roi_->y2}, *share,
+                                        wavelet::RegionBudgetBase::HeadBudget);
   }
   wavelet::AswdrEncoded encoded =
       wavelet::CompressDenoiseAswdr(transform_, *head, coder, coding, share ? &region : nullptr);

@@ -115,6 +115,32 @@ RealMatrix RealMatrixOf(const py::handle& object, const char* name) {
   return m;
 }
 
+SquareGraph SquareGraphOf(const py::handle& object, const char* name) {
+  int rows = 0, columns = 0;
+  const std::vector<float> a = FloatMatrixOf(object, name, rows, columns);
+  if (rows != columns) throw py::value_error(std::string(name) + " must be square");
+  const bool power = (rows & (rows - 1)) == 0;
+  SquareGraph g;
+  g.side = rows;
+  g.m = PowerOfTwoExponent(static_cast<std::size_t>(power ? rows : rows - 1), 1, 12, "the matrix's side");
+  g.n = 1 << g.m;
+  g.stride = static_cast<std::size_t>(g.n) + 1;
+  g.v.assign(g.stride * g.stride, 0.0f);
+  for (int r = 0; r < rows; ++r) {
+    const auto row = a.begin() + static_cast<std::ptrdiff_t>(r) * columns;
+    std::copy(row, row + columns, g.v.begin() + static_cast<std::ptrdiff_t>(static_cast<std::size_t>(r) * g.stride));
+  }
+  return g;
+}
+
+py::array_t<double> SquareGraphToArray(const float* values, int side, std::size_t stride) {
+  py::array_t<double> out({static_cast<py::ssize_t>(side), static_cast<py::ssize_t>(side)});
+  double* o = out.mutable_data();
+  for (int r = 0; r < side; ++r)
+    for (int c = 0; c < side; ++c) *o++ = values[static_cast<std::size_t>(r) * stride + static_cast<std::size_t>(c)];
+  return out;
+}
+
 int IntOf(const py::handle& object, const char* name) {
   if (!py::isinstance<py::int_>(object)) throw py::type_error(std::string(name) + " must be an integer");
   int overflow = 0;

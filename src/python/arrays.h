@@ -47,6 +47,19 @@ RealMatrix RealMatrixOf(const py::handle& object, const char* name);
 // The same read straight into single precision, row-major, for the
 // routines that compute in floats; rows and columns set from the shape.
 std::vector<float> FloatMatrixOf(const py::handle& object, const char* name, int& rows, int& columns);
+// A graph of the two-dimensional form read from an N by N matrix, or an
+// N+1 by N+1 one whose last row and column are carried through, N = 2^m
+// with 1 <= m <= 12: single precision, rows of `stride` = N + 1 values, the
+// extra row and column 0 when the matrix has none. `side` is the matrix's.
+struct SquareGraph {
+  int side = 0, m = 0, n = 0;
+  std::size_t stride = 0;
+  std::vector<float> v;
+};
+SquareGraph SquareGraphOf(const py::handle& object, const char* name);
+// The first side by side values of rows of `stride` floats, as a new array.
+py::array_t<double> SquareGraphToArray(const float* values, int side, std::size_t stride);
+
 // True when the array's values are complex.
 bool IsComplexArray(const py::handle& object);
 

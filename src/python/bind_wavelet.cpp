@@ -143,29 +143,15 @@ py::array_t<double> MedianCommand(const py::object& data, bool adaptive) {
 
 py::array_t<double> Transform2DCommand(const py::object& data, const py::object& code, int levels, bool packet,
                                        bool inverse, const std::string& family, bool symmetric) {
-  int rows = 0, columns = 0;
-  const std::vector<float> a = FloatMatrixOf(data, inverse ? "c" : "a", rows, columns);
-  if (rows != columns) ThrowValue("the matrix must be square");
-  const bool power = (rows & (rows - 1)) == 0;
-  const int m = PowerOfTwoExponent(static_cast<std::size_t>(power ? rows : rows - 1), 1, 12, "the matrix's side");
-  const int n = 1 << m;
-  const wavelet::WaveletChoice choice = WaveletChoiceOf(code, family, symmetric, m, levels);
-  const std::size_t stride = static_cast<std::size_t>(n) + 1;
-  std::vector<float> v(stride * stride, 0.0f);
-  for (int r = 0; r < rows; ++r)
-    std::copy(a.begin() + static_cast<std::ptrdiff_t>(r) * columns, a.begin() + static_cast<std::ptrdiff_t>(r + 1) * columns,
-              v.begin() + static_cast<std::ptrdiff_t>(static_cast<std::size_t>(r) * stride));
+  SquareGraph g = SquareGraphOf(data, inverse ? "c" : "a");
+  const wavelet::WaveletChoice choice = WaveletChoiceOf(code, family, symmetric, g.m, levels);
   {
     py::gil_scoped_release release;
-    const wavelet::MatrixView view{v.data(), stride};
-    if (inverse) wavelet::InverseTransform2D(choice, packet, n, view, levels);
-    else wavelet::Transform2D(choice, packet, n, view, levels);
+    const wavelet::MatrixView view{g.v.data(), g.stride};
+    if (inverse) wavelet::InverseTransform2D(choice, packet, g.n, view, levels);
+    else wavelet::Transform2D(choice, packet, g.n, view, levels);
   }
-  py::array_t<double> out({static_cast<py::ssize_t>(rows), static_cast<py::ssize_t>(columns)});
-  double* o = out.mutable_data();
-  for (int r = 0; r < rows; ++r)
-    for (int c = 0; c < columns; ++c) *o++ = v[static_cast<std::size_t>(r) * stride + static_cast<std::size_t>(c)];
-  return out;
+  return SquareGraphToArray(g.v.data(), g.side, g.stride);
 }
 
 }  // namespace

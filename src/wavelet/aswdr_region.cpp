@@ -1,5 +1,6 @@
 #include "wavelet/aswdr_region.h"
 
+#include <cmath>
 #include <cstddef>
 
 namespace keldo::wavelet {
@@ -62,6 +63,18 @@ std::vector<std::uint8_t> GetROIValues(int width, int height, int x1, int y1, in
   trend.margin = (std::int64_t{1} << (levels - 1)) * support + support;
   MarkBlock(mask, width, 0, 0, width >> levels, height >> levels, r, trend);
   return mask;
+}
+
+AswdrRegion RegionOfRectangle(const ImagePlane& transform, const AswdrHead& head, const RegionRectangle& rectangle,
+                              double share, RegionBudgetBase base) {
+  AswdrRegion region;
+  region.mask = GetROIValues(transform.width, transform.height, rectangle.x1, rectangle.y1, rectangle.x2, rectangle.y2,
+                             SupportOfWavelet(head.waveletIndex), head.levels);
+  const double budget = base == RegionBudgetBase::LosslessRun
+                            ? static_cast<double>(CompressAswdrLossless(transform, head).bitsUsed)
+                            : static_cast<double>(head.budget);
+  region.sharedBudget = static_cast<std::int64_t>(std::nearbyint((1.0 - share) * budget));
+  return region;
 }
 
 }  // namespace keldo::wavelet

@@ -85,6 +85,12 @@ def calls(rng):
         lambda: keldo.wdr_encode(a, l, 0.5), lambda: keldo.wdr_decode(bytes(a.tobytes())),
         lambda: keldo.sureshrink_denoise(a, l), lambda: keldo.median_filter_image(a),
         lambda: keldo.taws_denoise(a, l), lambda: keldo.taws_denoise(a, l, threshold=float(k), depth=k),
+        lambda: keldo.taws_denoise(a, l, shifts=k, diagonal=True),
+        lambda: keldo.aswdr_encode(a, 0.5, l, region=(k, l, 2 * k, 3 * l), region_share=0.1 * k),
+        lambda: keldo.compress_denoise_encode(a, 0.5, l, depth=k, region=(0, 0, k, l)),
+        lambda: keldo.compress_denoise_decode(bytes(a.tobytes())),
+        lambda: keldo.wavelet_denoise_2d(a, k, l, refine=True, depth=k, post_process=True, descents=l),
+        lambda: keldo.wavelet_denoise_2d(a, s, l, average=str(k)),
         lambda: keldo.evaluate(s, a),
     ]
 

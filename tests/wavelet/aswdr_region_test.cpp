@@ -2,8 +2,9 @@
 // plane for one and two levels, the region coders against the plain ones
 // at the same budget on a photograph (a smaller error inside the region),
 // the plain decoders reading the region coders' files, region mode from
-// the start when the shared budget is below the head's allowance, and the
-// lossless coder with a region exact inside it.
+// the start when the shared budget is below the head's allowance, the
+// lossless coder with a region exact inside it, and the shared budget of
+// RegionOfRectangle for the coders to a budget and the lossless one.
 
 #include <gtest/gtest.h>
 
@@ -104,6 +105,24 @@ AswdrRegion RegionOf(const ImagePlane& t, const Rect& r, int levels, int wavelet
   region.mask = GetROIValues(t.width, t.height, r.x1, r.y1, r.x2, r.y2, SupportOfWavelet(wavelet), levels);
   region.sharedBudget = static_cast<std::int64_t>(std::nearbyint((1.0 - p) * static_cast<double>(budget)));
   return region;
+}
+
+TEST(AswdrRegion, RegionOfRectangleTakesTheShareOfTheRightBudget) {
+  const ImagePlane t = TransformOf(CameraCrop(), 4, 2);
+  const AswdrHead head = HeadFor(t, 0.25, 4, 2);
+  ASSERT_EQ(head.budget, 4096);
+  const Rect r{10, 70, 50, 120};
+  // 0.7 of 4096 is 2867.2: the whole picture gets 2867 bits.
+  const AswdrRegion lossy =
+      RegionOfRectangle(t, head, {r.x1, r.y1, r.x2, r.y2}, 0.3, RegionBudgetBase::HeadBudget);
+  EXPECT_EQ(lossy.sharedBudget, 2867);
+  EXPECT_EQ(lossy.mask, GetROIValues(128, 128, r.x1, r.y1, r.x2, r.y2, 5, 4));
+  // The lossless coder's share is of what a plain lossless run uses.
+  const std::int64_t plain = CompressAswdrLossless(t, HeadFor(t, 0.0, 4, 2)).bitsUsed;
+  const AswdrRegion lossless =
+      RegionOfRectangle(t, HeadFor(t, 0.0, 4, 2), {r.x1, r.y1, r.x2, r.y2}, 0.5, RegionBudgetBase::LosslessRun);
+  EXPECT_EQ(lossless.sharedBudget, static_cast<std::int64_t>(std::nearbyint(0.5 * static_cast<double>(plain))));
+  EXPECT_EQ(lossless.mask, lossy.mask);
 }
 
 TEST(AswdrRegion, RegionCoderIsBetterInsideTheRegionAtTheSameBudget) {
