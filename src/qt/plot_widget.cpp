@@ -185,13 +185,25 @@ void PlotWidget::mouseReleaseEvent(QMouseEvent* event) {
   held_ = -1;
 }
 
+QRect PlotWidget::PictureRect(int k) const {
+  const std::vector<Placed> placed = Layout();
+  if (k < 0 || k >= static_cast<int>(placed.size())) return {};
+  return placed[static_cast<std::size_t>(k)].box;
+}
+
+QRect PlotWidget::CaptionRect(int k) const {
+  const QRect box = PictureRect(k);
+  if (box.isEmpty()) return {};
+  return QRect(box.left(), box.bottom() + kLabelBottom, box.width(), kCaptionHeight);
+}
+
 void PlotWidget::mouseDoubleClickEvent(QMouseEvent* event) {
   const std::vector<Placed> placed = Layout();
   const QPoint at = event->position().toPoint();
   for (std::size_t k = 0; k < placed.size(); ++k) {
-    const QRect box = placed[k].box;
-    const QRect caption(box.left(), box.bottom() + kLabelBottom, box.width(), kCaptionHeight);
+    const QRect caption = CaptionRect(static_cast<int>(k));
     if ((placed[k].picture.captioned || !placed[k].picture.caption.empty()) && caption.contains(at)) {
+      const RecordedAction recorded(&form_, "caption " + std::to_string(k));
       form_.PictureCaptionActivated(static_cast<int>(k));
       changed_();
       update();

@@ -17,6 +17,10 @@ class PlotWidget final : public QWidget {
  public:
   // `changed` runs after the pointer changed the form.
   PlotWidget(Form& form, std::function<void()> changed, QWidget* parent);
+  // Where picture k's caption stands (a double click there changes it), and
+  // where the picture itself is drawn; empty rectangles for no such picture.
+  QRect CaptionRect(int k) const;
+  QRect PictureRect(int k) const;
 
  protected:
   void paintEvent(QPaintEvent*) override;

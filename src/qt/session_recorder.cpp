@@ -127,12 +127,19 @@ void SessionRecorder::FieldCommitted(Form& form, const std::string& name) {
 
 std::string SessionRecorder::PointerLine(const Form& form, int picture, MouseAction action, double x, double y,
                                          MouseButton button) {
+  // The form's own pointer routing where it reaches the picture; otherwise
+  // the picture named, in its own coordinates.
   double sx = 0.0, sy = 0.0;
-  if (!form.ScriptPoint(picture, x, y, sx, sy)) return "# the pointer on a picture that a script cannot reach";
+  const bool routed = form.ScriptPoint(picture, x, y, sx, sy);
+  if (!routed) {
+    sx = x;
+    sy = y;
+  }
   std::string line = "mouse ";
   line += action == MouseAction::Down ? "down" : action == MouseAction::Move ? "move" : "up";
   line += " " + Number(sx) + " " + Number(sy);
   if (action == MouseAction::Down) line += button == MouseButton::Right ? " right" : " left";
+  if (!routed) line += " @" + std::to_string(picture);
   return line;
 }
 

@@ -53,7 +53,7 @@ constexpr long long kMostTicksAfterSound = 100000;
 // Commands that stand for a person's input, which a long command may meet
 // while it yields to the event loop.
 bool IsEventCommand(const std::string& word) {
-  return word == "click" || word == "mouse" || word == "popup";
+  return word == "click" || word == "mouse" || word == "popup" || word == "caption";
 }
 
 }  // namespace
@@ -163,6 +163,20 @@ bool Runner::Execute(const std::vector<std::string>& words, std::string& reason)
     }
     return true;
   }
+  if (cmd == "caption") {
+    if (!needForm()) return false;
+    double k = 0.0;
+    const std::size_t pictures = form->Pictures().size();
+    if (words.size() != 2 || !ParseDouble(words[1], k) || k != std::floor(k) || k < 0 ||
+        k >= static_cast<double>(pictures)) {
+      reason = pictures == 0 ? std::string("this form has no picture with a caption")
+                             : "caption takes the number of a picture of the form, from 0 to " +
+                                   std::to_string(pictures - 1);
+      return false;
+    }
+    form->PictureCaptionActivated(static_cast<int>(k));
+    return true;
+  }
   if (cmd == "mouse" || cmd == "popup") {
     if (!needForm()) return false;
     if (cmd == "popup") {
@@ -173,21 +187,35 @@ bool Runner::Execute(const std::vector<std::string>& words, std::string& reason)
       if (!form->RunMenu(base, index)) reason = "unknown menu item " + words[1];
       return reason.empty();
     }
-    if (words.size() < 4 || words.size() > 5) { reason = "mouse takes down, move or up, X, Y and a button"; return false; }
-    MouseAction action;
-    if (words[1] == "down") action = MouseAction::Down;
-    else if (words[1] == "move") action = MouseAction::Move;
-    else if (words[1] == "up") action = MouseAction::Up;
-    else { reason = "mouse takes down, move or up, not " + words[1]; return false; }
-    double x = 0.0, y = 0.0;
-    if (!ParseDouble(words[2], x) || !ParseDouble(words[3], y)) { reason = "mouse needs two numbers"; return false; }
-    MouseButton button = MouseButton::Left;
-    if (words.size() == 5) {
-      if (words[4] == "right") button = MouseButton::Right;
-      else if (words[4] != "left") { reason = "the button is left or right, not " + words[4]; return false; }
+    // A last word @K aims at picture K of the form, in its own coordinates.
+    int picture = -1;
+    std::vector<std::string> args = words;
+    if (args.size() > 1 && args.back().size() > 1 && args.back()[0] == '@') {
+      double k = 0.0;
+      if (!ParseDouble(args.back().substr(1), k) || k != std::floor(k) || k < 0 ||
+          k >= static_cast<double>(form->Pictures().size())) {
+        reason = "no picture " + args.back().substr(1) + " on this form";
+        return false;
+      }
+      picture = static_cast<int>(k);
+      args.pop_back();
     }
-    if (action == MouseAction::Move && words.size() == 4) button = MouseButton::None;
-    if (!form->Mouse(action, x, y, button)) reason = "this form has no plot to point at";
+    if (args.size() < 4 || args.size() > 5) { reason = "mouse takes down, move or up, X, Y and a button"; return false; }
+    MouseAction action;
+    if (args[1] == "down") action = MouseAction::Down;
+    else if (args[1] == "move") action = MouseAction::Move;
+    else if (args[1] == "up") action = MouseAction::Up;
+    else { reason = "mouse takes down, move or up, not " + args[1]; return false; }
+    double x = 0.0, y = 0.0;
+    if (!ParseDouble(args[2], x) || !ParseDouble(args[3], y)) { reason = "mouse needs two numbers"; return false; }
+    MouseButton button = MouseButton::Left;
+    if (args.size() == 5) {
+      if (args[4] == "right") button = MouseButton::Right;
+      else if (args[4] != "left") { reason = "the button is left or right, not " + args[4]; return false; }
+    }
+    if (action == MouseAction::Move && args.size() == 4) button = MouseButton::None;
+    const bool reached = picture >= 0 ? form->PictureMouse(picture, action, x, y, button) : form->Mouse(action, x, y, button);
+    if (!reached) reason = "this form has no plot to point at";
     return reason.empty();
   }
   if (cmd == "screenshot") {

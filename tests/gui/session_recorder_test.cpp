@@ -29,6 +29,7 @@
 #include "platform/headless/headless_services.h"
 #include "qt/form_view.h"
 #include "qt/main_window.h"
+#include "qt/plot_widget.h"
 #include "qt/qt_imaging.h"
 #include "qt/qt_services.h"
 #include "qt/session_recorder.h"
@@ -176,6 +177,27 @@ class Session {
     QTest::mouseRelease(plot, Qt::LeftButton, {}, at(fx1, fy1));
     return true;
   }
+  keldo::qt::PlotWidget* Plot() {
+    return View() ? View()->findChild<keldo::qt::PlotWidget*>("GraphBox") : nullptr;
+  }
+  // A right click on the middle of picture k.
+  bool RightClickPicture(int k) {
+    keldo::qt::PlotWidget* plot = Plot();
+    if (!plot || plot->PictureRect(k).isEmpty()) return false;
+    const QPoint at = plot->PictureRect(k).center();
+    QTest::mousePress(plot, Qt::RightButton, {}, at);
+    QTest::mouseRelease(plot, Qt::RightButton, {}, at);
+    return true;
+  }
+  // A double click on picture k's caption.
+  bool DoubleClickCaption(int k) {
+    keldo::qt::PlotWidget* plot = Plot();
+    if (!plot || plot->CaptionRect(k).isEmpty()) return false;
+    QTest::mouseDClick(plot, Qt::LeftButton, {}, plot->CaptionRect(k).center());
+    return true;
+  }
+  // The text the next input box is answered with.
+  void QueueAnswer(const QString& text) { answers_.push_back(text); }
   bool ClickPlot(double fx, double fy) {
     QWidget* plot = View() ? View()->findChild<QWidget*>("GraphBox") : nullptr;
     if (!plot) return false;
@@ -200,11 +222,24 @@ class Session {
         dialog->reject();
         return;
       }
-      dialog->selectFile(QString::fromStdString(files_.front()));
+      // The whole path typed into the name box, as a person may: the
+      // dialog's own selection follows its folder view, which a thread of
+      // its own fills, sometimes too late.
+      const QString path = QString::fromStdString(files_.front());
       files_.erase(files_.begin());
+      if (auto* name = dialog->findChild<QLineEdit*>("fileNameEdit")) name->setText(path);
+      else dialog->selectFile(path);
       QMetaObject::invokeMethod(dialog, "accept");
     } else if (auto* box = qobject_cast<QMessageBox*>(modal)) {
       box->accept();
+    } else if (auto* input = qobject_cast<QInputDialog*>(modal)) {
+      if (answers_.empty()) {
+        input->reject();
+        return;
+      }
+      input->setTextValue(answers_.front());
+      answers_.erase(answers_.begin());
+      input->accept();
     }
   }
 
@@ -212,6 +247,7 @@ class Session {
   keldo::qt::MainWindow& window_;
   QTimer answerer_;
   std::vector<std::string> files_;
+  std::vector<QString> answers_;
   QString popupItem_;
 };
 
@@ -357,8 +393,18 @@ class SessionRecorderTest : public QObject {
     QVERIFY(session.Menu("mnuNew(1)"));
     QVERIFY(session.Menu("mnuPlot"));
     QVERIFY(session.Type("Formula", "sin(6*x)*cos(4*y)", true));
+    // A second graph; the histogram of the first, through the pop-up menu
+    // of its small picture (not the current graph's).
+    QVERIFY(session.Type("Formula", "x*y", true));
+    keldo::Form* graph2 = frame.Current();
+    session.QueuePopup("mnuHistogram");
+    QVERIFY(session.RightClickPicture(0));
+    session.Activate(graph2);
     QVERIFY(session.Menu("mnuLarge"));
     QVERIFY(session.ClickPlot(0.45, 0.4));
+    // The large picture's caption, changed by a double click on it.
+    session.QueueAnswer("Waves");
+    QVERIFY(session.DoubleClickCaption(0));
 
     // The image processor: a picture through the file dialog, compressed.
     QVERIFY(session.Menu("mnuNew(3)"));
@@ -396,9 +442,11 @@ class SessionRecorderTest : public QObject {
     QVERIFY2(script.find("form " + std::to_string(number) + "\nmenu mnuThreshold\n") != std::string::npos, script.c_str());
     QVERIFY2(script.find("set SpecFilter " + SessionRecorder::Quote(filter.toStdString()) + "\n") !=
                  std::string::npos, script.c_str());
-    QCOMPARE(CountLines(script, "mouse down "), 3);
+    QVERIFY2(script.find(" right @0\npopup mnuHistogram\nmouse up ") != std::string::npos, script.c_str());
+    QVERIFY2(script.find("answer Waves\ncaption 0\n") != std::string::npos, script.c_str());
+    QCOMPARE(CountLines(script, "mouse down "), 4);
     QCOMPARE(CountLines(script, "mouse move "), 1);
-    QCOMPARE(CountLines(script, "mouse up "), 3);
+    QCOMPARE(CountLines(script, "mouse up "), 4);
     QVERIFY2(script.find(" right\npopup mnuArrangeDecrMag\nmouse up ") != std::string::npos, script.c_str());
 
     int status = -1;

@@ -181,3 +181,34 @@ TEST(Runner, APlayAgainBeforeWaitStartsTheLineAgain) {
 
 }  // namespace
 }  // namespace keldo::script
+
+namespace keldo::script {
+namespace {
+
+// `caption K` is a double click on picture K's caption: on a 2-D form the
+// input box for the graph's caption, answered by the line before it.
+// `mouse ... @K` reaches picture K in its own coordinates: here the small
+// picture of the first of two graphs, whose pop-up copies that graph.
+TEST(Runner, CaptionDoubleClickAndPointerOnAnyPicture) {
+  Script r;
+  const char* script =
+      "new 2d\nmenu mnu64\nmenu mnuPlot\nset Formula \"x*y\"\ngo\nset Formula \"x+y\"\ngo\n"
+      "mouse down 0.25 0.25 right @0\npopup mnuCopyGraph\nmouse up 0.25 0.25 @0\n"
+      "new 2d\nmenu mnu64\npopup mnuPasteGraph\n"
+      "answer Product\ncaption 0\ndump\n";
+  ASSERT_EQ(r(script), 0) << r.err.str();
+  const std::string json = r.out.str();
+  EXPECT_NE(json.find("\"LabGraphSm(0)\": {\"caption\": \"Product\""), std::string::npos) << json.substr(0, 3000);
+  // The pasted graph is x*y, the first one: its value at the corner (-1/2, -1/2) is 1/4.
+  EXPECT_NE(json.find("\"values\": [\n      [0.25,"), std::string::npos) << json.substr(0, 600);
+
+  Script bad;
+  EXPECT_EQ(bad("new 2d\ncaption 4\n"), 2);
+  EXPECT_EQ(bad.err.str(), "line 2: caption takes the number of a picture of the form, from 0 to 3\n");
+  Script far;
+  EXPECT_EQ(far("new 2d\nmouse down 0 0 left @7\n"), 2);
+  EXPECT_EQ(far.err.str(), "line 2: no picture 7 on this form\n");
+}
+
+}  // namespace
+}  // namespace keldo::script
