@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "kit/focus.h"
 #include "kit/form_context.h"
 #include "kit/measuring_box.h"
 #include "kit/print_box.h"
@@ -240,6 +241,7 @@ void Graph1Form::SideBoxOpening(int panel) {
   if (panel == kPanelGraph) {
     controls_.SetEnabled("GoButton(0)", true);
     formulaBox_.Enable(true);
+    RequestFocus(controls_, "Formula");
   }
 }
 
@@ -313,6 +315,7 @@ bool Graph1Form::FieldHelp(const std::string& name) {
 
 void Graph1Form::FormulaHelp(const std::string& selected) {
   context_.GetHelp("KELDOX.HLP", selected.empty() ? "One-dimensional formulas" : selected);
+  RequestFocus(controls_, "Formula");
 }
 
 // ------------------------------------------------------------ Go and buttons
@@ -360,6 +363,7 @@ void Graph1Form::ControlChanged(const std::string& name) {
 
 void Graph1Form::Activated() {
   formulaBox_.Initialize();
+  if (controls_["GoButton(0)"].enabled) RequestFocus(controls_, "Formula");
   EnableCommand("mnuPasteGraph", context_.exchange().oneDimensional.holdsGraph);
   Touch();
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "kit/focus.h"
 #include "kit/form_context.h"
 #include "common/number_text.h"
 #include "form1d/graph1_menu.h"
@@ -175,6 +176,7 @@ void Graph1Form::RemoveTheGraph() {
   RemoveGraph(g);
   ResetMenu();
   RedrawGraphs(2);
+  if (graphCount_ > 0) RequestFocus(controls_, "TxtAnGr1");
 }
 
 void Graph1Form::ClearGraphs() {
@@ -237,10 +239,12 @@ int Graph1Form::TestNewIntervals(const std::string& xl, const std::string& xr, c
   const double l = VALU(xl), r = VALU(xr), b = VALU(yb), t = VALU(yt);
   if (!(r > l)) {
     context_.ShowError(4);
+    RequestFocus(controls_, "txtXinterval");
     return -1;
   }
   if (!(t > b)) {
     context_.ShowError(5);
+    RequestFocus(controls_, "txtYinterval");
     return -1;
   }
   return 0;
@@ -274,6 +278,8 @@ void Graph1Form::RestorePlotButton() {
   Control& go = controls_["GoButton(0)"];
   go.text = "&Plot";
   go.tip = "Draws a graph of the formula.";
+  // Ready for the next formula.
+  RequestFocus(controls_, "Formula");
   Touch();
 }
 
@@ -297,6 +303,7 @@ void Graph1Form::PlotTheGraph() {
     intervalLeft_ = oldLeft;
     intervalRight_ = oldRight;
     context_.ShowError(23);
+    RequestFocus(controls_, "Formula");
     return;
   }
   std::string error = "N";
@@ -307,6 +314,7 @@ void Graph1Form::PlotTheGraph() {
     controls_.SetText("Formula", typed);
     intervalLeft_ = oldLeft;
     intervalRight_ = oldRight;
+    RequestFocus(controls_, "Formula");
   }
   step_ = (intervalRight_ - intervalLeft_) / n_;
 }
@@ -380,6 +388,8 @@ void Graph1Form::USERFN(int count, double a, double b, double h, std::vector<dou
   Control& go = controls_["GoButton(0)"];
   go.text = "&Stop";
   go.tip = "Stops the graphing.";
+  // A key press stops the plot while it runs.
+  RequestFocus(controls_, "GoButton(0)");
   live_ = LiveGraph{y.data(), 0, a, h, graphCount_};
   Touch();
   LiveSink sink(live_, *this, *context_.services().eventLoop, plotting_);

@@ -3,6 +3,7 @@
 
 #include <cmath>
 
+#include "kit/focus.h"
 #include "kit/form_context.h"
 #include "common/number_text.h"
 #include "form1d/graph1_form.h"
@@ -80,6 +81,7 @@ bool Graph1Form::GetTransformParameters(fourier::TransformSetup& setup) {
   const int interval = chosen({"FTIntOp1", "FTIntOp2", "FTIntOp3", "FTIntOp4"});
   if (data == 0 || output == 0 || exponent == 0 || interval == 0) {
     context_.Beep();
+    if (interval == 0) RequestFocus(controls_, "FTIntOp1");
     return false;
   }
   setup.dataType = data == 1 ? fourier::DataType::Real : fourier::DataType::Complex;

@@ -4,6 +4,7 @@
 
 #include <cmath>
 
+#include "kit/focus.h"
 #include "kit/form_context.h"
 #include "common/number_text.h"
 #include "form1d/graph1_form.h"
@@ -125,6 +126,7 @@ void Graph1Form::SetFilterParameters() {
 
 int Graph1Form::ResetFilterForm(int message) {
   context_.ShowError(message);
+  RequestFocus(controls_, "FiltParam1");
   return kStop;
 }
 
@@ -142,7 +144,11 @@ int Graph1Form::FREQFILT(fourier::SeriesKind kind, int h, double b, double* x, d
   const bool waves = name == "Cos" || name == "Sinc" || name == "Heat" || name == "FresnelCos" || name == "FresnelSin" ||
                      name == "Diffraction";
   if (waves && !(prm.p >= 0)) return ResetFilterForm(8);
-  if (waves && !(prm.q >= 0)) return ResetFilterForm(8);
+  if (waves && !(prm.q >= 0)) {
+    ResetFilterForm(8);
+    RequestFocus(controls_, "FiltParam2");
+    return kStop;
+  }
   if (name == "Diffraction") {
     filter.mode = Mode::Diffraction;
     fourier::FilterWeights("FresnelCos", h, prm, filter.weights);
@@ -197,6 +203,7 @@ bool Graph1Form::UserFilter(int h, std::vector<double>& w) {
   intervalRight_ = right;
   if (command == formula::kErrorResult) {
     context_.ShowError(23);
+    RequestFocus(controls_, "FilterFormula");
     return false;
   }
   formula::UserFunctionRun run = formula::RunOver(formula_, 0.0, 1.0 / h, h + 1);
@@ -205,7 +212,10 @@ bool Graph1Form::UserFilter(int h, std::vector<double>& w) {
   formula::PlotSink quiet;
   std::vector<double> values(static_cast<std::size_t>(h) + 11, 0.0);
   const formula::UserFunctionResult result = formula::RunUserFunction(run, values, quiet);
-  if (result.fault != formula::kNoFault) return false;
+  if (result.fault != formula::kNoFault) {
+    RequestFocus(controls_, "FilterFormula");
+    return false;
+  }
   w.assign(values.begin(), values.begin() + h + 1);
   return true;
 }

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <filesystem>
 
+#include "kit/focus.h"
 #include "kit/form_context.h"
 #include "kit/typed_forms.h"
 #include "common/number_text.h"
@@ -139,6 +140,7 @@ void Graph1Form::StopSound() {
   // Stops the 8-bit control alone, as the button always has.
   sound_->edit[0].Stop(*context_.services().audio);
   sound_->edit[0].SetPosition(0);
+  RequestFocus(controls_, "cmdSound(0)");
   controls_.SetEnabled("cmdSound(1)", false);
   Touch();
 }

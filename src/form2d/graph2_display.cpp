@@ -7,6 +7,7 @@
 
 #include "common/number_text.h"
 #include "form2d/graph2_form.h"
+#include "kit/focus.h"
 #include "kit/form_context.h"
 
 namespace keldo::form2d {
@@ -185,12 +186,9 @@ void Graph2Form::ChangeGraphStyle() {
   std::string text = controls_.Text("TxtThreshold");
   bool failed = false;
   const double threshold = Value(text, failed);
-  if (failed) {
-    context_.ShowError(10);
-    return;
-  }
-  if (threshold < 0) {
-    context_.ShowError(11);
+  if (failed || threshold < 0) {
+    context_.ShowError(failed ? 10 : 11);
+    RequestFocus(controls_, "TxtThreshold");
     return;
   }
   look.threshold = static_cast<float>(threshold);
@@ -240,20 +238,25 @@ void Graph2Form::Zoom() {
   const int g = static_cast<int>(WholeNumber(Value(controls_.Text("TxtGraphStat"), failed))) - 1;
   if (failed || g < 0 || g >= graphCount_) {
     context_.ShowError(1);
+    RequestFocus(controls_, "TxtGraphStat");
     return;
   }
   GraphLook& look = looks_[static_cast<std::size_t>(g)];
   const int limit = n_ < 512 ? n_ / 4 : 64;
   if (look.drawWidths >= limit) {
+    // Zoomed as far as it goes: another graph may still be zoomed.
     context_.ShowError(31);
+    RequestFocus(controls_, "TxtGraphStat");
     return;
   }
   const double c = Value(controls_.Text("txtZoomCoord(0)"), failed);
   const double r = Value(controls_.Text("txtZoomCoord(1)"), failed);
-  if (c < 0) return context_.ShowError(74);
-  if (c > n_) return context_.ShowError(75);
-  if (r < 0) return context_.ShowError(76);
-  if (r > n_) return context_.ShowError(77);
+  const int message = c < 0 ? 74 : c > n_ ? 75 : r < 0 ? 76 : r > n_ ? 77 : 0;
+  if (message != 0) {
+    context_.ShowError(message);
+    RequestFocus(controls_, message <= 75 ? "txtZoomCoord(0)" : "txtZoomCoord(1)");
+    return;
+  }
   const auto s = static_cast<std::size_t>(g);
   const float x = store_.h[s] * static_cast<float>(c) + store_.a[s];
   const float y = store_.h[s] * static_cast<float>(r) + store_.a[s];
@@ -280,6 +283,7 @@ void Graph2Form::Zoom() {
 void Graph2Form::RestoreImage(int g) {
   if (g < 0 || g >= graphCount_) {
     context_.ShowError(1);
+    RequestFocus(controls_, "TxtGraphStat");
     return;
   }
   const auto s = static_cast<std::size_t>(g);

@@ -12,6 +12,7 @@
 #include "common/text.h"
 #include "form2d/graph2_menu.h"
 #include "formula/formula_text.h"
+#include "kit/focus.h"
 #include "kit/form_context.h"
 #include "kit/menu_table.h"
 #include "kit/quantization_box.h"
@@ -264,6 +265,7 @@ void Graph2Form::BindCommands() {
     }
     TransferInfo();
     ShowPanel(kPanelWavelet);
+    RequestFocus(controls_, "GoButton(5)");
   });
   OnButton("cmdCancel", [this](int) {
     if (VisiblePanel() == kPanelPrintForm) {
@@ -276,6 +278,7 @@ void Graph2Form::BindCommands() {
       return;
     }
     ShowPanel(kPanelWavelet);
+    RequestFocus(controls_, "GoButton(5)");
   });
   OnButton("cmdGraph", [this](int index) { formulaBox_.Press(index); });
   BindPrintCommands();
@@ -292,6 +295,7 @@ void Graph2Form::PerformCalculation() {
   if (text == formula::kValueFailure) {
     formula_.valueFault = 0;
     context_.ShowError(52);
+    RequestFocus(controls_, "CalcFormula");
     return;
   }
   controls_.SetText("TxtCalculation", PlainNumber(value));
@@ -602,12 +606,14 @@ void Graph2Form::OpenSaveOptionsBox(const SideBoxCommand&) {
 void Graph2Form::OpenGraphing(const SideBoxCommand&) {
   controls_.SetVisible("GoButton(1)", true);
   formulaBox_.Enable(true);
+  RequestFocus(controls_, "Formula");
 }
 
 void Graph2Form::InitializeGraph() {
   SetSideBoxKey("Graph");
   controls_.SetVisible("GoButton(1)", true);
   ShowPanel(kPanelGraph);
+  RequestFocus(controls_, "Formula");
 }
 
 void Graph2Form::RestoreSideBoxFromKey(const std::string& key) {
@@ -643,12 +649,14 @@ bool Graph2Form::QueryClose() {
 
 void Graph2Form::Activated() {
   formulaBox_.Initialize();
+  if (controls_["GoButton(1)"].visible) RequestFocus(controls_, "Formula");
   controls_.SetEnabled("mnuPasteGraph", context_.exchange().twoDimensional.holdsGraph);
   Touch();
 }
 
 void Graph2Form::FormulaHelp(const std::string& selected) {
   context_.GetHelp("KELDOX2.HLP", selected.empty() ? "Two-dimensional formulas" : selected);
+  RequestFocus(controls_, "Formula");
 }
 
 std::vector<GraphSummary> Graph2Form::Graphs() const {

@@ -7,6 +7,7 @@
 #include "common/number_text.h"
 #include "form2d/graph2_form.h"
 #include "formula/formula_text.h"
+#include "kit/focus.h"
 #include "kit/form_context.h"
 #include "platform/event_loop.h"
 #include "platform/random.h"
@@ -51,6 +52,7 @@ void Graph2Form::PlotTheGraph2() {
     formulaLeft_ = oldLeft;
     formulaRight_ = oldRight;
     context_.ShowError(23);
+    RequestFocus(controls_, "Formula");
     return;
   }
   std::string error;
@@ -62,6 +64,7 @@ void Graph2Form::PlotTheGraph2() {
     controls_.SetText("Formula", typed);
     formulaLeft_ = oldLeft;
     formulaRight_ = oldRight;
+    RequestFocus(controls_, "Formula");
   }
   plotting_ = false;
   Touch();

@@ -4,6 +4,7 @@
 
 #include "common/number_text.h"
 #include "kit/controls.h"
+#include "kit/focus.h"
 #include "kit/form_context.h"
 
 namespace keldo {
@@ -36,7 +37,11 @@ int ReadGraphNumber(FormContext& context, const std::string& text, int graphCoun
 }
 
 int GraphNumberReader::operator()(const std::string& field, int graphCount, const GraphNumberRules& rules) const {
-  return ReadGraphNumber(context_, controls_.Text(field), graphCount, rules, evaluate_);
+  const int g = ReadGraphNumber(context_, controls_.Text(field), graphCount, rules, evaluate_);
+  // A form holding no graph may pass over the field without a word.
+  const bool silent = rules.single == SingleGraph::TakenOrNone && graphCount == 0;
+  if (g < 0 && !silent) RequestFocus(controls_, field);
+  return g;
 }
 
 }  // namespace keldo

@@ -51,17 +51,18 @@ int ReadGraphNumber(FormContext& context, const std::string& text, int graphCoun
                     const NumberEvaluator& evaluate);
 
 // The same, bound to a form's context, controls and evaluation, reading the
-// field by its control name.
+// field by its control name. A number it reports on sends the keyboard focus
+// back to the field, so that the user can correct it at once.
 class GraphNumberReader {
  public:
-  GraphNumberReader(FormContext& context, const ControlModel& controls, NumberEvaluator evaluate)
+  GraphNumberReader(FormContext& context, ControlModel& controls, NumberEvaluator evaluate)
       : context_(context), controls_(controls), evaluate_(std::move(evaluate)) {}
 
   int operator()(const std::string& field, int graphCount, const GraphNumberRules& rules = {}) const;
 
  private:
   FormContext& context_;
-  const ControlModel& controls_;
+  ControlModel& controls_;
   NumberEvaluator evaluate_;
 };
 

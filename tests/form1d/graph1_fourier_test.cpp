@@ -7,6 +7,7 @@
 
 #include "fourier/transforms.h"
 #include "graph1_test_util.h"
+#include "kit/focus.h"
 
 namespace keldo::testing {
 namespace {
@@ -255,6 +256,90 @@ TEST(FilteringCommand, MultipliesPointByPointInAllFourWays) {
                                                "message 25: Improper number for real data.",
                                                "message 26: Improper number for real filter."}));
   EXPECT_EQ(f.GraphCount(), 8);
+}
+
+TEST(FourierFocus, ARefusedGraphNumberFocusesItsBox) {
+  TestFrame t;
+  auto& f = NewForm(t, 64);
+  Plot(f, "x", "1");
+  Plot(f, "x*x", "1");
+  f.RunMenu("mnuFourierTransform");
+  f.controls().SetText("FTGraph", "3");
+  f.Go();
+  EXPECT_EQ(FocusRequested(f.controls()), "FTGraph");
+  f.RunMenu("mnuFourierSeries");
+  f.controls().SetText("LblSeriesGraph", "3");
+  f.Go();
+  EXPECT_EQ(FocusRequested(f.controls()), "LblSeriesGraph");
+  ASSERT_TRUE(f.RunMenu("mnuConvolution"));
+  f.controls().SetText("ConvGr1", "1");
+  f.controls().SetText("ConvGr2", "3");
+  f.Go();
+  EXPECT_EQ(FocusRequested(f.controls()), "ConvGr2");
+  f.controls().SetText("ConvGr1", "0");
+  f.Go();
+  EXPECT_EQ(FocusRequested(f.controls()), "ConvGr1");
+  EXPECT_EQ(t.lines, (std::vector<std::string>{
+                         "message 1: Insufficient number of graphs.", "message 1: Insufficient number of graphs.",
+                         "message 1: Insufficient number of graphs.", "message 3: Improper graph specification."}));
+  EXPECT_EQ(f.GraphCount(), 2);
+  // Numbers that are accepted move nothing.
+  RequestFocus(f.controls(), "Formula");
+  f.controls().SetText("ConvGr1", "1");
+  f.controls().SetText("ConvGr2", "2");
+  f.Go();
+  EXPECT_EQ(f.GraphCount(), 3);
+  EXPECT_EQ(FocusRequested(f.controls()), "Formula");
+}
+
+TEST(FourierFocus, OnlyAMissingIntervalChoiceMovesTheFocus) {
+  TestFrame t;
+  auto& f = NewForm(t, 64);
+  Plot(f, "x");
+  f.RunMenu("mnuFourierTransform");
+  RequestFocus(f.controls(), "Formula");
+  f.controls()["NegExponent"].value = 0;
+  f.Go();
+  EXPECT_EQ(FocusRequested(f.controls()), "Formula");
+  f.controls()["NegExponent"].value = 1;
+  f.controls()["FTIntOp1"].value = 0;
+  f.Go();
+  EXPECT_EQ(t.lines, (std::vector<std::string>{"beep", "beep"}));
+  EXPECT_EQ(FocusRequested(f.controls()), "FTIntOp1");
+  EXPECT_EQ(t.frame.OpenForms().size(), 1u);
+}
+
+TEST(FourierFocus, ARefusedFilterParameterFocusesItsBox) {
+  TestFrame t;
+  auto& f = NewForm(t, 64);
+  Plot(f, "x", "1");
+  f.RunMenu("mnuFourierSeries");
+  f.controls().SetFromUser("OptionFiltered", "1");
+  struct Case {
+    const char* filter;
+    const char* c;
+    const char* t;
+    const char* focus;
+  };
+  const Case cases[] = {{"Riesz", "-1", "0", "FiltParam1"},      {"Heat", "-2", "1", "FiltParam1"},
+                        {"Heat", "1", "-1", "FiltParam2"},       {"FresnelSin", "0", "-3", "FiltParam2"},
+                        {"Diffraction", "-1", "1", "FiltParam1"}};
+  for (const Case& c : cases) {
+    f.controls().SetFromUser("FreqFilter", c.filter);
+    f.ControlChanged("FreqFilter");
+    f.controls().SetText("FiltParam1", c.c);
+    f.controls().SetText("FiltParam2", c.t);
+    RequestFocus(f.controls(), "Formula");
+    f.Go();
+    EXPECT_EQ(FocusRequested(f.controls()), c.focus) << c.filter << " " << c.c << " " << c.t;
+    EXPECT_EQ(t.lines.back(), "message 8: Damping constant must be non-negative.");
+  }
+  f.controls().SetFromUser("FreqFilter", "User");
+  f.controls().SetText("FilterFormula", "sin(");
+  f.Go();
+  EXPECT_EQ(t.lines.back(), "message 23: Improper formula.");
+  EXPECT_EQ(FocusRequested(f.controls()), "FilterFormula");
+  EXPECT_EQ(f.GraphCount(), 1);
 }
 
 }  // namespace

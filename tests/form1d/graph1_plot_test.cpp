@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "form1d/graph1_form.h"
+#include "kit/focus.h"
 #include "kit/typed_forms.h"
 #include "test_frame.h"
 
@@ -355,6 +356,90 @@ TEST(Form, ClosingDuringAPlotIsRefusedWithABeep) {
   EXPECT_TRUE(refused);
   EXPECT_EQ(t.lines, std::vector<std::string>{"beep"});
   EXPECT_TRUE(f.QueryClose());
+}
+
+TEST(Focus, OpeningTheGraphingBoxAndEveryPlotEndReturnToTheFormula) {
+  TestFrame t;
+  auto& f = NewGraph1(t);
+  EXPECT_EQ(FocusRequested(f.controls()), "Formula");
+  std::string focusDuringPlot;
+  t.platform.eventLoop.SetHook([&] {
+    if (focusDuringPlot.empty()) focusDuringPlot = FocusRequested(f.controls());
+  });
+  RequestFocus(f.controls(), "EndRValue");
+  Plot(f, "X");
+  ASSERT_EQ(f.GraphCount(), 1);
+  // A running plot keeps the focus on its Stop button; the end gives it back.
+  EXPECT_EQ(focusDuringPlot, "GoButton(0)");
+  EXPECT_EQ(FocusRequested(f.controls()), "Formula");
+  // A stopped plot ends the same way.
+  int yields = 0;
+  t.platform.eventLoop.SetHook([&] {
+    if (++yields == 2) f.Click("GoButton(0)");
+  });
+  RequestFocus(f.controls(), "EndRValue");
+  Plot(f, "X^2");
+  EXPECT_EQ(f.GraphCount(), 1);
+  EXPECT_EQ(FocusRequested(f.controls()), "Formula");
+}
+
+TEST(Focus, AnImproperOrFailingFormulaGoesBackToItsBox) {
+  TestFrame t;
+  auto& f = NewGraph1(t);
+  RequestFocus(f.controls(), "EndRValue");
+  const int before = FocusRequests(f.controls());
+  Plot(f, "SIN(X");
+  EXPECT_EQ(t.lines, std::vector<std::string>{"message 23: Improper formula."});
+  EXPECT_EQ(FocusRequested(f.controls()), "Formula");
+  EXPECT_EQ(FocusRequests(f.controls()), before + 1);
+  RequestFocus(f.controls(), "EndRValue");
+  Plot(f, "1/X");
+  EXPECT_EQ(f.GraphCount(), 0);
+  EXPECT_EQ(f.controls().Text("Formula"), "1/X");
+  EXPECT_EQ(FocusRequested(f.controls()), "Formula");
+}
+
+TEST(Focus, ABadWindowFocusesTheIntervalItRefuses) {
+  TestFrame t;
+  auto& f = NewGraph1(t);
+  EXPECT_EQ(f.TestNewIntervals("1", "1", "0", "1"), -1);
+  EXPECT_EQ(FocusRequested(f.controls()), "txtXinterval");
+  EXPECT_EQ(f.TestNewIntervals("0", "1", "1", "0"), -1);
+  EXPECT_EQ(FocusRequested(f.controls()), "txtYinterval");
+  const int before = FocusRequests(f.controls());
+  EXPECT_EQ(f.TestNewIntervals("0", "1", "0", "1"), 0);
+  EXPECT_EQ(FocusRequests(f.controls()), before);
+}
+
+TEST(Focus, FormulaHelpAndActivationKeepTheFormulaBoxFocused) {
+  TestFrame t;
+  int code = 0;
+  auto& idle = *NewFormOf<form1d::Graph1Form>(t.frame, code);
+  // Without the Graphing box open there is no formula to type.
+  idle.Activated();
+  EXPECT_EQ(FocusRequests(idle.controls()), 0);
+  auto& f = NewGraph1(t);
+  RequestFocus(f.controls(), "EndRValue");
+  f.FormulaHelp("");
+  EXPECT_EQ(FocusRequested(f.controls()), "Formula");
+  RequestFocus(f.controls(), "EndRValue");
+  f.Activated();
+  EXPECT_EQ(FocusRequested(f.controls()), "Formula");
+}
+
+TEST(Focus, RemovingAGraphKeepsTheNumberBoxWhileGraphsRemain) {
+  TestFrame t;
+  auto& f = NewGraph1(t);
+  Plot(f, "X");
+  Plot(f, "X^2");
+  f.controls().SetText("TxtAnGr1", "1");
+  f.RemoveTheGraph();
+  ASSERT_EQ(f.GraphCount(), 1);
+  EXPECT_EQ(FocusRequested(f.controls()), "TxtAnGr1");
+  RequestFocus(f.controls(), "EndRValue");
+  f.RemoveTheGraph();
+  EXPECT_EQ(f.GraphCount(), 0);
+  EXPECT_EQ(FocusRequested(f.controls()), "EndRValue");
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <fstream>
 
 #include "graph1_test_util.h"
+#include "kit/focus.h"
 #include "sound/sound_editor_form.h"
 #include "wavefile/wave_control.h"
 
@@ -110,8 +111,11 @@ TEST(Playing, TheWindowPartAtTheRateAndVolume) {
   EXPECT_EQ(t.platform.audio.LastSamples(), expected);
   EXPECT_EQ(t.platform.audio.LastRate(), 441);
   EXPECT_TRUE(f.controls()["cmdSound(1)"].enabled);
+  RequestFocus(f.controls(), "TxtSound(1)");
   f.Click("cmdSound(1)");
   EXPECT_FALSE(f.controls()["cmdSound(1)"].enabled);
+  // The disabled Stop button hands the focus to Play.
+  EXPECT_EQ(FocusRequested(f.controls()), "cmdSound(0)");
   // Half the window: the right half of the samples.
   f.RunMenu("mnuDisplayStyle");
   f.controls().SetText("txtXinterval", "0,1");

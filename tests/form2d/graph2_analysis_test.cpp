@@ -14,6 +14,7 @@
 #include "form1d/graph1_form.h"
 #include "form2d/graph2_form.h"
 #include "form2d_driver.h"
+#include "kit/focus.h"
 #include "kit/quantization_box.h"
 #include "kit/typed_forms.h"
 
@@ -237,6 +238,8 @@ TEST(Resample2D, DownSamplingSixtyFourGivesAFormOfThirtyTwoWithNoMenuTick) {
   EXPECT_FLOAT_EQ(d->GraphLeft(0), f.GraphLeft(0));
   EXPECT_FLOAT_EQ(d->GraphRight(0), f.GraphRight(0));
   EXPECT_FLOAT_EQ(d->GraphStep(0), 2 * f.GraphStep(0));
+  // The new form opens on its Graphing box, ready for a formula.
+  EXPECT_EQ(FocusRequested(d->controls()), "Formula");
 }
 
 TEST(Resample2D, HaarInterpolationSpreadsEachSampleOverATwoByTwoBlock) {
@@ -568,6 +571,80 @@ TEST(SaveOptions2D, ApplyChecksTheTargetsInOrderAndTheFrameKeepsWhatWasApplied) 
   EXPECT_EQ(g.controls()["OpTIFF(4)"].value, 1);
   EXPECT_EQ(g.controls().Text("txtLevels"), "5");
   EXPECT_EQ(t.frame.settings().wavCompCodes[0], 7.0f);
+}
+
+TEST(Focus2D, ARefusedZoomFocusesTheBoxItRead) {
+  TestFrame t;
+  Graph2Form& f = NewForm(t, 64);
+  Plot(f, "X+Y");
+  f.RunMenu("mnuViewZoom");
+  struct Case {
+    const char* graph;
+    const char* column;
+    const char* row;
+    const char* message;
+    const char* focus;
+  };
+  const Case cases[] = {{"2", "20", "20", "message 1:", "TxtGraphStat"},
+                        {"1", "-1", "20", "message 74:", "txtZoomCoord(0)"},
+                        {"1", "65", "20", "message 75:", "txtZoomCoord(0)"},
+                        {"1", "20", "-1", "message 76:", "txtZoomCoord(1)"},
+                        {"1", "20", "65", "message 77:", "txtZoomCoord(1)"}};
+  for (const Case& c : cases) {
+    f.controls().SetText("TxtGraphStat", c.graph);
+    f.controls().SetText("txtZoomCoord(0)", c.column);
+    f.controls().SetText("txtZoomCoord(1)", c.row);
+    RequestFocus(f.controls(), "Formula");
+    f.Go();
+    ASSERT_FALSE(t.lines.empty());
+    EXPECT_EQ(t.lines.back().rfind(c.message, 0), 0u) << t.lines.back();
+    EXPECT_EQ(FocusRequested(f.controls()), c.focus) << c.message;
+    EXPECT_EQ(f.Look(0).drawWidths, 1);
+  }
+  // Zoomed to the limit of a 64-point side (16 widths), the next zoom is refused.
+  f.controls().SetText("txtZoomCoord(0)", "32");
+  f.controls().SetText("txtZoomCoord(1)", "32");
+  const std::size_t before = t.lines.size();
+  for (int k = 0; k < 4; ++k) f.Go();
+  ASSERT_EQ(t.lines.size(), before);
+  EXPECT_EQ(f.Look(0).drawWidths, 16);
+  RequestFocus(f.controls(), "Formula");
+  f.Go();
+  EXPECT_EQ(t.lines.back().rfind("message 31:", 0), 0u) << t.lines.back();
+  EXPECT_EQ(FocusRequested(f.controls()), "TxtGraphStat");
+  // Restoring a graph that is not there.
+  f.controls().SetText("TxtGraphStat", "3");
+  RequestFocus(f.controls(), "Formula");
+  ASSERT_TRUE(f.Click("GoButton(12)"));
+  EXPECT_EQ(t.lines.back().rfind("message 1:", 0), 0u) << t.lines.back();
+  EXPECT_EQ(FocusRequested(f.controls()), "TxtGraphStat");
+  EXPECT_EQ(f.Look(0).drawWidths, 16);
+}
+
+TEST(Focus2D, LeavingTheQuantizationBoxFocusesTheWaveletGoButton) {
+  TestFrame t;
+  Graph2Form& f = NewForm(t, 64);
+  Plot(f, "x");
+  f.RunMenu("mnuWaveletSeries");
+  for (const char* button : {"cmdApply", "cmdCancel"}) {
+    ASSERT_TRUE(f.Click("GoButton(0)"));
+    RequestFocus(f.controls(), "Formula");
+    ASSERT_TRUE(f.Click(button));
+    EXPECT_EQ(f.VisiblePanel(), form2d::kPanelWavelet);
+    EXPECT_EQ(FocusRequested(f.controls()), "GoButton(5)") << button;
+  }
+}
+
+TEST(Focus2D, ARefusedGraphNumberFocusesItsBox) {
+  TestFrame t;
+  Graph2Form& f = NewForm(t, 64);
+  Plot(f, "X+Y");
+  f.RunMenu("mnuFourierSeries");
+  f.controls().SetText("LblSeriesGraph", "2");
+  RequestFocus(f.controls(), "Formula");
+  f.Go();
+  EXPECT_EQ(FocusRequested(f.controls()), "LblSeriesGraph");
+  EXPECT_EQ(f.NumGraphsPlotted(), 1);
 }
 
 }  // namespace

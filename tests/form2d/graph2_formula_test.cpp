@@ -6,6 +6,7 @@
 
 #include "common/number_text.h"
 #include "form2d/graph2_form.h"
+#include "kit/focus.h"
 #include "kit/typed_forms.h"
 #include "form2d_driver.h"
 
@@ -161,6 +162,64 @@ TEST(Graph2Calculator, GivesSinglePrecisionValuesAndReports52OnAnError) {
   f.Go();
   ASSERT_EQ(t.lines.size(), 1u);
   EXPECT_NE(t.lines[0].find("52"), std::string::npos);
+}
+
+TEST(Graph2Focus, TheGraphingBoxAndItsFailuresFocusTheFormula) {
+  testing::TestFrame t;
+  form2d::Graph2Form& f = testing::NewForm(t, 64);
+  ASSERT_TRUE(f.RunMenu("mnuPlot"));
+  EXPECT_EQ(FocusRequested(f.controls()), "Formula");
+  RequestFocus(f.controls(), "EndRValue");
+  f.controls().SetText("Formula", "SIN(X");
+  f.Go();
+  EXPECT_EQ(t.lines, std::vector<std::string>{"message 23: Improper formula."});
+  EXPECT_EQ(FocusRequested(f.controls()), "Formula");
+  RequestFocus(f.controls(), "EndRValue");
+  f.controls().SetText("Formula", "1/(X-X)");
+  f.Go();
+  EXPECT_EQ(f.NumGraphsPlotted(), 0);
+  EXPECT_EQ(f.controls().Text("Formula"), "1/(X-X)");
+  EXPECT_EQ(FocusRequested(f.controls()), "Formula");
+  RequestFocus(f.controls(), "EndRValue");
+  f.Activated();
+  EXPECT_EQ(FocusRequested(f.controls()), "Formula");
+  RequestFocus(f.controls(), "EndRValue");
+  f.FormulaHelp("");
+  EXPECT_EQ(FocusRequested(f.controls()), "Formula");
+}
+
+TEST(Graph2Focus, ACalculatorErrorFocusesTheFormulaOfTheCalculator) {
+  testing::TestFrame t;
+  form2d::Graph2Form& f = testing::NewForm(t, 64);
+  ASSERT_TRUE(f.RunMenu("mnuCalculator"));
+  f.controls().SetText("CalcFormula", "1/3");
+  ASSERT_TRUE(f.Go());
+  EXPECT_EQ(FocusRequests(f.controls()), 0);
+  f.controls().SetText("CalcFormula", "1/0");
+  f.Go();
+  EXPECT_EQ(FocusRequested(f.controls()), "CalcFormula");
+}
+
+TEST(Graph2Focus, ARefusedThresholdFocusesItsBox) {
+  testing::TestFrame t;
+  form2d::Graph2Form& f = testing::NewForm(t, 64);
+  testing::Plot(f, "X+Y");
+  f.RestoreSideBoxFromKey("GrStyle1");
+  ASSERT_EQ(f.VisiblePanel(), form2d::kPanelGraphStyle);
+  for (const char* text : {"1/", "-1"}) {
+    RequestFocus(f.controls(), "Formula");
+    f.controls().SetText("TxtThreshold", text);
+    f.Go();
+    EXPECT_EQ(FocusRequested(f.controls()), "TxtThreshold") << text;
+  }
+  ASSERT_EQ(t.lines.size(), 2u);
+  EXPECT_NE(t.lines[0].find("message 10:"), std::string::npos);
+  EXPECT_NE(t.lines[1].find("message 11:"), std::string::npos);
+  RequestFocus(f.controls(), "Formula");
+  f.controls().SetText("TxtThreshold", "0.5");
+  f.Go();
+  EXPECT_EQ(FocusRequested(f.controls()), "Formula");
+  EXPECT_EQ(f.Look(0).threshold, 0.5f);
 }
 
 }  // namespace
