@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "kit/controls.h"
+#include "kit/focus.h"
 #include "kit/graph_number.h"
 #include "test_frame.h"
 
@@ -102,6 +103,24 @@ TEST(GraphNumber, TheReaderReadsAFieldByName) {
   controls.SetText("TxtAnGr1", "1+1");
   EXPECT_EQ(read("TxtAnGr1", 2, GraphNumberRules{NumberReading::Evaluated}), 1);
   EXPECT_EQ(read("TxtAnGr1", 1, GraphNumberRules{NumberReading::Evaluated}), -1);
+  EXPECT_EQ(t.lines, std::vector<std::string>{kPastLast});
+}
+
+TEST(GraphNumber, AReportedNumberSendsTheFocusBackToItsField) {
+  TestFrame t;
+  ControlModel controls;
+  controls.Add("ConvGr1", ControlKind::Text, "1");
+  controls.Add("ConvGr2", ControlKind::Text, "3");
+  FakeEvaluation fake;
+  const GraphNumberReader read(t.frame, controls, fake.Evaluator());
+  EXPECT_EQ(read("ConvGr1", 2), 0);
+  EXPECT_EQ(FocusRequests(controls), 0);
+  EXPECT_EQ(read("ConvGr2", 2), -1);
+  EXPECT_EQ(FocusRequested(controls), "ConvGr2");
+  EXPECT_EQ(FocusRequests(controls), 1);
+  // An empty form passing over the field says nothing and moves nothing.
+  EXPECT_EQ(read("ConvGr1", 0, GraphNumberRules{NumberReading::Leading, 1, 3, SingleGraph::TakenOrNone}), -1);
+  EXPECT_EQ(FocusRequests(controls), 1);
   EXPECT_EQ(t.lines, std::vector<std::string>{kPastLast});
 }
 
