@@ -1,5 +1,6 @@
 #include "script/dump.h"
 
+#include "kit/focus.h"
 #include "kit/form.h"
 #include "app/frame.h"
 #include "script/json_writer.h"
@@ -18,7 +19,9 @@ std::string ControlsJson(const ControlModel& model) {
     out += JsonString(name) + ": {";
     out += UsesText(c.kind) ? "\"text\": " : "\"caption\": ";
     out += JsonString(c.text);
-    out += ", \"value\": " + std::to_string(c.value);
+    // The focus request's count only tells a view that a request is new:
+    // which box has the focus is its text.
+    out += ", \"value\": " + std::to_string(name == kActiveControl ? 0 : c.value);
     out += std::string(", \"enabled\": ") + (c.enabled ? "true" : "false");
     out += std::string(", \"visible\": ") + (c.visible ? "true" : "false");
     if (!c.tip.empty()) out += ", \"tip\": " + JsonString(c.tip);
