@@ -103,7 +103,10 @@ void QtPointer::SetShape(platform::PointerShape shape) {
 
 void QtBeeper::Beep() { QApplication::beep(); }
 
-void QtEventLoop::Yield() { QApplication::processEvents(); }
+void QtEventLoop::Yield() {
+  if (auto* recorder = SessionRecorder::Active()) recorder->Yielded();
+  QApplication::processEvents();
+}
 
 std::optional<platform::FileDialogResult> QtFileDialog::Run(const platform::FileDialogRequest& request) {
   QFileDialog dialog(parent_, Q(request.title), Q(request.initialFolder));

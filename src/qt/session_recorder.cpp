@@ -14,6 +14,13 @@ SessionRecorder* active = nullptr;
 // A script line holds no line break; a text with one cannot be written.
 bool OneLine(const std::string& text) { return text.find_first_of("\r\n") == std::string::npos; }
 
+// The lines a replay hands to a running command as events.
+bool IsEventLine(const std::string& line) {
+  for (const char* word : {"click ", "mouse ", "popup ", "caption "})
+    if (line.rfind(word, 0) == 0) return true;
+  return false;
+}
+
 }  // namespace
 
 SessionRecorder::SessionRecorder(Frame& frame, const std::string& path)
@@ -55,10 +62,9 @@ int SessionRecorder::NumberOf(const Form* form) const {
 
 void SessionRecorder::WriteLine(const std::string& line) {
   if (!good_) return;
-  if (timersTicked_) {
-    timersTicked_ = false;
-    out_ << "wait\n";
-  }
+  if (timersTicked_ || (endedAfterYield_ && IsEventLine(line))) out_ << "wait\n";
+  timersTicked_ = false;
+  endedAfterYield_ = false;
   out_ << line << '\n';
   out_.flush();
   if (!out_) {
@@ -104,7 +110,11 @@ void SessionRecorder::End() {
   running_.pop_back();
   if (!action.written) WriteAction(action);
   // A command that made a form made it current, in a replay as here.
-  if (running_.empty()) scriptCurrent_ = frame_.Current();
+  if (running_.empty()) {
+    scriptCurrent_ = frame_.Current();
+    if (yieldedInCommand_) endedAfterYield_ = true;
+    yieldedInCommand_ = false;
+  }
 }
 
 void SessionRecorder::FieldTyped(Form& form, const std::string& name, const std::string& text) {

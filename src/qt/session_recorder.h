@@ -52,6 +52,13 @@ class SessionRecorder {
   // A platform timer ticked (playback, a scan line): a replay lets its
   // timers run to their end (`wait`) before the next line.
   void TimerTicked() { timersTicked_ = true; }
+  // A command let events run while it worked (the event loop's Yield). A
+  // replay hands the click, mouse, popup and caption lines that follow such
+  // a command to it while it runs, so a pointer action that came after it
+  // ended is written after a `wait`.
+  void Yielded() {
+    if (!running_.empty()) yieldedInCommand_ = true;
+  }
   // The answers of a file dialog and of an input or yes/no box.
   void FileAnswered(const std::optional<std::string>& path);
   void InputAnswered(const std::optional<std::string>& text);
@@ -94,6 +101,10 @@ class SessionRecorder {
   // The form a replay has as current after the lines written so far.
   Form* scriptCurrent_ = nullptr;
   bool timersTicked_ = false;
+  // The running command yielded; a command that yielded has ended and no
+  // line has been written since.
+  bool yieldedInCommand_ = false;
+  bool endedAfterYield_ = false;
   std::vector<Pending> pending_;
   std::vector<Action> running_;
 };

@@ -273,7 +273,8 @@ class SessionRecorderTest : public QObject {
   // The lines in the order the runner wants them: typing written once when
   // the next action comes, answers before the command that asked, an action
   // met during a long command after that command's line, `form N` before a
-  // line for another form than the script's current one, `wait` after timers.
+  // line for another form than the script's current one, `wait` after timers
+  // and before a pointer action that came after a command that yielded.
   void linesComeInTheRunnersOrder() {
     QTemporaryDir folder;
     QVERIFY(folder.isValid());
@@ -297,9 +298,15 @@ class SessionRecorderTest : public QObject {
       recorder.InputAnswered(std::string("yes"));
       recorder.End();
       recorder.Begin(first, "go");
+      recorder.Yielded();
       recorder.Begin(first, "click GoButton(0)");
       recorder.End();
       recorder.FileAnswered(std::nullopt);
+      recorder.End();
+      // A press after the command that yielded has ended: `wait` first, once.
+      recorder.Begin(first, "mouse down 1 2 left");
+      recorder.End();
+      recorder.Begin(first, "mouse up 1 2");
       recorder.End();
       frame.SetCurrent(second);
       recorder.Begin(second, "menu mnuPlot");
@@ -318,6 +325,9 @@ class SessionRecorderTest : public QObject {
                                         "go\n"
                                         "click GoButton(0)\n"
                                         "file cancel\n"
+                                        "wait\n"
+                                        "mouse down 1 2 left\n"
+                                        "mouse up 1 2\n"
                                         "form 2\n"
                                         "menu mnuPlot\n"
                                         "wait\n"
@@ -393,13 +403,11 @@ class SessionRecorderTest : public QObject {
     QVERIFY(session.Menu("mnuNew(1)"));
     QVERIFY(session.Menu("mnuPlot"));
     QVERIFY(session.Type("Formula", "sin(6*x)*cos(4*y)", true));
-    // A second graph; the histogram of the first, through the pop-up menu
-    // of its small picture (not the current graph's).
+    // A second graph; the first is deleted through the pop-up menu of its
+    // small picture (not the current graph's), once the plot has ended.
     QVERIFY(session.Type("Formula", "x*y", true));
-    keldo::Form* graph2 = frame.Current();
-    session.QueuePopup("mnuHistogram");
+    session.QueuePopup("mnuDeleteGraph");
     QVERIFY(session.RightClickPicture(0));
-    session.Activate(graph2);
     QVERIFY(session.Menu("mnuLarge"));
     QVERIFY(session.ClickPlot(0.45, 0.4));
     // The large picture's caption, changed by a double click on it.
@@ -442,7 +450,11 @@ class SessionRecorderTest : public QObject {
     QVERIFY2(script.find("form " + std::to_string(number) + "\nmenu mnuThreshold\n") != std::string::npos, script.c_str());
     QVERIFY2(script.find("set SpecFilter " + SessionRecorder::Quote(filter.toStdString()) + "\n") !=
                  std::string::npos, script.c_str());
-    QVERIFY2(script.find(" right @0\npopup mnuHistogram\nmouse up ") != std::string::npos, script.c_str());
+    QVERIFY2(script.find(" right @0\npopup mnuDeleteGraph\nmouse up ") != std::string::npos, script.c_str());
+    // The plot let events run while it worked: the press that came after it
+    // waits for it to end in the replay too.
+    QVERIFY2(script.find("set Formula x*y\nclick GoButton(1)\nwait\nmouse down ") != std::string::npos,
+             script.c_str());
     QVERIFY2(script.find("answer Waves\ncaption 0\n") != std::string::npos, script.c_str());
     QCOMPARE(CountLines(script, "mouse down "), 4);
     QCOMPARE(CountLines(script, "mouse move "), 1);
