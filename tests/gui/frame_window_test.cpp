@@ -71,6 +71,33 @@ std::string WriteSquarePgm(const QTemporaryDir& folder) {
   return path;
 }
 
+// An image processor holding the square picture of WriteSquarePgm, shown
+// in its own 1000 by 700 window.
+struct ProcessorInWindow {
+  keldo::qt::QtPlatform platform{KELDO_SOURCE_DIR "/docs"};
+  keldo::Frame frame{platform.services(), KELDO_SOURCE_DIR};
+  QTemporaryDir folder;
+  keldo::imageproc::ImageProcessorForm* form = nullptr;
+  std::unique_ptr<keldo::qt::FormView> view;
+  QWidget* plot = nullptr;
+
+  // False when any step fails.
+  bool Open() {
+    keldo::InstallFormKinds(frame);
+    if (!folder.isValid()) return false;
+    const std::string path = WriteSquarePgm(folder);
+    int code = 0;
+    form = keldo::NewFormOf<keldo::imageproc::ImageProcessorForm>(frame, code);
+    if (path.empty() || !form || !form->LoadImageFile(path)) return false;
+    view = std::make_unique<keldo::qt::FormView>(*form);
+    view->resize(1000, 700);
+    view->show();
+    if (!QTest::qWaitForWindowExposed(view.get())) return false;
+    plot = view->findChild<QWidget*>("GraphBox");
+    return plot != nullptr;
+  }
+};
+
 }  // namespace
 
 class FrameWindowTest : public QObject {
@@ -224,22 +251,9 @@ class FrameWindowTest : public QObject {
   // with Ctrl+1 one screen pixel to a picture pixel, and zoomed with Ctrl++
   // and Ctrl+-; Ctrl+0 fits them again.
   void imagePicturesZoomFromActualSize() {
-    keldo::qt::QtPlatform platform(KELDO_SOURCE_DIR "/docs");
-    keldo::Frame frame(platform.services(), KELDO_SOURCE_DIR);
-    keldo::InstallFormKinds(frame);
-    QTemporaryDir folder;
-    QVERIFY(folder.isValid());
-    const std::string path = WriteSquarePgm(folder);
-    QVERIFY(!path.empty());
-    int code = 0;
-    auto& form = *keldo::NewFormOf<keldo::imageproc::ImageProcessorForm>(frame, code);
-    QVERIFY(form.LoadImageFile(path));
-    keldo::qt::FormView view(form);
-    view.resize(1000, 700);
-    view.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&view));
-    QWidget* plot = view.findChild<QWidget*>("GraphBox");
-    QVERIFY(plot);
+    ProcessorInWindow window;
+    QVERIFY(window.Open());
+    QWidget* plot = window.plot;
     const auto white = [plot] { return CountColour(plot->grab().toImage(), qRgb(255, 255, 255)); };
     const int fitted = white();
     QVERIFY(fitted >= 256);
@@ -260,22 +274,10 @@ class FrameWindowTest : public QObject {
   // interest in the picture's pixels: x down the picture, y across it, as
   // keldo-run's mouse X Y. The band shows during the drag and stays after.
   void imageProcessorDragMarksTheRegion() {
-    keldo::qt::QtPlatform platform(KELDO_SOURCE_DIR "/docs");
-    keldo::Frame frame(platform.services(), KELDO_SOURCE_DIR);
-    keldo::InstallFormKinds(frame);
-    QTemporaryDir folder;
-    QVERIFY(folder.isValid());
-    const std::string path = WriteSquarePgm(folder);
-    QVERIFY(!path.empty());
-    int code = 0;
-    auto& form = *keldo::NewFormOf<keldo::imageproc::ImageProcessorForm>(frame, code);
-    QVERIFY(form.LoadImageFile(path));
-    keldo::qt::FormView view(form);
-    view.resize(1000, 700);
-    view.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&view));
-    QWidget* plot = view.findChild<QWidget*>("GraphBox");
-    QVERIFY(plot);
+    ProcessorInWindow window;
+    QVERIFY(window.Open());
+    keldo::imageproc::ImageProcessorForm& form = *window.form;
+    QWidget* plot = window.plot;
     plot->setFocus();
     QTest::keyClick(plot, Qt::Key_1, Qt::ControlModifier);  // one screen pixel a picture pixel
     // The white square's top left corner is the picture's pixel (8, 8).
