@@ -1973,15 +1973,17 @@ inline __attribute__((always_inline)) void InverseGatherX(int n, double* x, int 
 
 // The outputs at k and N - k, k = 1..N/2-1: with sign = (-1)^k x[N/2] of
 // the input, v = sign - x[0] + y[k], x[N - k] = v - x[k], x[k] = v + x[k].
+// The outputs below N/2 go to low[k], those from N/2 up to high[k - N/2]:
+// low = x and high = x + N/2 in place, or two halves of another array.
 template <typename V>
-inline __attribute__((always_inline)) void InverseOutputs(int n, double* x, const double* y, const V& sign,
-                                                          double x0, int k) {
+inline __attribute__((always_inline)) void InverseOutputs(int n, const double* x, const double* y, const V& sign,
+                                                          double x0, int k, double* low, double* high) {
   V xk, yk;
   Load(xk, x + k);
   Load(yk, y + k);
   const V v = sign - x0 + yk;
-  StoreBackwards(x + n - k, v - xk);
-  Store(x + k, v + xk);
+  StoreBackwards(high + n / 2 - k, v - xk);
+  Store(low + k, v + xk);
 }
 
 // The preparation, four values of k at a time when kWide.
@@ -1998,7 +2000,7 @@ inline __attribute__((always_inline)) void InversePrepareBody(int n, double* x, 
 // (the first reads X[1]); x0 and xh are the input's x[0] and x[N/2].
 template <bool kWide>
 inline __attribute__((always_inline)) void InverseFinishBody(int n, double* x, double* y, double x0, double xh,
-                                                             double f) {
+                                                             double f, double* low, double* high) {
   const int h = n / 2, q = n / 4;
   int k = 1;
   if constexpr (kWide)
@@ -2013,17 +2015,18 @@ inline __attribute__((always_inline)) void InverseFinishBody(int n, double* x, d
   k = 1;
   if constexpr (kWide) {
     const Quad signs = {-xh, xh, -xh, xh};
-    for (; k + 3 < h; k += 4) InverseOutputs<Quad>(n, x, y, signs, x0, k);
+    for (; k + 3 < h; k += 4) InverseOutputs<Quad>(n, x, y, signs, x0, k, low, high);
   }
-  for (; k < h; ++k) InverseOutputs<double>(n, x, y, (k & 1) ? -xh : xh, x0, k);
+  for (; k < h; ++k) InverseOutputs<double>(n, x, y, (k & 1) ? -xh : xh, x0, k, low, high);
 }
 
 __attribute__((target("avx"))) void InversePrepareWide(int n, double* x, double* y, const double* s) {
   InversePrepareBody<true>(n, x, y, s);
 }
 
-__attribute__((target("avx"))) void InverseFinishWide(int n, double* x, double* y, double x0, double xh, double f) {
-  InverseFinishBody<true>(n, x, y, x0, xh, f);
+__attribute__((target("avx"))) void InverseFinishWide(int n, double* x, double* y, double x0, double xh, double f,
+                                                      double* low, double* high) {
+  InverseFinishBody<true>(n, x, y, x0, xh, f, low, high);
 }
 
 void InversePrepare(int n, double* x, double* y, const double* s) {
@@ -2032,10 +2035,10 @@ void InversePrepare(int n, double* x, double* y, const double* s) {
   else InversePrepareBody<false>(n, x, y, s);
 }
 
-void InverseFinish(int n, double* x, double* y, double x0, double xh, double f) {
+void InverseFinish(int n, double* x, double* y, double x0, double xh, double f, double* low, double* high) {
   static const bool wide = __builtin_cpu_supports("avx");
-  if (wide) InverseFinishWide(n, x, y, x0, xh, f);
-  else InverseFinishBody<false>(n, x, y, x0, xh, f);
+  if (wide) InverseFinishWide(n, x, y, x0, xh, f, low, high);
+  else InverseFinishBody<false>(n, x, y, x0, xh, f, low, high);
 }
 
 // The same in floats, one value of k at a time.
@@ -2086,7 +2089,12 @@ void RealFFT(int n, float* x, float* y, const float* s, const float* t, int mHal
 // the r terms (which read y alone); after the transform the two running
 // sums over the odd outputs together, kept in x's upper half until their
 // places are free.
-void RealInverseFFT(int n, int mOffset, double* x, double* y, const double* s, const double* t) {
+namespace {
+
+// The inverse with its outputs below N/2 into low[0..N/2) and the rest
+// into high[0..N/2).
+void InverseInto(int n, int mOffset, double* x, double* y, const double* s, const double* t, double* low,
+                 double* high) {
   const int h = n / 2, q = n / 4;
   const double x0 = x[0], xh = x[h];
   double alternating = 0.0, plain = 0.0;
@@ -2122,9 +2130,20 @@ void RealInverseFFT(int n, int mOffset, double* x, double* y, const double* s, c
     x[n - k] = oddX;
   }
   y[1] = 2 * e;
-  InverseFinish(n, x, y, x0, xh, f);
-  x[0] = atZero;
-  x[h] = atHalf;
+  InverseFinish(n, x, y, x0, xh, f, low, high);
+  low[0] = atZero;
+  high[0] = atHalf;
+}
+
+}  // namespace
+
+void RealInverseFFT(int n, int mOffset, double* x, double* y, const double* s, const double* t) {
+  InverseInto(n, mOffset, x, y, s, t, x, x + n / 2);
+}
+
+void RealInverseFFTSwapped(int n, int mOffset, double* x, double* y, const double* s, const double* t,
+                           double* out) {
+  InverseInto(n, mOffset, x, y, s, t, out + n / 2, out);
 }
 
 void SineTransformCore(int n, double* x, double* y, const double* s, const double* t, int mOffset, double c) {

@@ -69,6 +69,11 @@ void RealFFT(int n, float* x, float* y, const float* sineTable, const float* tan
 // Real signal from a half spectrum X, Y[0..N/2]; mOffset = M - 6. Y is
 // destroyed. Of RealFFT's output it gives N times the signal.
 void RealInverseFFT(int n, int mOffset, double* x, double* y, const double* sineTable, const double* tanTable);
+// The same with the halves exchanged on the way out: out[j] is the output
+// at (j + N/2) mod N, j = 0..N-1 (RealInverseFFT then SwapHalves). out is
+// an array apart from x and y; x is destroyed too.
+void RealInverseFFTSwapped(int n, int mOffset, double* x, double* y, const double* sineTable,
+                           const double* tanTable, double* out);
 
 // Sine transform of x (x[0] and x[N] ignored); X[0] = X[N] = 0 exactly. Y is
 // scratch. mOffset = M - 6.

@@ -139,10 +139,8 @@ void MultiplyRow(int n, const double* x, const double* y, double* wr, double* wi
 // The inverse transform of a row's product, its halves exchanged on the
 // way into `row` (columns 0..n-1); column n is the end entry's product.
 void InvertInto(int n, ScalogramWork& work, double* wr, double* wi, double endValue, double* row) {
-  const int m = ExponentOf(n), h = n / 2;
-  fourier::RealInverseFFT(n, m - 6, wr, wi, work.tables.sine.data(), work.tables.tan.data());
-  std::copy(wr + h, wr + n, row);
-  std::copy(wr, wr + h, row + h);
+  fourier::RealInverseFFTSwapped(n, ExponentOf(n) - 6, wr, wi, work.tables.sine.data(), work.tables.tan.data(),
+                                 row);
   row[n] = endValue;
 }
 
@@ -198,9 +196,14 @@ template <typename Create>
 ScalogramStatus ComputeWith(const double* sig, int n, const ScalogramSetup& setup, bool complex, Scalogram& result,
                             Create create) {
   try {
-    ScalogramWork work(sig, n);
+    std::shared_ptr<ScalogramWork>& work = result.workSlot.work;
+    if (!work || work->n != n) {
+      work.reset();
+      work = std::make_shared<ScalogramWork>(n);
+    }
+    work->SetSignal(sig);
     SizeResult(ScalogramShape::Of(n, setup.octaves, setup.voices), complex, result);
-    return create(work);
+    return create(*work);
   } catch (const std::bad_alloc&) {
     result = Scalogram();
     return ScalogramStatus::NoMemory;
@@ -265,10 +268,10 @@ void CreateScaleTransform(int n, double c, double* phi, const double* S) {
   }
 }
 
-ScalogramWork::ScalogramWork(const double* sig, int size)
+ScalogramWork::ScalogramWork(int size)
     : n(size),
       tables(size),
-      x(sig, sig + size + 1),
+      x(Index(size) + 5, 0.0),
       y(Index(size) + 5, 0.0),
       wr(Index(size) + 5, 0.0),
       wi(Index(size) + 5, 0.0),
@@ -276,8 +279,12 @@ ScalogramWork::ScalogramWork(const double* sig, int size)
       wi2(Index(size) + 5, 0.0),
       sum(Index(size) + 1, 0.0),
       sum2(Index(size) + 1, 0.0),
-      phi(Index(size) + 1, 0.0) {
-  x.resize(Index(size) + 5, 0.0);
+      phi(Index(size) + 1, 0.0) {}
+
+ScalogramWork::ScalogramWork(const double* sig, int size) : ScalogramWork(size) { SetSignal(sig); }
+
+void ScalogramWork::SetSignal(const double* sig) {
+  std::copy(sig, sig + n + 1, x.begin());
   fourier::RealFFT(n, x.data(), y.data(), tables.sine.data(), tables.tan.data(), tables.m - 1);
   // The transform reads sig[0..n-1]; the end entries are the sample and 0.
   x[Index(n)] = sig[n];

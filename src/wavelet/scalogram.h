@@ -22,6 +22,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -67,10 +68,29 @@ struct ScalogramShape {
 // (the complex Gabor wavelet only; a real computation leaves it alone, of
 // whatever size it had). Each keeps its allocation while the shape stays
 // the same.
+struct ScalogramWork;
+
+// The working arrays of the last computation into a Scalogram, kept for
+// the next computation of the same size, so that a size allocates once. A
+// copy starts without them; a move takes them along.
+class ScalogramWorkSlot {
+ public:
+  ScalogramWorkSlot() = default;
+  ScalogramWorkSlot(const ScalogramWorkSlot&) {}
+  ScalogramWorkSlot& operator=(const ScalogramWorkSlot&) {
+    work.reset();
+    return *this;
+  }
+  ScalogramWorkSlot(ScalogramWorkSlot&&) noexcept = default;
+  ScalogramWorkSlot& operator=(ScalogramWorkSlot&&) noexcept = default;
+  std::shared_ptr<ScalogramWork> work;
+};
+
 struct Scalogram {
   ScalogramShape shape;
   bool complex = false;  // which computation filled the matrices last
   std::vector<double> re, im;
+  ScalogramWorkSlot workSlot;
   std::span<double> RealRow(int r) { return {re.data() + Offset(r), shape.Columns()}; }
   std::span<double> ImagRow(int r) { return {im.data() + Offset(r), shape.Columns()}; }
   std::span<const double> RealRow(int r) const { return {re.data() + Offset(r), shape.Columns()}; }
@@ -134,7 +154,10 @@ using ScalogramRowCallback = std::function<ScalogramProgress(int row)>;
 // of wavelet arrays, two accumulators and the low-pass spectrum. Throws
 // std::bad_alloc when the memory cannot be had.
 struct ScalogramWork {
+  // The arrays and tables of size n, then (SetSignal) the spectrum of sig.
+  explicit ScalogramWork(int n);
   ScalogramWork(const double* sig, int n);
+  void SetSignal(const double* sig);
   int n = 0;
   fourier::TrigTables tables;
   fourier::KernelVector<double> x, y;

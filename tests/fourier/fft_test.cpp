@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <fstream>
 #include <random>
 #include <sstream>
@@ -140,6 +142,22 @@ TEST_P(Sizes, InverseIsTheDirectSumOfAHalfSpectrum) {
   }
   RealInverseFFT(n, t.m - 6, x.data(), y.data(), t.sine.data(), t.tan.data());
   EXPECT_LT(RelativeError(out, x.data(), 0, n - 1), kRelativeTolerance);
+}
+
+TEST_P(Sizes, TheSwappedInverseIsTheInverseWithItsHalvesExchanged) {
+  const int n = GetParam();
+  TrigTables t(n);
+  auto x = RandomSignal(n, 4), y = RandomSignal(n, 5);
+  auto x2 = x, y2 = y;
+  RealInverseFFT(n, t.m - 6, x.data(), y.data(), t.sine.data(), t.tan.data());
+  SwapHalves(n, x.data());
+  std::vector<double> out(static_cast<std::size_t>(n) + 1, -7.0);
+  RealInverseFFTSwapped(n, t.m - 6, x2.data(), y2.data(), t.sine.data(), t.tan.data(), out.data());
+  for (int j = 0; j < n; ++j)
+    ASSERT_EQ(std::bit_cast<std::uint64_t>(out[static_cast<std::size_t>(j)]),
+              std::bit_cast<std::uint64_t>(x[static_cast<std::size_t>(j)]))
+        << "n = " << n << ", j = " << j;
+  EXPECT_EQ(out[static_cast<std::size_t>(n)], -7.0);
 }
 
 TEST_P(Sizes, SineAndCosineTransformsAreTheirSums) {
