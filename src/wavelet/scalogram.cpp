@@ -90,13 +90,33 @@ void HaarValues(int n, double* out, double a, double c0, double dx, double s, do
   }
 }
 
+// Division by w. When w is a power of two (the usual width 1 among them)
+// its reciprocal is exact, and x * (1/w) is x / w to the bit, each being
+// the same real number correctly rounded; a product costs a fraction of a
+// division.
+template <bool kPowerOfTwo>
+struct DivideBy {
+  explicit DivideBy(double divisor) : w(divisor), inverse(1.0 / divisor) {}
+  double operator()(double x) const {
+    if constexpr (kPowerOfTwo) return x * inverse;
+    else return x / w;
+  }
+  double w, inverse;
+};
+
+bool IsPowerOfTwo(double w) {
+  int exponent = 0;
+  return w > 0.0 && std::frexp(w, &exponent) == 0.5 && exponent > -1000 && exponent < 1000;
+}
+
 // The Gabor wavelet's parts, the cosine part into `cosine` when kCosine
 // and the sine part into `sine` when kSine. Both parts of a sample share
 // its envelope exp(-pi u^2) q, and its cosine and sine come from one call
 // when both are wanted.
-template <bool kCosine, bool kSine>
-void GaborValues(int n, double* cosine, double* sine, double a, double c0, double dx, double f, double s, double q,
-                 double w) {
+template <bool kCosine, bool kSine, bool kPowerOfTwo>
+void GaborValuesDividing(int n, double* cosine, double* sine, double a, double c0, double dx, double f, double s,
+                         double q, double w) {
+  const DivideBy<kPowerOfTwo> over(w);
   const double turn = 2 * kPi * f;
   const int k0 = MirrorIndex(n, a, c0, dx);
   for (int i = 0; i <= n; ++i) {
@@ -107,7 +127,7 @@ void GaborValues(int n, double* cosine, double* sine, double a, double c0, doubl
       if constexpr (kSine) sine[i] = -sine[j];
       continue;
     }
-    const double u = offset * s / w;
+    const double u = over(offset * s);
     const double g = kPi * (u * u);
     if (g > kExpUnderflow) {
       if constexpr (kCosine) cosine[i] = 0.0;
@@ -116,9 +136,16 @@ void GaborValues(int n, double* cosine, double* sine, double a, double c0, doubl
     }
     const double envelope = std::exp(-g) * q;
     const double angle = turn * u;
-    if constexpr (kCosine) cosine[i] = envelope * std::cos(angle) / w;
-    if constexpr (kSine) sine[i] = envelope * std::sin(angle) / w;
+    if constexpr (kCosine) cosine[i] = over(envelope * std::cos(angle));
+    if constexpr (kSine) sine[i] = over(envelope * std::sin(angle));
   }
+}
+
+template <bool kCosine, bool kSine>
+void GaborValues(int n, double* cosine, double* sine, double a, double c0, double dx, double f, double s, double q,
+                 double w) {
+  if (IsPowerOfTwo(w)) GaborValuesDividing<kCosine, kSine, true>(n, cosine, sine, a, c0, dx, f, s, q, w);
+  else GaborValuesDividing<kCosine, kSine, false>(n, cosine, sine, a, c0, dx, f, s, q, w);
 }
 
 // One row's wavelet spectrum against the signal's, for k = 0..n/2 (the
