@@ -1,11 +1,13 @@
 #include "wavelet/aswdr.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <utility>
 
 #include "common/number_text.h"
 #include "wavelet/aswdr_channels.h"
@@ -45,6 +47,36 @@ bool HeadIsValid(const AswdrHead& h) {
 
 // ---------------------------------------------------------------- passes
 
+// The working tables of a coding that do not go back to the caller: the
+// walk and its parents' codes, the flags and pass numbers by position and by
+// place, and the refinement candidates. Each thread keeps the last coding's
+// set and the next coding takes it over, so that codings one after another
+// write into pages touched already instead of faulting in megabytes of fresh
+// memory each time. Nothing in them is read before it is written anew. The
+// set of a plane above kKeptScratchPixels is let go.
+struct Scratch {
+  std::vector<std::uint8_t> nonZero, nonZeroBySlot;
+  std::vector<std::int32_t> passedOver;
+  FlatScanOrder::Storage order;
+  std::vector<std::uint16_t> passes, whenBySlot;
+  std::vector<std::array<std::uint16_t, 4>> whenOfChildren;
+};
+
+constexpr std::size_t kKeptScratchPixels = std::size_t{1} << 22;
+
+Scratch& KeptScratch() {
+  thread_local Scratch kept;
+  return kept;
+}
+
+// The thread's set, left empty there, so that a coding started inside
+// another (none is today) would simply allocate its own.
+Scratch TakeScratch() { return std::move(KeptScratch()); }
+
+void KeepScratch(Scratch&& scratch) {
+  if (scratch.passedOver.capacity() <= kKeptScratchPixels) KeptScratch() = std::move(scratch);
+}
+
 struct PassState {
   ImagePlane quant;
   std::vector<std::uint8_t> nonZero;  // by position: quant != 0
@@ -68,14 +100,25 @@ struct PassState {
   }
 };
 
-PassState StartPasses(int width, int height, int levels, int exponent) {
+// The candidates are written before they are read, so the reused vector
+// is only sized.
+PassState StartPasses(int width, int height, int levels, int exponent, Scratch& scratch) {
   PassState s;
   s.quant = ImagePlane(width, height);
+  s.nonZero = std::move(scratch.nonZero);
   s.nonZero.assign(s.quant.v.size(), 0);
+  s.passedOver = std::move(scratch.passedOver);
   s.passedOver.resize(s.quant.v.size());
-  s.order.Start(levels, width, height);
+  s.order.Start(levels, width, height, std::move(scratch.order));
   s.threshold = std::ldexp(1.0, exponent);
   return s;
+}
+
+// The vectors of StartPasses back into the set.
+void ReturnPassTables(PassState& s, Scratch& scratch) {
+  scratch.nonZero = std::move(s.nonZero);
+  scratch.passedOver = std::move(s.passedOver);
+  scratch.order = s.order.Release();
 }
 
 enum class PassLimit { LoopTest, DownToOne };
@@ -195,11 +238,11 @@ std::uint16_t PassOf(float value, int exponent, bool& nan) {
   return static_cast<std::uint16_t>(pass | (bits >> 31) << 15);
 }
 
-SignificanceTable SignificancePasses(const ImagePlane& c, int exponent) {
-  SignificanceTable table;
+// Into `table`, whose vector is reused.
+void SignificancePasses(const ImagePlane& c, int exponent, SignificanceTable& table) {
+  table.anyNaN = false;
   table.passes.resize(c.v.size());
   for (std::size_t i = 0; i < c.v.size(); ++i) table.passes[i] = PassOf(c.v[i], exponent, table.anyNaN);
-  return table;
 }
 
 // The walks take the places kChunk at a time: a chunk whose values all stay
@@ -231,7 +274,7 @@ struct WalkTables {
   FlatScanOrder::Carried<std::uint16_t> carried;
 
   void Carry(const FlatScanOrder& order) {
-    whenOfChildren = order.ChildrenByParent(table.passes.data());
+    order.ChildrenByParent(table.passes.data(), whenOfChildren);
     carried.byPosition = table.passes.data();
     carried.byParent = whenOfChildren.empty() ? nullptr : whenOfChildren.data();
   }
@@ -261,16 +304,28 @@ bool RegionModeBegins(const PassRules& rules, bool& regionMode, const Sender& ch
   return true;
 }
 
+// The encoder's tables in the set's vectors, filled for the start order.
+void StartWalkTables(WalkTables& tables, const ImagePlane& c, int exponent, const PassState& s, Scratch& scratch) {
+  tables.table.passes = std::move(scratch.passes);
+  tables.whenBySlot = std::move(scratch.whenBySlot);
+  tables.whenOfChildren = std::move(scratch.whenOfChildren);
+  SignificancePasses(c, exponent, tables.table);
+  tables.whenBySlot.resize(tables.table.passes.size());
+  s.order.Carry(tables.table.passes.data(), tables.whenBySlot.data());
+  tables.Carry(s.order);
+}
+
+void ReturnWalkTables(WalkTables& tables, Scratch& scratch) {
+  scratch.passes = std::move(tables.table.passes);
+  scratch.whenBySlot = std::move(tables.whenBySlot);
+  scratch.whenOfChildren = std::move(tables.whenOfChildren);
+}
+
 template <typename Sender>
-int EncodePasses(const ImagePlane& c, int exponent, const PassRules& rules, Sender& ch, PassState& s) {
+int EncodePasses(const ImagePlane& c, const PassRules& rules, Sender& ch, PassState& s, WalkTables& tables) {
   const std::int32_t budget = rules.budget;
-  WalkTables tables;
-  tables.table = SignificancePasses(c, exponent);
   const SignificanceTable& table = tables.table;
   std::vector<std::uint16_t>& whenBySlot = tables.whenBySlot;
-  whenBySlot.resize(table.passes.size());
-  s.order.Carry(table.passes.data(), whenBySlot.data());
-  tables.Carry(s.order);
   const FlatScanOrder::Carried<std::uint16_t>& carried = tables.carried;
   bool regionMode = false;
   int regionModePass = 0;
@@ -334,11 +389,12 @@ int EncodePasses(const ImagePlane& c, int exponent, const PassRules& rules, Send
   }
 }
 
+// `nonZeroBySlot` is a vector to reuse.
 template <typename Receiver>
-void DecodePasses(const PassRules& rules, Receiver& ch, PassState& s) {
+void DecodePasses(const PassRules& rules, Receiver& ch, PassState& s, std::vector<std::uint8_t>& nonZeroBySlot) {
   const std::int32_t budget = rules.budget;
   // By place: whether the value there is non-zero.
-  std::vector<std::uint8_t> nonZeroBySlot(s.nonZero.size(), 0);
+  nonZeroBySlot.assign(s.nonZero.size(), 0);
   FlatScanOrder::Carried<std::uint8_t> carried;
   carried.byPosition = s.nonZero.data();
   carried.zeroWhereZero = true;
@@ -410,9 +466,13 @@ AswdrEncoded RunEncoder(const ImagePlane& transform, const AswdrHead& head, cons
   const StartThreshold start = GetThreshold(transform);
   AswdrHead written = head;
   written.exponent = start.exponent;
-  PassState s = StartPasses(transform.width, transform.height, head.levels, start.exponent);
+  Scratch scratch = TakeScratch();
+  PassState s = StartPasses(transform.width, transform.height, head.levels, start.exponent, scratch);
+  WalkTables tables;
+  StartWalkTables(tables, transform, start.exponent, s, scratch);
   AswdrEncoded out;
-  out.regionModePass = EncodePasses(transform, start.exponent, rules, ch, s);
+  out.regionModePass = EncodePasses(transform, rules, ch, s, tables);
+  ReturnWalkTables(tables, scratch);
   out.bitsUsed = ch.Used();
   std::vector<std::uint8_t> stream;
   if (rules.limit == PassLimit::DownToOne) {
@@ -427,15 +487,18 @@ AswdrEncoded RunEncoder(const ImagePlane& transform, const AswdrHead& head, cons
   out.report = std::move(s.report);
   out.passes = s.pass;
   out.stoppedByLoopTest = s.stoppedByLoopTest;
+  ReturnPassTables(s, scratch);
+  KeepScratch(std::move(scratch));
   return out;
 }
 
 template <typename Receiver>
 void RunDecoder(AswdrDecoded& out, const PassRules& rules, Receiver ch) {
   const AswdrHead& h = out.head;
-  PassState s = StartPasses(h.width, h.height, h.levels, h.exponent);
+  Scratch scratch = TakeScratch();
+  PassState s = StartPasses(h.width, h.height, h.levels, h.exponent, scratch);
   s.report = std::move(out.report);
-  DecodePasses(rules, ch, s);
+  DecodePasses(rules, ch, s, scratch.nonZeroBySlot);
   out.bitsUsed = ch.Used();
   out.passes = s.pass;
   out.quantBeforeRefinement = s.quant;
@@ -443,6 +506,8 @@ void RunDecoder(AswdrDecoded& out, const PassRules& rules, Receiver ch) {
   if (out.lastRefinement) LastRefinement(s.quant, s.order.Positions(), s.threshold, s.refinedInPass);
   out.quant = std::move(s.quant);
   out.report = std::move(s.report);
+  ReturnPassTables(s, scratch);
+  KeepScratch(std::move(scratch));
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 namespace keldo::wavelet {
 namespace {
@@ -194,10 +195,12 @@ void CreateNewScanOrder(ScanOrder& order, int levels, const ImagePlane& quant, d
   RebuildLinkedOrder(order, levels, quant, threshold, [](int, int, int, int, int) {});
 }
 
-void FlatScanOrder::Start(int levels, int width, int height) {
+void FlatScanOrder::Start(int levels, int width, int height, Storage reused) {
   levels_ = levels;
   width_ = width;
   height_ = height;
+  positions_ = std::move(reused.positions);
+  band_ = std::move(reused.band);
   if (width == height && levels >= 1 && levels <= 25 && width >> levels > 0 && (width >> levels) << levels == width) {
     StartSquare();
     return;
@@ -412,9 +415,11 @@ void FlatScanOrder::PlaceChildren(std::size_t start, std::size_t count, const st
 }
 
 template <typename T>
-std::vector<std::array<T, 4>> FlatScanOrder::ChildrenByParent(const T* byPosition) const {
-  std::vector<std::array<T, 4>> byParent;
-  if (!regular_) return byParent;
+void FlatScanOrder::ChildrenByParent(const T* byPosition, std::vector<std::array<T, 4>>& byParent) const {
+  if (!regular_) {
+    byParent.clear();
+    return;
+  }
   const std::int32_t w = width_;
   const std::int32_t offsets[4][4] = {{0, 0, 0, 0}, {0, w, w + 1, 1}, {0, 1, w + 1, w}, {0, 1, w, w + 1}};
   byParent.resize(static_cast<std::size_t>(height_ / 2) * static_cast<std::size_t>(width_));
@@ -427,15 +432,14 @@ std::vector<std::array<T, 4>> FlatScanOrder::ChildrenByParent(const T* byPositio
             byPosition[2 * p + offsets[block][j]];
       }
     });
-  return byParent;
 }
 
 template void FlatScanOrder::Rebuild(const ImagePlane&, const std::vector<std::uint8_t>&, double,
                                      const Carried<std::uint8_t>&, std::uint8_t*);
 template void FlatScanOrder::Rebuild(const ImagePlane&, const std::vector<std::uint8_t>&, double,
                                      const Carried<std::uint16_t>&, std::uint16_t*);
-template std::vector<std::array<std::uint8_t, 4>> FlatScanOrder::ChildrenByParent(const std::uint8_t*) const;
-template std::vector<std::array<std::uint16_t, 4>> FlatScanOrder::ChildrenByParent(const std::uint16_t*) const;
+template void FlatScanOrder::ChildrenByParent(const std::uint8_t*, std::vector<std::array<std::uint8_t, 4>>&) const;
+template void FlatScanOrder::ChildrenByParent(const std::uint16_t*, std::vector<std::array<std::uint16_t, 4>>&) const;
 
 StartThreshold GetThreshold(const ImagePlane& transform) {
   double largest = 0.0;

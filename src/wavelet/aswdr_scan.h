@@ -8,6 +8,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "wavelet/image_transform.h"
@@ -86,8 +87,18 @@ void CreateNewDenoisingScanOrder(ScanOrder& order, int levels, int depth, const 
 // CreateNewScanOrder, and walked again into the flat form.
 class FlatScanOrder {
  public:
-  // CreateScanOrder's order of a width by height plane of `levels` levels.
-  void Start(int levels, int width, int height);
+  // The vectors of an order, handed from one order to the next so that a
+  // coder run after another writes into pages it has touched already. What
+  // they hold is never read: Start sizes and fills them anew.
+  struct Storage {
+    std::vector<std::int32_t> positions;
+    std::vector<std::uint8_t> band;
+  };
+  // CreateScanOrder's order of a width by height plane of `levels` levels,
+  // in `reused`'s vectors.
+  void Start(int levels, int width, int height, Storage reused = {});
+  // The vectors back, the order left empty.
+  Storage Release() { return {std::move(positions_), std::move(band_)}; }
   // CreateNewScanOrder after a pass of threshold `threshold`. `nonZero`
   // holds, by position, whether quant is non-zero; every non-zero value has
   // |quant| >= threshold, so the first kind is the non-zero parents.
@@ -112,7 +123,14 @@ class FlatScanOrder {
   // places them, by the parent's position (its entries for other positions
   // unused); empty on a plane that is not regular.
   template <typename T>
-  std::vector<std::array<T, 4>> ChildrenByParent(const T* byPosition) const;
+  std::vector<std::array<T, 4>> ChildrenByParent(const T* byPosition) const {
+    std::vector<std::array<T, 4>> byParent;
+    ChildrenByParent(byPosition, byParent);
+    return byParent;
+  }
+  // The same into `byParent`, whose vector is reused.
+  template <typename T>
+  void ChildrenByParent(const T* byPosition, std::vector<std::array<T, 4>>& byParent) const;
   // bySlot[i] = byPosition[Positions()[i]] for every place.
   template <typename T>
   void Carry(const T* byPosition, T* bySlot) const {
