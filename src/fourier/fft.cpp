@@ -1,6 +1,7 @@
 #include "fourier/fft.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cmath>
 #include <cstdlib>
@@ -2091,59 +2092,95 @@ void RealFFT(int n, float* x, float* y, const float* s, const float* t, int mHal
 // places are free.
 namespace {
 
-// The inverse with its outputs below N/2 into low[0..N/2) and the rest
-// into high[0..N/2).
-void InverseInto(int n, int mOffset, double* x, double* y, const double* s, const double* t, double* low,
-                 double* high) {
+// One inverse: its half spectrum in x and y, and where its outputs go,
+// those below N/2 to low[0..N/2) and the rest to high[0..N/2).
+struct InverseJob {
+  double* x;
+  double* y;
+  double* low;
+  double* high;
+};
+
+// P inverses of one size side by side: each loop of sums carries the
+// chains of all P, which wait on their own predecessors only, and each
+// chain adds its terms in the order one inverse alone would.
+template <int P>
+void InverseInto(int n, int mOffset, const std::array<InverseJob, P>& jobs, const double* s, const double* t) {
   const int h = n / 2, q = n / 4;
-  const double x0 = x[0], xh = x[h];
-  double alternating = 0.0, plain = 0.0;
-  double e = x0;
-  for (int k = 1; k < q; ++k) {
-    alternating += (k & 1) ? -x[k] : x[k];
-    plain += x[k];
-    e += (x[q - k] - x[q + k]) * s[k];
+  double x0[P], xh[P], alternating[P], plain[P], e[P], accumulated[P], f[P];
+  for (int p = 0; p < P; ++p) {
+    x0[p] = jobs[p].x[0];
+    xh[p] = jobs[p].x[h];
+    alternating[p] = plain[p] = accumulated[p] = 0.0;
+    e[p] = x0[p];
   }
-  double accumulated = 0.0;
-  for (int k = q; k < h; ++k) {
-    alternating += (k & 1) ? -x[k] : x[k];
-    plain += x[k];
-    if (k > q) {
-      const int i = k - q;
-      accumulated += (y[h - i] + y[i]) * s[i];
+  for (int k = 1; k < q; ++k)
+    for (int p = 0; p < P; ++p) {
+      const double* x = jobs[p].x;
+      alternating[p] += (k & 1) ? -x[k] : x[k];
+      plain[p] += x[k];
+      e[p] += (x[q - k] - x[q + k]) * s[k];
     }
+  for (int k = q; k < h; ++k)
+    for (int p = 0; p < P; ++p) {
+      const double* x = jobs[p].x;
+      const double* y = jobs[p].y;
+      alternating[p] += (k & 1) ? -x[k] : x[k];
+      plain[p] += x[k];
+      if (k > q) {
+        const int i = k - q;
+        accumulated[p] += (y[h - i] + y[i]) * s[i];
+      }
+    }
+  for (int p = 0; p < P; ++p) {
+    double* x = jobs[p].x;
+    double* y = jobs[p].y;
+    y[0] = 0.0;
+    InversePrepare(n, x, y, s);
+    f[p] = y[q] + accumulated[p];
+    y[q] *= 2;
+    InverseHalfTransform(x, y, s, t, h, mOffset + 5);
   }
-  const double atHalf = x0 + xh + 2 * alternating;
-  const double atZero = x0 + xh + 2 * plain;
-  y[0] = 0.0;
-  InversePrepare(n, x, y, s);
-  const double f = y[q] + accumulated;
-  y[q] *= 2;
-  InverseHalfTransform(x, y, s, t, h, mOffset + 5);
   // The running sums of y[k] - y[h - k] from 2 e and of y[h - k] + y[k]
   // from 2 f, for the odd outputs of y and of x.
-  double oddY = 2 * e, oddX = 2 * f;
-  for (int k = 1; k < q; ++k) {
-    oddY = (y[k] - y[h - k]) + oddY;
-    oddX = (y[h - k] + y[k]) + oddX;
-    x[h + k] = oddY;
-    x[n - k] = oddX;
+  double oddY[P], oddX[P];
+  for (int p = 0; p < P; ++p) {
+    oddY[p] = 2 * e[p];
+    oddX[p] = 2 * f[p];
   }
-  y[1] = 2 * e;
-  InverseFinish(n, x, y, x0, xh, f, low, high);
-  low[0] = atZero;
-  high[0] = atHalf;
+  for (int k = 1; k < q; ++k)
+    for (int p = 0; p < P; ++p) {
+      double* x = jobs[p].x;
+      const double* y = jobs[p].y;
+      oddY[p] = (y[k] - y[h - k]) + oddY[p];
+      oddX[p] = (y[h - k] + y[k]) + oddX[p];
+      x[h + k] = oddY[p];
+      x[n - k] = oddX[p];
+    }
+  for (int p = 0; p < P; ++p) {
+    const InverseJob& job = jobs[p];
+    job.y[1] = 2 * e[p];
+    InverseFinish(n, job.x, job.y, x0[p], xh[p], f[p], job.low, job.high);
+    job.low[0] = x0[p] + xh[p] + 2 * plain[p];
+    job.high[0] = x0[p] + xh[p] + 2 * alternating[p];
+  }
 }
 
 }  // namespace
 
 void RealInverseFFT(int n, int mOffset, double* x, double* y, const double* s, const double* t) {
-  InverseInto(n, mOffset, x, y, s, t, x, x + n / 2);
+  InverseInto<1>(n, mOffset, {InverseJob{x, y, x, x + n / 2}}, s, t);
 }
 
 void RealInverseFFTSwapped(int n, int mOffset, double* x, double* y, const double* s, const double* t,
                            double* out) {
-  InverseInto(n, mOffset, x, y, s, t, out + n / 2, out);
+  InverseInto<1>(n, mOffset, {InverseJob{x, y, out + n / 2, out}}, s, t);
+}
+
+void RealInverseFFTSwappedPair(int n, int mOffset, double* x1, double* y1, double* out1, double* x2, double* y2,
+                               double* out2, const double* s, const double* t) {
+  InverseInto<2>(n, mOffset, {InverseJob{x1, y1, out1 + n / 2, out1}, InverseJob{x2, y2, out2 + n / 2, out2}}, s,
+                 t);
 }
 
 void SineTransformCore(int n, double* x, double* y, const double* s, const double* t, int mOffset, double c) {

@@ -74,6 +74,11 @@ void RealInverseFFT(int n, int mOffset, double* x, double* y, const double* sine
 // an array apart from x and y; x is destroyed too.
 void RealInverseFFTSwapped(int n, int mOffset, double* x, double* y, const double* sineTable,
                            const double* tanTable, double* out);
+// Two such inverses of one size at once, (x1, y1) into out1 and (x2, y2)
+// into out2, each with the bits it would have alone: their long chains of
+// sums run side by side.
+void RealInverseFFTSwappedPair(int n, int mOffset, double* x1, double* y1, double* out1, double* x2, double* y2,
+                               double* out2, const double* sineTable, const double* tanTable);
 
 // Sine transform of x (x[0] and x[N] ignored); X[0] = X[N] = 0 exactly. Y is
 // scratch. mOffset = M - 6.

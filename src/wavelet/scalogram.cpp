@@ -171,15 +171,20 @@ void InvertInto(int n, ScalogramWork& work, double* wr, double* wi, double endVa
   row[n] = endValue;
 }
 
+// The spectrum of row r >= 1 from samples already in wr[0..n], times the
+// signal's and dx; the row's end entry, column n, from the end sample.
+double RowProduct(int n, double s, double dx, ScalogramWork& work, double* wr, double* wi, double* sum) {
+  const double endSample = wr[n];
+  fourier::RealFFT(n, wr, wi, work.tables.sine.data(), work.tables.tan.data(), ExponentOf(n) - 1);
+  MultiplyRow(n, work.x.data(), work.y.data(), wr, wi, sum, s, dx);
+  // At k = n: X[n] = sig[n], Y[n] = 0, and the wavelet's own end entries.
+  return work.x[Index(n)] * endSample * dx;
+}
+
 // Row r >= 1 from samples already in wr[0..n]: its spectrum, the product,
 // the inverse, into `row`.
 void WaveletRow(int n, double s, double dx, ScalogramWork& work, double* wr, double* wi, double* sum, double* row) {
-  const int m = ExponentOf(n);
-  const double endSample = wr[n];
-  fourier::RealFFT(n, wr, wi, work.tables.sine.data(), work.tables.tan.data(), m - 1);
-  MultiplyRow(n, work.x.data(), work.y.data(), wr, wi, sum, s, dx);
-  // At k = n: X[n] = sig[n], Y[n] = 0, and the wavelet's own end entries.
-  InvertInto(n, work, wr, wi, work.x[Index(n)] * endSample * dx, row);
+  InvertInto(n, work, wr, wi, RowProduct(n, s, dx, work, wr, wi, sum), row);
 }
 
 // Row 0: the low-pass spectrum phi from the accumulator, real, in the
@@ -348,8 +353,16 @@ ScalogramStatus CreateTheComplexScalogram(const ScalogramSetup& setup, Scalogram
     const double s = ScaleOfRow(r, setup.voices);
     GaborValues<true, true>(n, work.wr.data(), work.wr2.data(), setup.a, c0, dx, setup.freq, s, std::sqrt(s),
                             setup.width);
-    WaveletRow(n, s, dx, work, work.wr.data(), work.wi.data(), work.sum.data(), result.RealRow(r).data());
-    WaveletRow(n, s, dx, work, work.wr2.data(), work.wi2.data(), work.sum2.data(), result.ImagRow(r).data());
+    const double realEnd = RowProduct(n, s, dx, work, work.wr.data(), work.wi.data(), work.sum.data());
+    const double imagEnd = RowProduct(n, s, dx, work, work.wr2.data(), work.wi2.data(), work.sum2.data());
+    double* realRow = result.RealRow(r).data();
+    double* imagRow = result.ImagRow(r).data();
+    // The two inverses side by side, each with the bits of its own.
+    fourier::RealInverseFFTSwappedPair(n, ExponentOf(n) - 6, work.wr.data(), work.wi.data(), realRow,
+                                       work.wr2.data(), work.wi2.data(), imagRow, work.tables.sine.data(),
+                                       work.tables.tan.data());
+    realRow[n] = realEnd;
+    imagRow[n] = imagEnd;
     if (AskToStop(r, onRow)) return ScalogramStatus::Stopped;
   }
   LowPassRow(n, dx, work, work.sum.data(), result.RealRow(0).data());

@@ -158,6 +158,19 @@ TEST_P(Sizes, TheSwappedInverseIsTheInverseWithItsHalvesExchanged) {
               std::bit_cast<std::uint64_t>(x[static_cast<std::size_t>(j)]))
         << "n = " << n << ", j = " << j;
   EXPECT_EQ(out[static_cast<std::size_t>(n)], -7.0);
+  // Two at once: each output that of the inverse alone.
+  auto a = RandomSignal(n, 6), b = RandomSignal(n, 7), c = RandomSignal(n, 8), d = RandomSignal(n, 9);
+  auto a2 = a, b2 = b, c2 = c, d2 = d;
+  std::vector<double> first(static_cast<std::size_t>(n)), second(first), firstAlone(first), secondAlone(first);
+  RealInverseFFTSwappedPair(n, t.m - 6, a.data(), b.data(), first.data(), c.data(), d.data(), second.data(),
+                            t.sine.data(), t.tan.data());
+  RealInverseFFTSwapped(n, t.m - 6, a2.data(), b2.data(), t.sine.data(), t.tan.data(), firstAlone.data());
+  RealInverseFFTSwapped(n, t.m - 6, c2.data(), d2.data(), t.sine.data(), t.tan.data(), secondAlone.data());
+  for (int j = 0; j < n; ++j) {
+    const std::size_t i = static_cast<std::size_t>(j);
+    ASSERT_EQ(std::bit_cast<std::uint64_t>(first[i]), std::bit_cast<std::uint64_t>(firstAlone[i])) << j;
+    ASSERT_EQ(std::bit_cast<std::uint64_t>(second[i]), std::bit_cast<std::uint64_t>(secondAlone[i])) << j;
+  }
 }
 
 TEST_P(Sizes, SineAndCosineTransformsAreTheirSums) {
