@@ -179,11 +179,23 @@ bool EndPass(PassState& s, const PassRules& rules, const char* verb, std::int64_
 // among the positions the significance walk passed over (they were non-zero,
 // and at least the former threshold, before it), so the walk goes through
 // that list, in the same order. False when the budget stopped it.
+// The candidates lie scattered over the plane, so the values (and those of
+// `alsoRead` by position, when not null) kRefinementLookAhead candidates on
+// are asked for early.
+constexpr std::size_t kRefinementLookAhead = 16;
+
 template <typename Channel, typename BitFor>
-bool RefinementPass(PassState& s, double formerThreshold, std::int32_t budget, Channel& ch, BitFor bitFor) {
+bool RefinementPass(PassState& s, double formerThreshold, std::int32_t budget, Channel& ch, const float* alsoRead,
+                    BitFor bitFor) {
   std::int64_t seen = 0;
   const std::int32_t* candidates = s.passedOver.data();
-  for (std::size_t i = 0; i < s.passedOverCount && seen < s.formerSignificant; ++i) {
+  const std::size_t count = s.passedOverCount;
+  for (std::size_t i = 0; i < count && seen < s.formerSignificant; ++i) {
+    if (i + kRefinementLookAhead < count) {
+      const auto ahead = static_cast<std::size_t>(candidates[i + kRefinementLookAhead]);
+      __builtin_prefetch(s.quant.v.data() + ahead);
+      if (alsoRead != nullptr) __builtin_prefetch(alsoRead + ahead);
+    }
     const std::int32_t p = candidates[i];
     float& q = s.quant.v[static_cast<std::size_t>(p)];
     if (Magnitude(q) < formerThreshold) continue;
@@ -380,7 +392,7 @@ int EncodePasses(const ImagePlane& c, const PassRules& rules, Sender& ch, PassSt
     s.passedOverCount = passed;
     ch.Run(run + 1);
     if (ch.Used() >= budget) return regionModePass;
-    const bool onBudget = RefinementPass(s, former, budget, ch, [&](std::int32_t at, float q) {
+    const bool onBudget = RefinementPass(s, former, budget, ch, c.v.data(), [&](std::int32_t at, float q) {
       const bool moved = std::fabs(static_cast<double>(c.v[static_cast<std::size_t>(at)]) - static_cast<double>(q)) >= t;
       ch.Refine(moved);
       return moved;
@@ -453,7 +465,8 @@ void DecodePasses(const PassRules& rules, Receiver& ch, PassState& s, std::vecto
     }
     s.passedOverCount = passed;
     if (ch.Used() >= budget) return;
-    const bool onBudget = RefinementPass(s, former, budget, ch, [&](std::int32_t, float) { return ch.Refine(); });
+    const bool onBudget =
+        RefinementPass(s, former, budget, ch, nullptr, [&](std::int32_t, float) { return ch.Refine(); });
     if (!onBudget || !EndPass(s, rules, "decoded", ch.Used(), carried, nonZeroBySlot.data())) return;
   }
 }
