@@ -139,16 +139,27 @@ inline void Narrow(ArithState& s, const Model& m, int index) {
 void RenormaliseEncodingByStep(ArithState& s, const ArithPrecision& p, BitWriter& bits);
 void RenormaliseDecodingByStep(ArithState& s, const ArithPrecision& p, BitReader& bits);
 
+// The most bits one TransmitBits takes.
+inline constexpr int kLargestJoinedPiece = 24;
+
 inline void RenormaliseEncoding(ArithState& s, const ArithPrecision& p, BitWriter& bits) {
   if (!InRange(s, p)) return RenormaliseEncodingByStep(s, p, bits);
   const int shared = SharedTopBits(s, p);
   if (shared > 0) {
-    // The first settled bit, then the pending bits, then the rest.
+    // The first settled bit, then the pending bits (its opposite), then the
+    // rest; when they are few enough, as one piece: a 1 and pending 0s are
+    // 2^pending, a 0 and pending 1s 2^pending - 1.
     const int top = p.codeBits - 1;
-    Emit(s, (s.low >> top) & 1, bits);
-    if (shared > 1)
-      bits.TransmitBits(static_cast<std::uint32_t>(s.low >> (p.codeBits - shared)) & ((1u << (shared - 1)) - 1),
-                        shared - 1);
+    const auto first = static_cast<std::uint32_t>(s.low >> top) & 1u;
+    const std::uint32_t rest = static_cast<std::uint32_t>(s.low >> (p.codeBits - shared)) & ((1u << (shared - 1)) - 1);
+    if (s.pending <= kLargestJoinedPiece - shared) {
+      const std::uint32_t lead = (1u << s.pending) - (first ^ 1u);
+      bits.TransmitBits(lead << (shared - 1) | rest, s.pending + shared);
+      s.pending = 0;
+    } else {
+      Emit(s, static_cast<int>(first), bits);
+      bits.TransmitBits(rest, shared - 1);
+    }
     ShiftOutShared(s, p, shared);
   }
   const int quarters = QuarterSteps(s, p);

@@ -3,16 +3,15 @@
 namespace keldo::wavelet {
 
 void BitWriter::FlushPartialByte() {
-  if (bitsToGo_ == 8) return;
-  bytes_.push_back(static_cast<std::uint8_t>(buffer_));
-  bitsToGo_ = 8;
-  buffer_ = 0;
+  if (filled_ == 0) return;
+  bytes_.push_back(static_cast<std::uint8_t>(partial_ << (8 - filled_)));
+  filled_ = 0;
+  partial_ = 0;
 }
 
-void BitReader::NextByte() {
-  pastEnd_ = next_ >= data_.size();
-  buffer_ = pastEnd_ ? 0 : data_[next_++];
-  bitsToGo_ = 8;
+void BitReader::Refill() {
+  const std::size_t size = data_.size();
+  for (; unread_ <= 56; unread_ += 8, ++next_) window_ = window_ << 8 | (next_ < size ? data_[next_] : 0u);
 }
 
 }  // namespace keldo::wavelet

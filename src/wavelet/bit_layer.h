@@ -20,31 +20,21 @@ class BitWriter {
   explicit BitWriter(std::int64_t bitsUsed) : bitsUsed_(bitsUsed) {}
   // BitsToGo -= 1; a 1 adds 2^BitsToGo to the byte; at 0 the byte is stored
   // and a new one begun.
-  void TransmitBit(int bit) {
-    --bitsToGo_;
-    buffer_ |= (bit != 0 ? 1 : 0) << bitsToGo_;
-    if (bitsToGo_ == 0) {
-      bytes_.push_back(static_cast<std::uint8_t>(buffer_));
-      bitsToGo_ = 8;
-      buffer_ = 0;
-    }
-    ++bitsUsed_;
-  }
+  void TransmitBit(int bit) { TransmitBits(bit != 0 ? 1u : 0u, 1); }
   // The low `count` bits of `bits` (count up to 24), the highest first: the
-  // bytes and count of TransmitBit for each in turn.
+  // bytes and count of TransmitBit for each in turn. The bits of the byte
+  // being filled wait, right-aligned, in `partial_`; they and the new ones
+  // (at most 31) go out a byte at a time from the top.
   void TransmitBits(std::uint32_t bits, int count) {
     bitsUsed_ += count;
-    while (count > 0) {
-      const int take = count < bitsToGo_ ? count : bitsToGo_;
-      count -= take;
-      bitsToGo_ -= take;
-      buffer_ |= static_cast<int>((bits >> count) & ((1u << take) - 1)) << bitsToGo_;
-      if (bitsToGo_ == 0) {
-        bytes_.push_back(static_cast<std::uint8_t>(buffer_));
-        bitsToGo_ = 8;
-        buffer_ = 0;
-      }
+    const std::uint64_t mask = (std::uint64_t{1} << count) - 1;
+    const std::uint64_t joined = (std::uint64_t{partial_} << count) | (bits & mask);
+    filled_ += count;
+    while (filled_ >= 8) {
+      filled_ -= 8;
+      bytes_.push_back(static_cast<std::uint8_t>(joined >> filled_));
     }
+    partial_ = static_cast<std::uint32_t>(joined & ((1u << filled_) - 1));
   }
   // `count` copies of the bit.
   void TransmitRepeated(int bit, std::int64_t count) {
@@ -55,23 +45,20 @@ class BitWriter {
     }
   }
   // A 0, then the bit.
-  void TransmitDbl(int bit) {
-    TransmitBit(0);
-    TransmitBit(bit);
-  }
+  void TransmitDbl(int bit) { TransmitBits(bit != 0 ? 1u : 0u, 2); }
   // Stores the partly filled byte, its low bits zero, when any bit stands
   // in it.
   void FlushPartialByte();
   void AppendByte(std::uint8_t byte) { bytes_.push_back(byte); }
 
   std::int64_t BitsUsed() const { return bitsUsed_; }
-  int BitsToGo() const { return bitsToGo_; }
+  int BitsToGo() const { return 8 - filled_; }
   const std::vector<std::uint8_t>& Bytes() const { return bytes_; }
 
  private:
   std::vector<std::uint8_t> bytes_;
-  int buffer_ = 0;
-  int bitsToGo_ = 8;
+  std::uint32_t partial_ = 0;  // the filled_ bits of the byte begun
+  int filled_ = 0;             // 0..7
   std::int64_t bitsUsed_;
 };
 
@@ -80,45 +67,44 @@ class BitWriter {
 class BitReader {
  public:
   BitReader(const std::vector<std::uint8_t>& data, std::size_t offset, std::int64_t bitsUsed)
-      : data_(data), next_(offset), bitsUsed_(bitsUsed) {}
+      : data_(data),
+        next_(offset),
+        bitsUsed_(bitsUsed),
+        firstBit_(bitsUsed),
+        storedBits_(offset < data.size() ? 8 * static_cast<std::int64_t>(data.size() - offset) : 0) {}
   // At BitsToGo 0 the next byte is taken; BitsToGo -= 1; the bit is 1 when
   // the byte holds at least 2^BitsToGo, which is then taken off.
-  int GetBit() {
-    if (bitsToGo_ == 0) NextByte();
-    --bitsToGo_;
-    ++bitsUsed_;
-    if (pastEnd_) ++bitsPastEnd_;
-    return (buffer_ >> bitsToGo_) & 1;
-  }
+  int GetBit() { return static_cast<int>(GetBits(1)); }
 
   // The next `count` bits (up to 24), the first highest: GetBit's value,
-  // count and reads for each in turn.
+  // count and reads for each in turn. The bytes are taken ahead into a
+  // window, whose low `unread_` bits are the next ones.
   std::uint32_t GetBits(int count) {
-    std::uint32_t value = 0;
-    while (count > 0) {
-      if (bitsToGo_ == 0) NextByte();
-      const int take = count < bitsToGo_ ? count : bitsToGo_;
-      count -= take;
-      bitsToGo_ -= take;
-      bitsUsed_ += take;
-      if (pastEnd_) bitsPastEnd_ += take;
-      value = value << take | (static_cast<std::uint32_t>(buffer_ >> bitsToGo_) & ((1u << take) - 1));
-    }
-    return value;
+    if (unread_ < count) Refill();
+    unread_ -= count;
+    bitsUsed_ += count;
+    return static_cast<std::uint32_t>(window_ >> unread_) & ((1u << count) - 1);
   }
 
   std::int64_t BitsUsed() const { return bitsUsed_; }
-  std::int64_t BitsPastEnd() const { return bitsPastEnd_; }
+  // The bits read beyond the stored bytes: as the bits are read in order,
+  // those past the first storedBits_ of them.
+  std::int64_t BitsPastEnd() const {
+    const std::int64_t past = bitsUsed_ - firstBit_ - storedBits_;
+    return past > 0 ? past : 0;
+  }
 
  private:
-  void NextByte();
+  // Takes whole bytes (zero past the end) into the window until more than
+  // 56 bits wait there.
+  void Refill();
   const std::vector<std::uint8_t>& data_;
   std::size_t next_;
-  int buffer_ = 0;
-  int bitsToGo_ = 0;
+  std::uint64_t window_ = 0;
+  int unread_ = 0;  // 0..64
   std::int64_t bitsUsed_;
-  std::int64_t bitsPastEnd_ = 0;
-  bool pastEnd_ = false;
+  std::int64_t firstBit_;
+  std::int64_t storedBits_;
 };
 
 }  // namespace keldo::wavelet
