@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 #include <new>
 
 namespace keldo::wavelet {
@@ -63,11 +64,46 @@ inline int MirrorOf(int i, int k0) {
   return k0 >= 0 && j >= 0 && j < i ? j : -1;
 }
 
+// The samples past a wavelet's reach, |C - t| > reach, where its exponent
+// passes kExpUnderflow and the formula gives 0 without calling exp: those
+// below `below` and above `above` are past it with room for every rounding
+// of t, u and the exponent, so they are 0 without being computed. The
+// samples between are computed one by one as before.
+struct Tails {
+  int below = 0;
+  int above = 0;
+};
+
+Tails TailsBeyond(int n, double a, double c0, double dx, double reach) {
+  const Tails none{0, n};
+  if (!(dx > 0.0) || !(reach >= 0.0) || !std::isfinite(reach)) return none;
+  const double rounding = 16 * std::numeric_limits<double>::epsilon() * (std::fabs(c0) + std::fabs(a) + n * dx);
+  const double far = reach + 1e-9 * reach + rounding;
+  const double low = (c0 - a - far) / dx - 2;
+  const double high = (c0 - a + far) / dx + 2;
+  if (!std::isfinite(low) || !std::isfinite(high)) return none;
+  Tails tails;
+  tails.below = low <= 0.0 ? 0 : low >= n ? n : static_cast<int>(std::floor(low));
+  tails.above = high >= n ? n : high <= 0.0 ? 0 : static_cast<int>(std::ceil(high));
+  if (tails.above < tails.below) tails.above = tails.below;
+  return tails;
+}
+
+// Whether sample i takes its mirror's value (see MirrorIndex).
+inline bool Mirrored(int i, int k0, double a, double c0, double dx) {
+  const int j = MirrorOf(i, k0);
+  return j >= 0 && OffsetOf(j, a, c0, dx) == -OffsetOf(i, a, c0, dx);
+}
+
 void MexicanHatValues(int n, double* out, double a, double c0, double dx, double s, double q, double w) {
   const double c = kHatConstant * (w * w);
   const double amplitude = 2 * kPi * std::sqrt(c) * q;
   const int k0 = MirrorIndex(n, a, c0, dx);
-  for (int i = 0; i <= n; ++i) {
+  // Past the reach a sample is 0, computed or mirrored.
+  const Tails tails = TailsBeyond(n, a, c0, dx, std::sqrt(kExpUnderflow * c / kPi) / s);
+  std::fill(out, out + tails.below, 0.0);
+  std::fill(out + tails.above + 1, out + n + 1, 0.0);
+  for (int i = tails.below; i <= tails.above; ++i) {
     const double offset = OffsetOf(i, a, c0, dx);
     const int j = MirrorOf(i, k0);
     if (j >= 0 && OffsetOf(j, a, c0, dx) == -offset) {
@@ -119,7 +155,18 @@ void GaborValuesDividing(int n, double* cosine, double* sine, double a, double c
   const DivideBy<kPowerOfTwo> over(w);
   const double turn = 2 * kPi * f;
   const int k0 = MirrorIndex(n, a, c0, dx);
-  for (int i = 0; i <= n; ++i) {
+  // Past the reach a sample is 0; in the upper tail a mirrored sine sample
+  // is its partner's 0 negated.
+  const Tails tails = TailsBeyond(n, a, c0, dx, std::sqrt(kExpUnderflow / kPi) * w / s);
+  if constexpr (kCosine) {
+    std::fill(cosine, cosine + tails.below, 0.0);
+    std::fill(cosine + tails.above + 1, cosine + n + 1, 0.0);
+  }
+  if constexpr (kSine) {
+    std::fill(sine, sine + tails.below, 0.0);
+    for (int i = tails.above + 1; i <= n; ++i) sine[i] = Mirrored(i, k0, a, c0, dx) ? -0.0 : 0.0;
+  }
+  for (int i = tails.below; i <= tails.above; ++i) {
     const double offset = OffsetOf(i, a, c0, dx);
     const int j = MirrorOf(i, k0);
     if (j >= 0 && OffsetOf(j, a, c0, dx) == -offset) {
