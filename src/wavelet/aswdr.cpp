@@ -157,6 +157,23 @@ void MoveAway(float& q, double step) { q = static_cast<float>(q < 0.0f ? q - ste
 
 double Magnitude(float v) { return std::fabs(static_cast<double>(v)); }
 
+// LastRefinement's offsets, value by value in list order: `counter` counts
+// the values at or above 2T met so far.
+struct LastOffsets {
+  double threshold;
+  std::int64_t refinedInLastPass;
+  std::int64_t counter = 0;
+  void Apply(float& v) {
+    const double a = Magnitude(v);
+    if (a >= 2.0 * threshold) {
+      ++counter;
+      MoveAway(v, counter <= refinedInLastPass ? threshold / 2.0 : threshold);
+    } else if (a >= threshold) {
+      MoveAway(v, threshold / 2.0);
+    }
+  }
+};
+
 // The end of a pass for both sides; true when the passes go on. Every
 // non-zero value is at least the pass's threshold here, so the rebuild's
 // first kind is the non-zero parents.
@@ -505,6 +522,35 @@ AswdrEncoded RunEncoder(const ImagePlane& transform, const AswdrHead& head, cons
   return out;
 }
 
+// LastRefinement on a flat order whose values by place are flagged non-zero
+// in `nonZeroBySlot`. A zero value stays, so only the flagged places are
+// taken: kLastBlock places at a time, a chunk of zeros passed over at once,
+// the positions of the others gathered and their values asked for before
+// the first is changed, as they lie scattered over the plane.
+constexpr std::size_t kLastBlock = 64;
+
+void LastRefinementOfNonZero(ImagePlane& quant, const std::vector<std::int32_t>& positions,
+                             const std::uint8_t* nonZeroBySlot, double threshold, std::int64_t refinedInLastPass) {
+  LastOffsets offsets{threshold, refinedInLastPass};
+  float* values = quant.v.data();
+  const std::size_t n = positions.size();
+  std::array<std::int32_t, kLastBlock> gathered;
+  for (std::size_t block = 0; block < n; block += kLastBlock) {
+    const std::size_t blockEnd = std::min(n, block + kLastBlock);
+    std::size_t count = 0;
+    for (std::size_t chunk = block; chunk < blockEnd; chunk += kChunk) {
+      const std::size_t end = std::min(blockEnd, chunk + kChunk);
+      if (end - chunk == kChunk && LoadWord(nonZeroBySlot + chunk) == 0) continue;
+      for (std::size_t i = chunk; i < end; ++i) {
+        gathered[count] = positions[i];
+        count += nonZeroBySlot[i] != 0 ? 1 : 0;
+      }
+    }
+    for (std::size_t j = 0; j < count; ++j) __builtin_prefetch(values + gathered[j]);
+    for (std::size_t j = 0; j < count; ++j) offsets.Apply(values[gathered[j]]);
+  }
+}
+
 template <typename Receiver>
 void RunDecoder(AswdrDecoded& out, const PassRules& rules, Receiver ch) {
   const AswdrHead& h = out.head;
@@ -516,7 +562,10 @@ void RunDecoder(AswdrDecoded& out, const PassRules& rules, Receiver ch) {
   out.passes = s.pass;
   out.quantBeforeRefinement = s.quant;
   out.lastRefinement = rules.limit == PassLimit::LoopTest && (!s.stoppedByLoopTest || h.waveletIndex == 1);
-  if (out.lastRefinement) LastRefinement(s.quant, s.order.Positions(), s.threshold, s.refinedInPass);
+  // The flags by place are those of the final order (DecodePasses keeps
+  // them so).
+  if (out.lastRefinement)
+    LastRefinementOfNonZero(s.quant, s.order.Positions(), scratch.nonZeroBySlot.data(), s.threshold, s.refinedInPass);
   out.quant = std::move(s.quant);
   out.report = std::move(s.report);
   ReturnPassTables(s, scratch);
@@ -640,17 +689,8 @@ void LastRefinement(ImagePlane& quant, const ScanOrder& order, double threshold,
 
 void LastRefinement(ImagePlane& quant, const std::vector<std::int32_t>& positions, double threshold,
                     std::int64_t refinedInLastPass) {
-  std::int64_t counter = 0;
-  for (const std::int32_t p : positions) {
-    float& v = quant.v[static_cast<std::size_t>(p)];
-    const double a = Magnitude(v);
-    if (a >= 2.0 * threshold) {
-      ++counter;
-      MoveAway(v, counter <= refinedInLastPass ? threshold / 2.0 : threshold);
-    } else if (a >= threshold) {
-      MoveAway(v, threshold / 2.0);
-    }
-  }
+  LastOffsets offsets{threshold, refinedInLastPass};
+  for (const std::int32_t p : positions) offsets.Apply(quant.v[static_cast<std::size_t>(p)]);
 }
 
 }  // namespace keldo::wavelet
