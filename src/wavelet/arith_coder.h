@@ -169,20 +169,26 @@ inline void RenormaliseEncoding(ArithState& s, const ArithPrecision& p, BitWrite
 
 // As on encoding, when the value too shares the settled bits (it lies
 // between low and high in any stream a coder wrote), so that dropping them
-// is what the steps' subtractions do.
+// is what the steps' subtractions do. The bits of both kinds of step, the
+// shared ones then the quarters', are read as one piece; with no shared bit
+// the first kind changes nothing, so it needs no branch.
 inline void RenormaliseDecoding(ArithState& s, const ArithPrecision& p, BitReader& bits) {
   if (!InRange(s, p) || s.value < 0 || s.value > p.top) return RenormaliseDecodingByStep(s, p, bits);
   const int shared = SharedTopBits(s, p);
-  if (shared > 0) {
-    const int kept = p.codeBits - shared;
-    if ((s.value >> kept) != (s.low >> kept)) return RenormaliseDecodingByStep(s, p, bits);
-    ShiftOutShared(s, p, shared);
-    s.value = ((s.value << shared) & p.top) | static_cast<std::int32_t>(bits.GetBits(shared));
-  }
-  if (s.value < s.low || s.value > s.high) return RenormaliseDecodingByStep(s, p, bits);
+  const int kept = p.codeBits - shared;
+  if ((s.value >> kept) != (s.low >> kept)) return RenormaliseDecodingByStep(s, p, bits);
+  ShiftOutShared(s, p, shared);
   const int quarters = QuarterSteps(s, p);
+  const std::uint32_t piece = bits.PeekBits(shared + quarters);
+  s.value = ((s.value << shared) & p.top) | static_cast<std::int32_t>(piece >> quarters);
+  if (s.value < s.low || s.value > s.high) {
+    // Take the shared bits alone and go on step by step.
+    bits.SkipBits(shared);
+    return RenormaliseDecodingByStep(s, p, bits);
+  }
+  bits.SkipBits(shared + quarters);
   s.value = (s.value & p.half) | ((s.value << quarters) & (p.half - 1)) |
-            static_cast<std::int32_t>(bits.GetBits(quarters));
+            static_cast<std::int32_t>(piece & ((1u << quarters) - 1));
   ShiftOutQuarters(s, p, quarters);
 }
 

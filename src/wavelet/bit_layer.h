@@ -86,6 +86,18 @@ class BitReader {
     return static_cast<std::uint32_t>(window_ >> unread_) & ((1u << count) - 1);
   }
 
+  // GetBits(count)'s value without taking the bits; SkipBits takes them
+  // (count up to 24 for both).
+  std::uint32_t PeekBits(int count) {
+    if (unread_ < count) Refill();
+    return static_cast<std::uint32_t>(window_ >> (unread_ - count)) & ((1u << count) - 1);
+  }
+  void SkipBits(int count) {
+    if (unread_ < count) Refill();
+    unread_ -= count;
+    bitsUsed_ += count;
+  }
+
   std::int64_t BitsUsed() const { return bitsUsed_; }
   // The bits read beyond the stored bytes: as the bits are read in order,
   // those past the first storedBits_ of them.
