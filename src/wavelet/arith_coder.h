@@ -285,18 +285,25 @@ class ArithmeticCoderTwo {
     arith_step::RenormaliseEncoding(state_, kArithNineBits, bits);
     arith_step::Update(m, index, rescaleTop, kArithNineBits.maxFrequency);
   }
-  // Find's index without a branch: while cum falls (or holds) over indices
-  // 1..3, as the update keeps it in any stream a coder wrote, the first
-  // index at or below the target is 1 plus the count of those above it.
-  static int FindInOrderedModel(const ArithState& s, const Model& m) {
-    if (m.cum[1] < m.cum[2] || m.cum[2] < m.cum[3]) return arith_step::Find(s, m, kEofSymbol);
+  // arith_step::Find with the comparisons made on products: for the target
+  // t = floor((X - 1) / range), X = (value - low + 1) * total, and any count
+  // c, c > t exactly when c * range >= X. When Divide's quotient is that
+  // floor (X - 1 and range small, X - 1 not negative) the search runs on
+  // the products, whose operands are at hand before the quotient would be,
+  // and it branches: a predicted symbol lets the next steps start before the
+  // comparisons are done.
+  static int FindByProducts(const ArithState& s, const Model& m) {
     const std::int32_t range = s.high - s.low + 1;
-    const std::int32_t target = arith_step::Divide((s.value - s.low + 1) * m.cum[0] - 1, range);
-    return 1 + (m.cum[1] > target ? 1 : 0) + (m.cum[2] > target ? 1 : 0) + (m.cum[3] > target ? 1 : 0);
+    const std::int32_t x = (s.value - s.low + 1) * m.cum[0];
+    if (x < 1 || x > arith_step::kSmallDividend || range < 1 || range > arith_step::kLargestDivisor)
+      return arith_step::Find(s, m, kEofSymbol);
+    int i = 1;
+    while (i < kEofSymbol && m.cum[static_cast<std::size_t>(i)] * range >= x) ++i;
+    return i;
   }
   int DecodeIn(int rescaleTop, BitReader& bits) {
     Model& m = Current();
-    const int index = FindInOrderedModel(state_, m);
+    const int index = FindByProducts(state_, m);
     arith_step::Narrow(state_, m, index);
     arith_step::RenormaliseDecoding(state_, kArithNineBits, bits);
     if (index == kEofSymbol) return kEofSymbol;
