@@ -295,6 +295,32 @@ bool AllAbove(const std::uint16_t* when, std::uint16_t k) {
   return (a & b & kHigh) == kHigh;
 }
 
+// The places of a chunk [from, end) that turn significant in the pass of
+// number k, each with the run it ends, found by one walk with no branch
+// that also lists the candidates and counts the run on past the last turn.
+// For pass numbers of a plane with no NaN (none is kAlwaysSignificant): a
+// place turns when its number is k, as in the walk one place at a time.
+struct ChunkTurns {
+  std::size_t count = 0;
+  std::array<std::size_t, kChunk> at;
+  std::array<std::int64_t, kChunk> run;
+};
+
+ChunkTurns ScanChunk(const std::int32_t* positions, const std::uint16_t* when, std::size_t from, std::size_t end,
+                     std::uint16_t k, std::int32_t* passedOver, std::size_t& passed, std::int64_t& run) {
+  ChunkTurns turns;
+  for (std::size_t i = from; i < end; ++i) {
+    const std::uint16_t w = when[i] & ~kNegative;
+    passedOver[passed] = positions[i];
+    passed += w < k ? 1 : 0;
+    turns.at[turns.count] = i;
+    turns.run[turns.count] = run;
+    turns.count += w == k ? 1 : 0;
+    run = w == k ? 1 : run + (w > k ? 1 : 0);
+  }
+  return turns;
+}
+
 // The pass numbers the walks read, by position, by place and by parent.
 struct WalkTables {
   SignificanceTable table;
@@ -370,6 +396,9 @@ int EncodePasses(const ImagePlane& c, const PassRules& rules, Sender& ch, PassSt
     // The budget can only stand reached before the first bit of a pass.
     const bool stopWhenInsignificant = Sender::kTestAfterInsignificant && ch.Used() >= budget;
     const bool skipChunks = !stopWhenInsignificant && !table.anyNaN;
+    // Without a region nothing a turn does changes the pass numbers the
+    // rest of its chunk is walked by.
+    const bool scanFirst = skipChunks && rules.region == nullptr;
     const auto k = static_cast<std::uint16_t>(std::min(s.pass, int{kNeverSignificant} - 1));
     const std::int32_t* positions = s.order.Positions().data();
     const std::size_t n = s.order.Positions().size();
@@ -383,6 +412,19 @@ int EncodePasses(const ImagePlane& c, const PassRules& rules, Sender& ch, PassSt
         continue;
       }
       const std::size_t end = std::min(n, chunk + kChunk);
+      if (scanFirst) {
+        const ChunkTurns turns = ScanChunk(positions, when, chunk, end, k, passedOver, passed, run);
+        for (std::size_t j = 0; j < turns.count; ++j) {
+          const std::size_t i = turns.at[j];
+          ch.Run(turns.run[j]);
+          const bool negative = (when[i] & kNegative) != 0;
+          s.SetQuant(positions[i], negative ? -t : t);
+          ch.Sign(negative);
+          ++s.significant;
+          if (ch.Used() >= budget) return regionModePass;
+        }
+        continue;
+      }
       for (std::size_t i = chunk; i < end; ++i) {
         const std::int32_t p = positions[i];
         const std::uint16_t w = when[i] & ~kNegative;
