@@ -4,6 +4,7 @@
 // Lanes8, eight lines at once with the same operations on each.
 
 #include <cmath>
+#include <cstdlib>
 
 #include "wavelet/lanes.h"
 #include "wavelet/transforms.h"
@@ -209,12 +210,52 @@ void InverseLine(int n, int ext, E* e, E* x, int code) {
   for (int i = 0; i < n; ++i) x[i] = e[i];
 }
 
+// Eight lines at once through the processor's widest vectors: every step
+// and every operation of Lanes8 inlined into a function built for them, so
+// that an operation on eight lanes is one AVX-512 instruction or two AVX
+// ones instead of four of SSE2. Each lane still does a double's operations
+// one by one (no fused multiply-add), so every line keeps its bits.
+__attribute__((target("avx512f"), flatten)) void ForwardLinesMany(int n, int ext, Lanes8* e, Lanes8* x, int code) {
+  ForwardLine(n, ext, e, x, code);
+}
+__attribute__((target("avx512f"), flatten)) void InverseLinesMany(int n, int ext, Lanes8* e, Lanes8* x, int code) {
+  InverseLine(n, ext, e, x, code);
+}
+__attribute__((target("avx"), flatten)) void ForwardLinesWide(int n, int ext, Lanes8* e, Lanes8* x, int code) {
+  ForwardLine(n, ext, e, x, code);
+}
+__attribute__((target("avx"), flatten)) void InverseLinesWide(int n, int ext, Lanes8* e, Lanes8* x, int code) {
+  InverseLine(n, ext, e, x, code);
+}
+
+// KELDO_NO_AVX512 (any value) keeps to four lanes, as the other kernels do.
+enum class LaneWidth { Two, Four, Eight };
+LaneWidth WidestLanes() {
+  static const LaneWidth width = __builtin_cpu_supports("avx512f") && std::getenv("KELDO_NO_AVX512") == nullptr
+                                     ? LaneWidth::Eight
+                                 : __builtin_cpu_supports("avx") ? LaneWidth::Four
+                                                                 : LaneWidth::Two;
+  return width;
+}
+
 }  // namespace
 
 void SymmWavTr(int n, int ext, double* e, double* x, int code) { ForwardLine(n, ext, e, x, code); }
-void SymmWavTr(int n, int ext, Lanes8* e, Lanes8* x, int code) { ForwardLine(n, ext, e, x, code); }
+void SymmWavTr(int n, int ext, Lanes8* e, Lanes8* x, int code) {
+  switch (WidestLanes()) {
+    case LaneWidth::Eight: ForwardLinesMany(n, ext, e, x, code); break;
+    case LaneWidth::Four: ForwardLinesWide(n, ext, e, x, code); break;
+    case LaneWidth::Two: ForwardLine(n, ext, e, x, code); break;
+  }
+}
 void InvSymmWavTr(int n, int ext, double* e, double* x, int code) { InverseLine(n, ext, e, x, code); }
-void InvSymmWavTr(int n, int ext, Lanes8* e, Lanes8* x, int code) { InverseLine(n, ext, e, x, code); }
+void InvSymmWavTr(int n, int ext, Lanes8* e, Lanes8* x, int code) {
+  switch (WidestLanes()) {
+    case LaneWidth::Eight: InverseLinesMany(n, ext, e, x, code); break;
+    case LaneWidth::Four: InverseLinesWide(n, ext, e, x, code); break;
+    case LaneWidth::Two: InverseLine(n, ext, e, x, code); break;
+  }
+}
 
 const std::vector<std::string>& OtherWaveletNames() {
   static const std::vector<std::string> kNames = {

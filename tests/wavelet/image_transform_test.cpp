@@ -127,12 +127,14 @@ TEST(ImageTransform, ReconstructedBytesAreRoundedMagnitudes) {
 
 // Eight lines at once through the lifting steps give each line the very
 // bits it gets alone, for every lifting code, forward and back, and Perm
-// and INVPERM move the lanes as they move doubles.
+// and INVPERM move the lanes as they move doubles. (The lanes take the
+// widest vectors the processor has; KELDO_NO_AVX512 runs the four-lane
+// path.)
 TEST(ImageTransform, EightLinesAtOnceAreEachLineAlone) {
   constexpr int kMargin = 21, kExt = 6;
   std::mt19937 random(11);
   std::uniform_real_distribution<double> value(-300.0, 300.0);
-  for (int n : {8, 14, 32}) {
+  for (int n : {8, 14, 32, 512}) {
     for (int code = 101; code <= 110; ++code) {
       std::vector<Lanes8> lanes(static_cast<std::size_t>(n)), laneWork(static_cast<std::size_t>(n + 2 * kMargin + 1));
       std::vector<Lanes8> laneScratch(static_cast<std::size_t>(n));
