@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
+#include <cstring>
 #include <limits>
 
 #include "wavelet/lanes.h"
@@ -19,36 +21,126 @@ constexpr int kWorkMargin = 21;
 // over go one by one.
 constexpr int kGroup = Lanes8::kCount;
 
-// The line buffers of one transform: a line of lanes and one of doubles,
-// Perm's scratch and the lifting work arrays with their margins.
+// The lifting work arrays of one transform, a line of lanes and one of
+// doubles, each with its margins.
 struct LineBuffers {
   explicit LineBuffers(int n)
-      : length(static_cast<std::size_t>(n)), lanes(length), laneScratch(length),
-        laneWork(length + 2 * kWorkMargin + 1), line(length), scratch(length), work(length + 2 * kWorkMargin + 1) {}
-  std::size_t length;
-  std::vector<Lanes8> lanes, laneScratch, laneWork;
-  std::vector<double> line, scratch, work;
+      : laneWork(static_cast<std::size_t>(n) + 2 * kWorkMargin + 1),
+        work(static_cast<std::size_t>(n) + 2 * kWorkMargin + 1) {}
+  std::vector<Lanes8> laneWork;
+  std::vector<double> work;
 };
 
 enum class LineKind { Row, Column };
 enum class LineStep { Forward, Inverse };
 
-// One level of one line of n elements, doubles or lanes.
-template <typename E>
-void TransformLine(int n, E* x, LineStep step, int code, E* scratch, E* work) {
-  if (step == LineStep::Forward) {
-    SymmWavTr(n, kExtension, work + kWorkMargin, x, code);
-    Perm(n, x, scratch);
-  } else {
-    INVPERM(n, x, scratch);
-    InvSymmWavTr(n, kExtension, work + kWorkMargin, x, code);
+// Where value i of a line lies after one forward level, as Perm puts it:
+// the even values in order in the first half, the odd ones in the second;
+// with n odd the last value stays last.
+inline int PermutedPlace(int n, int i) {
+  const int h = n / 2;
+  if (i % 2 == 1) return h + i / 2;
+  return i < 2 * h ? i / 2 : i;
+}
+
+typedef double Doubles8 __attribute__((vector_size(64)));
+typedef float Floats8 __attribute__((vector_size(32)));
+
+// (Vectors pass by reference: passed by value, their layout would depend
+// on the instructions a function is built for.)
+inline __attribute__((always_inline)) void LoadFloats(Doubles8& d, const float* p) {
+  Floats8 f;
+  std::memcpy(&f, p, sizeof f);
+  d = __builtin_convertvector(f, Doubles8);
+}
+
+inline __attribute__((always_inline)) void StoreFloats(float* p, const Doubles8& d) {
+  const Floats8 f = __builtin_convertvector(d, Floats8);
+  std::memcpy(p, &f, sizeof f);
+}
+
+inline __attribute__((always_inline)) void LoadLanes(Doubles8& d, const Lanes8& x) {
+  std::memcpy(&d, x.v, sizeof d);
+}
+
+inline __attribute__((always_inline)) void StoreLanes(Lanes8& x, const Doubles8& d) { std::memcpy(x.v, &d, sizeof d); }
+
+// r[k][j] becomes r[j][k]: eight rows of eight values into eight columns.
+inline __attribute__((always_inline)) void Transpose8(Doubles8* r) {
+  Doubles8 t[8], u[8];
+  for (int k = 0; k < 8; k += 2) {
+    t[k] = __builtin_shufflevector(r[k], r[k + 1], 0, 8, 2, 10, 4, 12, 6, 14);
+    t[k + 1] = __builtin_shufflevector(r[k], r[k + 1], 1, 9, 3, 11, 5, 13, 7, 15);
+  }
+  for (int k : {0, 1, 4, 5}) {
+    u[k] = __builtin_shufflevector(t[k], t[k + 2], 0, 1, 8, 9, 4, 5, 12, 13);
+    u[k + 2] = __builtin_shufflevector(t[k], t[k + 2], 2, 3, 10, 11, 6, 7, 14, 15);
+  }
+  for (int k = 0; k < 4; ++k) {
+    r[k] = __builtin_shufflevector(u[k], u[k + 4], 0, 1, 2, 3, 8, 9, 10, 11);
+    r[k + 4] = __builtin_shufflevector(u[k], u[k + 4], 4, 5, 6, 7, 12, 13, 14, 15);
   }
 }
 
-// One pass over the rows (or columns) of the w by h corner: each line is
-// copied out to double, transformed one level and stored back as float.
-// Value i of line j (of a group) is at(j, i).
-void LinePass(ImagePlane& p, int w, int h, LineKind kind, LineStep step, int code, LineBuffers& b) {
+// Eight rows of the plane, from rows[j] on, and a line of lanes: values
+// rows[j][from + k] for k < 8 are lane j of x[first + step * k], read
+// (kIn) or written.
+template <bool kIn>
+inline __attribute__((always_inline)) void MoveTile(float* const* rows, int from, Lanes8* x, int first, int step) {
+  Doubles8 r[8];
+  if constexpr (kIn) {
+    for (int j = 0; j < 8; ++j) LoadFloats(r[j], rows[j] + from);
+    Transpose8(r);
+    for (int k = 0; k < 8; ++k) StoreLanes(x[first + step * k], r[k]);
+  } else {
+    for (int k = 0; k < 8; ++k) LoadLanes(r[k], x[first + step * k]);
+    Transpose8(r);
+    for (int j = 0; j < 8; ++j) StoreFloats(rows[j] + from, r[j]);
+  }
+}
+
+// Eight rows and a line of lanes, place i of a row being value i of its
+// line (kPermuted false) or value i of a line in Perm's order (kPermuted):
+// value 2m at place m, value 2m + 1 at place n/2 + m, the last value of an
+// odd n last.
+template <bool kIn, bool kPermuted>
+inline __attribute__((always_inline)) void MoveRows(float* const* rows, int n, Lanes8* x) {
+  const auto one = [&](int place, int i) {
+    for (int j = 0; j < 8; ++j) {
+      if constexpr (kIn) x[i].v[j] = rows[j][place];
+      else rows[j][place] = static_cast<float>(x[i].v[j]);
+    }
+  };
+  if constexpr (!kPermuted) {
+    int i = 0;
+    for (; i + 8 <= n; i += 8) MoveTile<kIn>(rows, i, x, i, 1);
+    for (; i < n; ++i) one(i, i);
+  } else {
+    const int h = n / 2;
+    int m = 0;
+    for (; m + 8 <= h; m += 8) {
+      MoveTile<kIn>(rows, m, x, 2 * m, 2);
+      MoveTile<kIn>(rows, h + m, x, 2 * m + 1, 2);
+    }
+    for (; m < h; ++m) {
+      one(m, 2 * m);
+      one(h + m, 2 * m + 1);
+    }
+    if (n % 2 == 1) one(n - 1, n - 1);
+  }
+}
+
+// One pass over the rows (or columns) of the w by h corner, one level
+// each. A line is read from the plane straight into the lifting's work
+// array, lifted there in place and written back as float; the plane takes
+// the forward level's values in Perm's order and gives the inverse level
+// its values from that order, so that neither Perm nor INVPERM nor the
+// lifting's own copies are needed. Value i of line j (of a group) is at(j, i).
+// Eight lines go through at a time; the moves between the plane and the
+// lanes are written over eight-wide vectors, for the widest the processor
+// has (LinePass).
+inline __attribute__((always_inline)) void LinePassBody(ImagePlane& p, int w, int h, LineKind kind, LineStep step,
+                                                        int code, LineBuffers& b) {
   const std::size_t stride = static_cast<std::size_t>(p.width);
   const int lines = kind == LineKind::Row ? h : w, n = kind == LineKind::Row ? w : h;
   float* const v = p.v.data();
@@ -56,39 +148,66 @@ void LinePass(ImagePlane& p, int w, int h, LineKind kind, LineStep step, int cod
     return kind == LineKind::Row ? v[static_cast<std::size_t>(line) * stride + static_cast<std::size_t>(i)]
                                  : v[static_cast<std::size_t>(i) * stride + static_cast<std::size_t>(line)];
   };
+  const bool forward = step == LineStep::Forward;
+  // Value i of the line in the work array comes from (forward) or goes to
+  // (inverse) place i of the plane's line; the other way it is place
+  // PermutedPlace(n, i).
+  const auto readPlace = [&](int i) { return forward ? i : PermutedPlace(n, i); };
+  const auto writePlace = [&](int i) { return forward ? PermutedPlace(n, i) : i; };
   int first = 0;
   for (; first + kGroup <= lines; first += kGroup) {
-    Lanes8* x = b.lanes.data();
+    Lanes8* x = b.laneWork.data() + kWorkMargin;
+    float* rows[kGroup] = {};
     if (kind == LineKind::Row) {
-      for (int j = 0; j < kGroup; ++j) {
-        const float* row = &at(first + j, 0);
-        for (int i = 0; i < n; ++i) x[i].v[j] = row[i];
-      }
+      for (int j = 0; j < kGroup; ++j) rows[j] = &at(first + j, 0);
+      if (forward) MoveRows<true, false>(rows, n, x);
+      else MoveRows<true, true>(rows, n, x);
     } else {
       for (int i = 0; i < n; ++i) {
-        const float* row = &at(first, i);
-        for (int j = 0; j < kGroup; ++j) x[i].v[j] = row[j];
+        Doubles8 d;
+        LoadFloats(d, &at(first, readPlace(i)));
+        StoreLanes(x[i], d);
       }
     }
-    TransformLine(n, x, step, code, b.laneScratch.data(), b.laneWork.data());
+    if (forward) SymmWavTr(n, kExtension, x, x, code);
+    else InvSymmWavTr(n, kExtension, x, x, code);
     if (kind == LineKind::Row) {
-      for (int j = 0; j < kGroup; ++j) {
-        float* row = &at(first + j, 0);
-        for (int i = 0; i < n; ++i) row[i] = static_cast<float>(x[i].v[j]);
-      }
+      if (forward) MoveRows<false, true>(rows, n, x);
+      else MoveRows<false, false>(rows, n, x);
     } else {
       for (int i = 0; i < n; ++i) {
-        float* row = &at(first, i);
-        for (int j = 0; j < kGroup; ++j) row[j] = static_cast<float>(x[i].v[j]);
+        Doubles8 d;
+        LoadLanes(d, x[i]);
+        StoreFloats(&at(first, writePlace(i)), d);
       }
     }
   }
   for (; first < lines; ++first) {
-    double* x = b.line.data();
-    for (int i = 0; i < n; ++i) x[i] = at(first, i);
-    TransformLine(n, x, step, code, b.scratch.data(), b.work.data());
-    for (int i = 0; i < n; ++i) at(first, i) = static_cast<float>(x[i]);
+    double* x = b.work.data() + kWorkMargin;
+    for (int i = 0; i < n; ++i) x[i] = at(first, readPlace(i));
+    if (forward) SymmWavTr(n, kExtension, x, x, code);
+    else InvSymmWavTr(n, kExtension, x, x, code);
+    for (int i = 0; i < n; ++i) at(first, writePlace(i)) = static_cast<float>(x[i]);
   }
+}
+
+__attribute__((target("avx512f"))) void LinePassMany(ImagePlane& p, int w, int h, LineKind kind, LineStep step,
+                                                     int code, LineBuffers& b) {
+  LinePassBody(p, w, h, kind, step, code, b);
+}
+
+__attribute__((target("avx"))) void LinePassWide(ImagePlane& p, int w, int h, LineKind kind, LineStep step, int code,
+                                                 LineBuffers& b) {
+  LinePassBody(p, w, h, kind, step, code, b);
+}
+
+// KELDO_NO_AVX512 (any value) keeps to four lanes, as the other kernels do.
+void LinePass(ImagePlane& p, int w, int h, LineKind kind, LineStep step, int code, LineBuffers& b) {
+  static const bool many = __builtin_cpu_supports("avx512f") && std::getenv("KELDO_NO_AVX512") == nullptr;
+  static const bool wide = __builtin_cpu_supports("avx");
+  if (many) LinePassMany(p, w, h, kind, step, code, b);
+  else if (wide) LinePassWide(p, w, h, kind, step, code, b);
+  else LinePassBody(p, w, h, kind, step, code, b);
 }
 
 bool Usable(const ImagePlane& p, int levels) {

@@ -22,7 +22,9 @@ E R(const E& v) {
 
 // Copies x[0..n-1] into e with the whole-sample symmetric extension of
 // reach ext. An index the reflection sends outside 0..n-1 (n below ext + 1)
-// is reflected again, so that every value comes from the array.
+// is reflected again, so that every value comes from the array. With x the
+// same array as e, the line stays where it is and only the margins are
+// filled.
 template <typename E>
 void Extend(int n, int ext, E* e, const E* x) {
   const auto inside = [n](int i) {
@@ -31,7 +33,8 @@ void Extend(int n, int ext, E* e, const E* x) {
     i = ((i % period) + period) % period;
     return i < n ? i : period - i;
   };
-  for (int i = 0; i < n; ++i) e[i] = x[i];
+  if (e != x)
+    for (int i = 0; i < n; ++i) e[i] = x[i];
   // The margin beyond the extension takes part in the sweeps but never
   // reaches the interior; it starts from zero.
   for (int i = ext + 1; i <= 21; ++i) e[-i] = E{};
@@ -200,14 +203,16 @@ template <typename E>
 void ForwardLine(int n, int ext, E* e, E* x, int code) {
   Extend(n, ext, e, x);
   Forward(n, e, code);
-  for (int i = 0; i < n; ++i) x[i] = e[i];
+  if (x != e)
+    for (int i = 0; i < n; ++i) x[i] = e[i];
 }
 
 template <typename E>
 void InverseLine(int n, int ext, E* e, E* x, int code) {
   Extend(n, ext, e, x);
   Backward(n, e, code);
-  for (int i = 0; i < n; ++i) x[i] = e[i];
+  if (x != e)
+    for (int i = 0; i < n; ++i) x[i] = e[i];
 }
 
 // Eight lines at once through the processor's widest vectors: every step

@@ -48,7 +48,8 @@ void COIFPerm(int n, double* x, double* w, int shift);
 void InvCOIFPerm(int n, double* x, double* w, int shift);
 
 // One level of a lifting scheme (codes 101..110) on x[0..n-1], interleaved
-// result; e is scratch of n + 43 values (indices -21 .. n + 21).
+// result; e is scratch of n + 43 values (indices -21 .. n + 21). x may be e
+// itself: the line is then lifted where it lies, with no copy in or out.
 void SymmWavTr(int n, int ext, double* e, double* x, int code);
 void InvSymmWavTr(int n, int ext, double* e, double* x, int code);
 // The same on eight lines at once (wavelet/lanes.h): each line gets exactly

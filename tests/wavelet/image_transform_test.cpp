@@ -217,5 +217,68 @@ TEST(ImageTransform, OutputIsPinned) {
   }
 }
 
+// One level of every row, then of every column, of the w by h corner, line
+// by line in doubles through SymmWavTr and Perm (or INVPERM and
+// InvSymmWavTr, columns first): the plain way round, for sizes of every
+// kind.
+void PlainLevels(ImagePlane& p, int levels, int waveletIndex, bool forward) {
+  const int code = LiftingCodeOf(waveletIndex);
+  const auto pass = [&](int w, int h, bool rows) {
+    const int lines = rows ? h : w, n = rows ? w : h;
+    std::vector<double> x(static_cast<std::size_t>(n)), scratch(static_cast<std::size_t>(n)),
+        work(static_cast<std::size_t>(n) + 43);
+    for (int line = 0; line < lines; ++line) {
+      const auto at = [&](int i) -> float& { return rows ? p.At(i, line) : p.At(line, i); };
+      for (int i = 0; i < n; ++i) x[static_cast<std::size_t>(i)] = at(i);
+      if (forward) {
+        SymmWavTr(n, 6, work.data() + 21, x.data(), code);
+        Perm(n, x.data(), scratch.data());
+      } else {
+        INVPERM(n, x.data(), scratch.data());
+        InvSymmWavTr(n, 6, work.data() + 21, x.data(), code);
+      }
+      for (int i = 0; i < n; ++i) at(i) = static_cast<float>(x[static_cast<std::size_t>(i)]);
+    }
+  };
+  if (forward) {
+    int w = p.width, h = p.height;
+    for (int level = 1; level <= levels && w >= 2 && h >= 2; ++level, w /= 2, h /= 2) {
+      pass(w, h, true);
+      pass(w, h, false);
+    }
+  } else {
+    for (int level = levels; level >= 1; --level) {
+      const int w = p.width >> (level - 1), h = p.height >> (level - 1);
+      if (w < 2 || h < 2) continue;
+      pass(w, h, false);
+      pass(w, h, true);
+    }
+  }
+}
+
+// The image transform moves eight lines at a time between the plane and
+// the lifting, in Perm's order, by tiles of eight: on sizes that are odd,
+// or not a multiple of eight or sixteen, at some level, every value is the
+// plain line-by-line one, to the bit, both ways.
+TEST(ImageTransform, EveryValueIsThePlainLineByLineOne) {
+  const int sizes[][2] = {{40, 24}, {33, 17}, {24, 40}, {512, 64}, {18, 90}, {100, 12}};
+  for (int wavelet = 1; wavelet <= 3; ++wavelet)
+    for (const auto& size : sizes)
+      for (int levels : {1, 2, 3}) {
+        const ImagePlane start = TestImage(size[0], size[1], static_cast<unsigned>(levels + 7 * wavelet));
+        ImagePlane fast = start, plain = start;
+        TransformTheImage(fast, levels, wavelet);
+        PlainLevels(plain, levels, wavelet, true);
+        if (wavelet > 1) ScalingOfWT(plain, levels, 1);
+        ASSERT_EQ(fast.v, plain.v) << "forward, wavelet " << wavelet << ", " << size[0] << " x " << size[1]
+                                   << ", levels " << levels;
+        InvertTheTransform(fast, levels, wavelet);
+        if (wavelet > 1) ScalingOfWT(plain, levels, -1);
+        PlainLevels(plain, levels, wavelet, false);
+        ASSERT_EQ(fast.v, plain.v) << "inverse, wavelet " << wavelet << ", " << size[0] << " x " << size[1]
+                                   << ", levels " << levels;
+      }
+}
+
 }  // namespace
 }  // namespace keldo::wavelet
