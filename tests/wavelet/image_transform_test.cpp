@@ -9,7 +9,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <random>
+#include <utility>
 #include <vector>
 
 #include "wavelet/image_transform.h"
@@ -123,6 +125,26 @@ TEST(ImageTransform, ReconstructedBytesAreRoundedMagnitudes) {
   ASSERT_EQ(bytes.size(), 64u);
   const std::uint8_t expected[4] = {4, 2, 255, 0};
   for (int i = 0; i < 64; ++i) EXPECT_EQ(bytes[static_cast<std::size_t>(i)], expected[i % 4]) << i;
+}
+
+// Every kind of value, eight at a time and one by one (a plane of 7 x 5):
+// the magnitude rounded half to even below 255, and 255 from there up, for
+// infinities and NaN too.
+TEST(ImageTransform, RoundedMagnitudesOfEveryKindOfValue) {
+  const float nan = std::numeric_limits<float>::quiet_NaN(), inf = std::numeric_limits<float>::infinity();
+  const std::vector<std::pair<float, int>> cases = {
+      {0.0f, 0},      {-0.0f, 0},     {0.5f, 0},      {-0.5f, 0},     {1.5f, 2},       {-2.5f, 2},
+      {2.5f, 2},      {3.5f, 4},      {0.49999997f, 0}, {254.49998f, 254}, {254.5f, 254}, {-254.5f, 254},
+      {254.50002f, 255}, {254.99998f, 255}, {255.0f, 255}, {-255.0f, 255}, {1e30f, 255},   {-1e30f, 255},
+      {inf, 255},     {-inf, 255},    {nan, 255},     {-nan, 255},    {1e-40f, 0},     {100.25f, 100},
+      {-100.75f, 101}, {127.5f, 128}, {128.5f, 128},  {7.0f, 7},      {-6.5f, 6},      {12.5f, 12},
+      {13.5f, 14},    {200.5f, 200},  {201.5f, 202},  {0.75f, 1},     {-0.25f, 0}};
+  ImagePlane p(7, 5);
+  for (std::size_t i = 0; i < p.v.size(); ++i) p.v[i] = cases[i].first;
+  const std::vector<std::uint8_t> bytes = RoundedMagnitudeBytes(p);
+  ASSERT_EQ(bytes.size(), cases.size());
+  for (std::size_t i = 0; i < cases.size(); ++i)
+    EXPECT_EQ(bytes[i], cases[i].second) << "value " << cases[i].first << " at " << i;
 }
 
 // Eight lines at once through the lifting steps give each line the very
