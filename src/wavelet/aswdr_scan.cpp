@@ -392,10 +392,20 @@ void FlatScanOrder::PlaceChildren(std::size_t start, std::size_t count, const st
   std::size_t at0 = first, at1 = first + 4 * kinds[0], at2 = first + 4 * (kinds[0] + kinds[1]);
   std::int32_t* const places = positions_.data();
   const std::int32_t* parents = positions_.data() + start;
+  // Held in locals: the byte stores below could alias the members as far
+  // as the compiler knows, which would have it read them again each time.
+  const std::uint8_t* const band = band_.data();
+  const T* const byPosition = carried.byPosition;
+  const std::array<T, 4>* const byParent = carried.byParent;
+  const bool zeroWhereZero = carried.zeroWhereZero;
+  // The parents' codes lie scattered over the plane: each is asked for a
+  // few parents ahead of its use.
+  constexpr std::size_t kAhead = 16;
   for (std::size_t i = 0; i < count; ++i) {
+    if (i + kAhead < count) __builtin_prefetch(band + parents[i + kAhead]);
     const std::int32_t p = parents[i];
     const std::int32_t c = 2 * p;
-    const std::uint8_t code = band_[static_cast<std::size_t>(p)];
+    const std::uint8_t code = band[static_cast<std::size_t>(p)];
     const std::int32_t* o = offsets[code >> 2];
     const int kind = code & 3;
     const std::size_t d = kind == 0 ? at0 : kind == 1 ? at1 : at2;
@@ -404,12 +414,12 @@ void FlatScanOrder::PlaceChildren(std::size_t start, std::size_t count, const st
     at2 += kind == 2 ? 4 : 0;
     for (int j = 0; j < 4; ++j) places[d + static_cast<std::size_t>(j)] = c + o[j];
     T* values = bySlot + d;
-    if (carried.byParent != nullptr) {
-      std::memcpy(values, carried.byParent[p].data(), 4 * sizeof(T));
-    } else if (carried.zeroWhereZero && kind == 2) {
+    if (byParent != nullptr) {
+      std::memcpy(values, byParent[p].data(), 4 * sizeof(T));
+    } else if (zeroWhereZero && kind == 2) {
       std::memset(values, 0, 4 * sizeof(T));
     } else {
-      for (int j = 0; j < 4; ++j) values[j] = carried.byPosition[c + o[j]];
+      for (int j = 0; j < 4; ++j) values[j] = byPosition[c + o[j]];
     }
   }
 }
