@@ -65,37 +65,69 @@ inline __attribute__((always_inline)) void LoadLanes(Doubles8& d, const Lanes8& 
 
 inline __attribute__((always_inline)) void StoreLanes(Lanes8& x, const Doubles8& d) { std::memcpy(x.v, &d, sizeof d); }
 
-// r[k][j] becomes r[j][k]: eight rows of eight values into eight columns.
-inline __attribute__((always_inline)) void Transpose8(Doubles8* r) {
-  Doubles8 t[8], u[8];
-  for (int k = 0; k < 8; k += 2) {
-    t[k] = __builtin_shufflevector(r[k], r[k + 1], 0, 8, 2, 10, 4, 12, 6, 14);
-    t[k + 1] = __builtin_shufflevector(r[k], r[k + 1], 1, 9, 3, 11, 5, 13, 7, 15);
-  }
-  for (int k : {0, 1, 4, 5}) {
-    u[k] = __builtin_shufflevector(t[k], t[k + 2], 0, 1, 8, 9, 4, 5, 12, 13);
-    u[k + 2] = __builtin_shufflevector(t[k], t[k + 2], 2, 3, 10, 11, 6, 7, 14, 15);
-  }
-  for (int k = 0; k < 4; ++k) {
-    r[k] = __builtin_shufflevector(u[k], u[k + 4], 0, 1, 2, 3, 8, 9, 10, 11);
-    r[k + 4] = __builtin_shufflevector(u[k], u[k + 4], 4, 5, 6, 7, 12, 13, 14, 15);
-  }
+typedef double Doubles4 __attribute__((vector_size(32)));
+typedef float Floats4 __attribute__((vector_size(16)));
+
+// Four rows of four values into four columns, in place.
+inline __attribute__((always_inline)) void Transpose4(Doubles4* r) {
+  const Doubles4 t0 = __builtin_shufflevector(r[0], r[1], 0, 4, 2, 6);
+  const Doubles4 t1 = __builtin_shufflevector(r[0], r[1], 1, 5, 3, 7);
+  const Doubles4 t2 = __builtin_shufflevector(r[2], r[3], 0, 4, 2, 6);
+  const Doubles4 t3 = __builtin_shufflevector(r[2], r[3], 1, 5, 3, 7);
+  r[0] = __builtin_shufflevector(t0, t2, 0, 1, 4, 5);
+  r[1] = __builtin_shufflevector(t1, t3, 0, 1, 4, 5);
+  r[2] = __builtin_shufflevector(t0, t2, 2, 3, 6, 7);
+  r[3] = __builtin_shufflevector(t1, t3, 2, 3, 6, 7);
 }
 
 // Eight rows of the plane, from rows[j] on, and a line of lanes: values
 // rows[j][from + k] for k < 8 are lane j of x[first + step * k], read
-// (kIn) or written.
+// (kIn) or written. The tile goes through as four blocks of four by four:
+// low[j] and high[j] hold values 0..3 and 4..7 of row j, or after the
+// transposes lanes 0..3 (j < 4) and 4..7 (j - 4) of the first four values'
+// lanes and of the last four's.
 template <bool kIn>
 inline __attribute__((always_inline)) void MoveTile(float* const* rows, int from, Lanes8* x, int first, int step) {
-  Doubles8 r[8];
+  Doubles4 low[8], high[8];
   if constexpr (kIn) {
-    for (int j = 0; j < 8; ++j) LoadFloats(r[j], rows[j] + from);
-    Transpose8(r);
-    for (int k = 0; k < 8; ++k) StoreLanes(x[first + step * k], r[k]);
+    for (int j = 0; j < 8; ++j) {
+      Floats4 a, b;
+      std::memcpy(&a, rows[j] + from, sizeof a);
+      std::memcpy(&b, rows[j] + from + 4, sizeof b);
+      low[j] = __builtin_convertvector(a, Doubles4);
+      high[j] = __builtin_convertvector(b, Doubles4);
+    }
+    Transpose4(low);
+    Transpose4(low + 4);
+    Transpose4(high);
+    Transpose4(high + 4);
+    for (int k = 0; k < 4; ++k) {
+      double* a = x[first + step * k].v;
+      double* b = x[first + step * (k + 4)].v;
+      std::memcpy(a, &low[k], sizeof low[k]);
+      std::memcpy(a + 4, &low[k + 4], sizeof low[k]);
+      std::memcpy(b, &high[k], sizeof high[k]);
+      std::memcpy(b + 4, &high[k + 4], sizeof high[k]);
+    }
   } else {
-    for (int k = 0; k < 8; ++k) LoadLanes(r[k], x[first + step * k]);
-    Transpose8(r);
-    for (int j = 0; j < 8; ++j) StoreFloats(rows[j] + from, r[j]);
+    for (int k = 0; k < 4; ++k) {
+      const double* a = x[first + step * k].v;
+      const double* b = x[first + step * (k + 4)].v;
+      std::memcpy(&low[k], a, sizeof low[k]);
+      std::memcpy(&low[k + 4], a + 4, sizeof low[k]);
+      std::memcpy(&high[k], b, sizeof high[k]);
+      std::memcpy(&high[k + 4], b + 4, sizeof high[k]);
+    }
+    Transpose4(low);
+    Transpose4(low + 4);
+    Transpose4(high);
+    Transpose4(high + 4);
+    for (int j = 0; j < 8; ++j) {
+      const Floats4 a = __builtin_convertvector(low[j], Floats4);
+      const Floats4 b = __builtin_convertvector(high[j], Floats4);
+      std::memcpy(rows[j] + from, &a, sizeof a);
+      std::memcpy(rows[j] + from + 4, &b, sizeof b);
+    }
   }
 }
 
