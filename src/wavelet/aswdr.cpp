@@ -267,11 +267,65 @@ std::uint16_t PassOf(float value, int exponent, bool& nan) {
   return static_cast<std::uint16_t>(pass | (bits >> 31) << 15);
 }
 
+typedef std::int32_t Ints8 __attribute__((vector_size(32)));
+typedef std::uint16_t Halves8 __attribute__((vector_size(16)));
+
+// PassOf for eight values at once, by the same integer steps, when none
+// of them is a subnormal, an infinity or a NaN (false then, and nothing
+// written): pass numbers of zeros and normal numbers.
+inline __attribute__((always_inline)) bool EightPasses(const float* v, int exponent, std::uint16_t* out) {
+  Ints8 bits;
+  std::memcpy(&bits, v, sizeof bits);
+  const Ints8 magnitude = bits & 0x7FFFFFFF;
+  const Ints8 biased = magnitude >> 23;
+  const Ints8 special = ((biased == 0) & (magnitude != 0)) | (biased == 0xFF);
+  std::uint64_t words[4];
+  std::memcpy(words, &special, sizeof words);
+  std::uint64_t any = 0;
+  for (std::uint64_t word : words) any |= word;
+  if (any != 0) return false;
+  Ints8 pass = exponent - (biased - 127);
+  pass = pass < 0 ? Ints8{} : pass;
+  pass = pass > kNeverSignificant - 1 ? Ints8{} + (kNeverSignificant - 1) : pass;
+  // The sign bit, moved down to bit 15 (bits >> 31 is -1 or 0 here).
+  const Ints8 sign = (bits >> 31) & kNegative;
+  const Ints8 withSign = pass | sign;
+  const Ints8 result = magnitude == 0 ? Ints8{} + kNeverSignificant : withSign;
+  const Halves8 halves = __builtin_convertvector(result, Halves8);
+  std::memcpy(out, &halves, sizeof halves);
+  return true;
+}
+
+inline __attribute__((always_inline)) void PassesOf(const float* v, std::size_t count, int exponent,
+                                                    std::uint16_t* out, bool& nan) {
+  std::size_t i = 0;
+  for (; i + 8 <= count; i += 8)
+    if (!EightPasses(v + i, exponent, out + i))
+      for (std::size_t j = i; j < i + 8; ++j) out[j] = PassOf(v[j], exponent, nan);
+  for (; i < count; ++i) out[i] = PassOf(v[i], exponent, nan);
+}
+
+__attribute__((target("avx512f,avx512vl,avx512bw"))) void PassesOfMany(const float* v, std::size_t count, int exponent,
+                                                              std::uint16_t* out, bool& nan) {
+  PassesOf(v, count, exponent, out, nan);
+}
+
+__attribute__((target("avx2"))) void PassesOfWide(const float* v, std::size_t count, int exponent,
+                                                  std::uint16_t* out, bool& nan) {
+  PassesOf(v, count, exponent, out, nan);
+}
+
 // Into `table`, whose vector is reused.
 void SignificancePasses(const ImagePlane& c, int exponent, SignificanceTable& table) {
+  static const bool many = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512vl") &&
+                           __builtin_cpu_supports("avx512bw") &&
+                           std::getenv("KELDO_NO_AVX512") == nullptr;
+  static const bool wide = __builtin_cpu_supports("avx2");
   table.anyNaN = false;
   table.passes.resize(c.v.size());
-  for (std::size_t i = 0; i < c.v.size(); ++i) table.passes[i] = PassOf(c.v[i], exponent, table.anyNaN);
+  if (many) PassesOfMany(c.v.data(), c.v.size(), exponent, table.passes.data(), table.anyNaN);
+  else if (wide) PassesOfWide(c.v.data(), c.v.size(), exponent, table.passes.data(), table.anyNaN);
+  else PassesOf(c.v.data(), c.v.size(), exponent, table.passes.data(), table.anyNaN);
 }
 
 // The walks take the places kChunk at a time: a chunk whose values all stay
