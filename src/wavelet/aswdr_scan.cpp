@@ -451,9 +451,46 @@ template void FlatScanOrder::Rebuild(const ImagePlane&, const std::vector<std::u
 template void FlatScanOrder::ChildrenByParent(const std::uint8_t*, std::vector<std::array<std::uint8_t, 4>>&) const;
 template void FlatScanOrder::ChildrenByParent(const std::uint16_t*, std::vector<std::array<std::uint16_t, 4>>&) const;
 
+namespace {
+
+// The largest magnitude of the values, NaNs left out: for floats that are
+// not NaN the order of the magnitudes is that of their bits with the sign
+// cleared, so the largest comes from an integer maximum, a NaN's bits
+// (above those of infinity) counting as 0.
+typedef std::uint32_t Words8 __attribute__((vector_size(32)));
+
+inline __attribute__((always_inline)) float LargestMagnitude(const float* v, std::size_t count) {
+  constexpr std::uint32_t kInfinity = 0x7F800000u;
+  const auto magnitude = [](std::uint32_t bits) {
+    bits &= 0x7FFFFFFFu;
+    return bits > kInfinity ? 0u : bits;
+  };
+  Words8 most{};
+  std::size_t i = 0;
+  for (; i + 8 <= count; i += 8) {
+    Words8 bits;
+    std::memcpy(&bits, v + i, sizeof bits);
+    bits &= 0x7FFFFFFFu;
+    bits = bits > kInfinity ? Words8{} : bits;
+    most = bits > most ? bits : most;
+  }
+  std::uint32_t largest = 0;
+  for (int lane = 0; lane < 8; ++lane) largest = std::max(largest, most[lane]);
+  for (; i < count; ++i) largest = std::max(largest, magnitude(std::bit_cast<std::uint32_t>(v[i])));
+  return std::bit_cast<float>(largest);
+}
+
+__attribute__((target("avx2"))) float LargestMagnitudeWide(const float* v, std::size_t count) {
+  return LargestMagnitude(v, count);
+}
+
+}  // namespace
+
 StartThreshold GetThreshold(const ImagePlane& transform) {
-  double largest = 0.0;
-  for (float v : transform.v) largest = std::max(largest, std::fabs(static_cast<double>(v)));
+  static const bool wide = __builtin_cpu_supports("avx2");
+  const float top = wide ? LargestMagnitudeWide(transform.v.data(), transform.v.size())
+                         : LargestMagnitude(transform.v.data(), transform.v.size());
+  const double largest = static_cast<double>(top);
   StartThreshold start;
   if (!(largest > 0.0) || std::isinf(largest)) return start;
   const double log2 = std::log2(largest);

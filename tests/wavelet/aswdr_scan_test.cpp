@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
+#include <limits>
 #include <random>
 #include <set>
 #include <utility>
@@ -206,6 +209,34 @@ TEST(AswdrScan, StartingThreshold) {
   EXPECT_EQ(start(1000.0f).exponent, 10);
   EXPECT_EQ(start(0.3f).threshold, 1.0);  // exponent held at 0
   EXPECT_EQ(start(0.0f).exponent, 0);
+}
+
+// The largest magnitude leaves NaNs out wherever they lie (the first eight
+// values go through in vectors, the rest one by one), takes infinity as
+// no threshold at all, and finds a largest value in any place of a plane
+// of 5 x 5, negative or not.
+TEST(AswdrScan, StartingThresholdSkipsNaN) {
+  const float nan = std::numeric_limits<float>::quiet_NaN();
+  for (int at = 0; at < 25; ++at)
+    for (float largest : {37.0f, -37.0f, 64.0f, 1e-39f}) {
+      ImagePlane p(5, 5);
+      for (std::size_t i = 0; i < p.v.size(); ++i) p.v[i] = static_cast<float>(i % 7) * (i % 2 ? -1.0f : 1.0f);
+      for (float& v : p.v) v = std::fabs(largest) < 1.0f ? v * 1e-41f : v;
+      p.v[static_cast<std::size_t>(at)] = largest;
+      p.v[static_cast<std::size_t>((at + 3) % 25)] = nan;
+      p.v[static_cast<std::size_t>((at + 11) % 25)] = -nan;
+      double expected = 0.0;
+      for (float v : p.v)
+        if (!std::isnan(v)) expected = std::max(expected, std::fabs(static_cast<double>(v)));
+      const StartThreshold s = GetThreshold(p);
+      const int exponent = std::clamp(static_cast<int>(std::ceil(std::log2(expected))), 0, 255);
+      EXPECT_EQ(s.exponent, exponent) << "largest " << largest << " at " << at;
+    }
+  ImagePlane p(5, 5);
+  p.v[17] = -std::numeric_limits<float>::infinity();
+  p.v[2] = 3.0f;
+  EXPECT_EQ(GetThreshold(p).exponent, 0);
+  EXPECT_EQ(GetThreshold(p).threshold, 1.0);
 }
 
 }  // namespace
