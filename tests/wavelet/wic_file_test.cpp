@@ -180,6 +180,31 @@ TEST(WicFile, AWholeMultipleOf32000SlipsIntoTheNextEntry) {
   EXPECT_EQ(f->passCounts, (std::vector<std::int32_t>{0, 2}));
 }
 
+// The two-integer form reads up to 32767 * 32000 + 32768, but writes a
+// quotient above 32767 into its 16 bits as it comes: such a count, which
+// only a made-up file holds, reads back negative after writing. (Found by
+// fuzzing: the reader keeps the file's value, the writer the layout's.)
+TEST(WicFile, ACountPastTheLargestQuotientDoesNotSurviveWriting) {
+  std::vector<std::uint8_t> counts;
+  Put(counts, 0x10000 - 32641, 2);  // -32641
+  Put(counts, 32767, 2);
+  std::vector<std::uint8_t> bytes = {2};
+  Put(bytes, 0, 4);
+  Put(bytes, 0, 4);
+  Put(bytes, 64, 4);
+  bytes.insert(bytes.end(), {1, 2, 9, 0});
+  bytes.insert(bytes.end(), counts.begin(), counts.end());
+  const std::optional<WicFile> f = ReadWicFile(bytes, false);
+  ASSERT_TRUE(f);
+  ASSERT_EQ(f->passCounts, (std::vector<std::int32_t>{32767 * 32000 + 32641}));
+  std::vector<std::uint8_t> written;
+  WritePassCounts(written, f->passCounts);
+  std::vector<std::uint8_t> expected;
+  Put(expected, 0x10000 - 641, 2);   // -(1048576641 mod 32000)
+  Put(expected, 0x8000, 2);          // 32768, as 16 bits: -32768
+  EXPECT_EQ(written, expected);
+}
+
 TEST(WicFile, BadFilesAreRefused) {
   WicFile f;
   f.code = 1;
