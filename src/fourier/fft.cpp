@@ -14,6 +14,8 @@
 #include <type_traits>
 #include <utility>
 
+#include "common/transpose4.h"
+
 namespace keldo::fourier {
 namespace {
 
@@ -297,18 +299,6 @@ inline __attribute__((always_inline)) void LoadTile(Quad* lo, Quad* hi, const do
     Load(lo[r], p + r * rowStep);
     Load(hi[r], p + r * rowStep + 4);
   }
-}
-
-// Rows a[0..3] to columns: out[c] = (a[0][c], a[1][c], a[2][c], a[3][c]).
-inline __attribute__((always_inline)) void Transpose4(const Quad* a, Quad* out) {
-  const Quad t0 = __builtin_shufflevector(a[0], a[1], 0, 4, 2, 6);
-  const Quad t1 = __builtin_shufflevector(a[0], a[1], 1, 5, 3, 7);
-  const Quad t2 = __builtin_shufflevector(a[2], a[3], 0, 4, 2, 6);
-  const Quad t3 = __builtin_shufflevector(a[2], a[3], 1, 5, 3, 7);
-  out[0] = __builtin_shufflevector(t0, t2, 0, 1, 4, 5);
-  out[1] = __builtin_shufflevector(t1, t3, 0, 1, 4, 5);
-  out[2] = __builtin_shufflevector(t0, t2, 2, 3, 6, 7);
-  out[3] = __builtin_shufflevector(t1, t3, 2, 3, 6, 7);
 }
 
 // Columns c0..c0+3 of one array, held as the first and last four elements

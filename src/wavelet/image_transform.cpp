@@ -6,6 +6,7 @@
 #include <cstring>
 #include <limits>
 
+#include "common/transpose4.h"
 #include "wavelet/lanes.h"
 #include "wavelet/transforms.h"
 
@@ -65,20 +66,7 @@ inline __attribute__((always_inline)) void LoadLanes(Doubles8& d, const Lanes8& 
 
 inline __attribute__((always_inline)) void StoreLanes(Lanes8& x, const Doubles8& d) { std::memcpy(x.v, &d, sizeof d); }
 
-typedef double Doubles4 __attribute__((vector_size(32)));
 typedef float Floats4 __attribute__((vector_size(16)));
-
-// Four rows of four values into four columns, in place.
-inline __attribute__((always_inline)) void Transpose4(Doubles4* r) {
-  const Doubles4 t0 = __builtin_shufflevector(r[0], r[1], 0, 4, 2, 6);
-  const Doubles4 t1 = __builtin_shufflevector(r[0], r[1], 1, 5, 3, 7);
-  const Doubles4 t2 = __builtin_shufflevector(r[2], r[3], 0, 4, 2, 6);
-  const Doubles4 t3 = __builtin_shufflevector(r[2], r[3], 1, 5, 3, 7);
-  r[0] = __builtin_shufflevector(t0, t2, 0, 1, 4, 5);
-  r[1] = __builtin_shufflevector(t1, t3, 0, 1, 4, 5);
-  r[2] = __builtin_shufflevector(t0, t2, 2, 3, 6, 7);
-  r[3] = __builtin_shufflevector(t1, t3, 2, 3, 6, 7);
-}
 
 // Eight rows of the plane, from rows[j] on, and a line of lanes: values
 // rows[j][from + k] for k < 8 are lane j of x[first + step * k], read
@@ -97,10 +85,10 @@ inline __attribute__((always_inline)) void MoveTile(float* const* rows, int from
       low[j] = __builtin_convertvector(a, Doubles4);
       high[j] = __builtin_convertvector(b, Doubles4);
     }
-    Transpose4(low);
-    Transpose4(low + 4);
-    Transpose4(high);
-    Transpose4(high + 4);
+    Transpose4(low, low);
+    Transpose4(low + 4, low + 4);
+    Transpose4(high, high);
+    Transpose4(high + 4, high + 4);
     for (int k = 0; k < 4; ++k) {
       double* a = x[first + step * k].v;
       double* b = x[first + step * (k + 4)].v;
@@ -118,10 +106,10 @@ inline __attribute__((always_inline)) void MoveTile(float* const* rows, int from
       std::memcpy(&high[k], b, sizeof high[k]);
       std::memcpy(&high[k + 4], b + 4, sizeof high[k]);
     }
-    Transpose4(low);
-    Transpose4(low + 4);
-    Transpose4(high);
-    Transpose4(high + 4);
+    Transpose4(low, low);
+    Transpose4(low + 4, low + 4);
+    Transpose4(high, high);
+    Transpose4(high + 4, high + 4);
     for (int j = 0; j < 8; ++j) {
       const Floats4 a = __builtin_convertvector(low[j], Floats4);
       const Floats4 b = __builtin_convertvector(high[j], Floats4);
