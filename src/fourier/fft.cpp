@@ -1026,6 +1026,89 @@ inline __attribute__((always_inline)) void StagePairBody(double* x, double* y, c
   }
 }
 
+// The butterflies of stages d, 2d and 4d at once on the eight elements
+// i + m d, m = 0..7, for four values of i side by side (i = j + k in the
+// block j of 8d, k a multiple of 4 below d). Stage d pairs m with m + 1 (m
+// even), all with twiddle k of its span (sd, td), in the mirror form when
+// kMirrorD (twiddle k - d / 2); stage 2d pairs m with m + 2 (m = 0, 1, 4,
+// 5) with twiddle k (s2, t2), in the mirror form for odd m; stage 4d pairs
+// m with m + 4, with twiddle k (s4, t4) for m = 0 and 2 and k + d (s4d,
+// t4d) for m = 1 and 3, in the mirror form for m = 2 and 3. kTrivialD gives
+// lane 0 the trivial twiddle of stage d, kFirst (k = 0) those of stages 2d
+// and 4d at k. Each element goes through the operations of the three
+// stages' vector steps one after the other, on the same values. The first
+// four elements go through stages d and 2d, then the last four, and stage
+// 4d writes each pair out as it is done, so that sixteen registers hold the
+// data with only a few spilled.
+template <bool kTrivialD, bool kMirrorD, bool kFirst, typename A>
+inline __attribute__((always_inline)) void StageTripleStep(double* x, double* y, int i, int d, const double* sd,
+                                                           const double* td, const double* s2, const double* t2,
+                                                           const double* s4, const double* t4, const double* s4d,
+                                                           const double* t4d) {
+  double* const xa = x + i;
+  double* const ya = y + i;
+  Quad re[8], im[8];
+  Quad v, w, sk, tk;
+#pragma GCC unroll 2
+  for (int half = 0; half < 8; half += 4) {
+    Load(sk, sd);
+    Load(tk, td);
+#pragma GCC unroll 2
+    for (int m = half; m < half + 4; m += 2) {
+      Load(re[m + 1], xa + (m + 1) * d);
+      Load(im[m + 1], ya + (m + 1) * d);
+      Rotated<kTrivialD, kMirrorD>(re[m + 1], im[m + 1], sk, tk, v, w);
+      Load(re[m], xa + m * d);
+      Load(im[m], ya + m * d);
+      Combine<A>(re[m], im[m], re[m + 1], im[m + 1], v, w);
+    }
+    Load(sk, s2);
+    Load(tk, t2);
+    Rotated<kFirst, false>(re[half + 2], im[half + 2], sk, tk, v, w);
+    Combine<A>(re[half], im[half], re[half + 2], im[half + 2], v, w);
+    Rotated<kFirst, true>(re[half + 3], im[half + 3], sk, tk, v, w);
+    Combine<A>(re[half + 1], im[half + 1], re[half + 3], im[half + 3], v, w);
+  }
+#pragma GCC unroll 4
+  for (int m = 0; m < 4; ++m) {
+    Load(sk, m % 2 == 0 ? s4 : s4d);
+    Load(tk, m % 2 == 0 ? t4 : t4d);
+    if (m == 0) Rotated<kFirst, false>(re[4], im[4], sk, tk, v, w);
+    else if (m == 1) Rotated<false, false>(re[5], im[5], sk, tk, v, w);
+    else if (m == 2) Rotated<kFirst, true>(re[6], im[6], sk, tk, v, w);
+    else Rotated<false, true>(re[7], im[7], sk, tk, v, w);
+    Combine<A>(re[m], im[m], re[m + 4], im[m + 4], v, w);
+    Store(xa + m * d, re[m]);
+    Store(ya + m * d, im[m]);
+    Store(xa + (m + 4) * d, re[m + 4]);
+    Store(ya + (m + 4) * d, im[m + 4]);
+  }
+}
+
+// Stages d, 2d and 4d (d at least 8) over the blocks of 8d that start in
+// [begin, end), with each stage's twiddles as its run of the layout
+// StageTwiddles: entry k of (sd, td), (s2, t2) and (s4, t4) is twiddle k of
+// spans d, 2d and 4d. Every butterfly of the three stages is the one their
+// passes would do, so the result has the same bits; the data are read and
+// written once for the three.
+template <typename A = PlainAdds>
+inline __attribute__((always_inline)) void StageTripleBody(double* x, double* y, const double* sd, const double* td,
+                                                           const double* s2, const double* t2, const double* s4,
+                                                           const double* t4, int d, int begin, int end) {
+  const int q = d / 2;
+  for (int j = begin; j < end; j += 8 * d) {
+    StageTripleStep<true, false, true, A>(x, y, j, d, sd, td, s2, t2, s4, t4, s4 + d, t4 + d);
+    for (int k = 4; k < q; k += 4)
+      StageTripleStep<false, false, false, A>(x, y, j + k, d, sd + k, td + k, s2 + k, t2 + k, s4 + k, t4 + k,
+                                              s4 + k + d, t4 + k + d);
+    StageTripleStep<true, true, false, A>(x, y, j + q, d, sd, td, s2 + q, t2 + q, s4 + q, t4 + q, s4 + q + d,
+                                          t4 + q + d);
+    for (int k = q + 4; k < d; k += 4)
+      StageTripleStep<false, true, false, A>(x, y, j + k, d, sd + k - q, td + k - q, s2 + k, t2 + k, s4 + k, t4 + k,
+                                             s4 + k + d, t4 + k + d);
+  }
+}
+
 // Stages d and 2d (d at least 8) over the blocks of 4d that start in
 // [begin, end), one group at a time, for twiddles read from a caller's own
 // tables: the twiddle of index k of stage d is entry k * tstepD of (sd,
@@ -1086,6 +1169,19 @@ struct StageRun {
     TwiddlesOf(d, sd, td, tstep);
     stageOf(x, y, sd, td, d, tstep, begin, end);
   }
+  // Spans d, 2d and 4d together, where the stage function runs three at
+  // once; only with the stages' layout.
+  template <typename Stage>
+  inline __attribute__((always_inline)) void Triple(const Stage& stageOf, int d, int begin, int end) const {
+    if constexpr (Stage::kTriples) {
+      const T *sd, *td, *s2, *t2, *s4, *t4;
+      int tstep;
+      TwiddlesOf(d, sd, td, tstep);
+      TwiddlesOf(2 * d, s2, t2, tstep);
+      TwiddlesOf(4 * d, s4, t4, tstep);
+      stageOf.Triple(x, y, sd, td, s2, t2, s4, t4, d, begin, end);
+    }
+  }
   // Spans d and 2d together, where the stage function pairs them.
   template <typename Stage>
   inline __attribute__((always_inline)) void Pair(const Stage& stageOf, int d, int begin, int end) const {
@@ -1121,6 +1217,19 @@ inline __attribute__((always_inline)) void FFTCoreWith(T* x, T* y, const T* s, c
   // The stages whose blocks fit in a chunk run chunk by chunk, the others
   // over the whole array; the span d runs up to n/2 either way.
   const int chunk = std::min(n, kChunk);
+  // The stages from span `columns` up go column by column where the stage
+  // function can and there are at least eight rows (with fewer the passes
+  // stage by stage were faster).
+  const int columns = Stage::kColumns && n >= 8 * chunk ? std::max(chunk, n / kMaxRows) : n;
+  const int lastSpan = std::min(n, columns);
+  // The chunk by chunk passes run the spans below `inner`. Where stages go
+  // in pairs and both the chunk's and the whole array's would be odd in
+  // number, the chunk's last goes with the first over the whole array, so
+  // that both counts are even: a pass fewer.
+  int inner = chunk;
+  if constexpr (Stage::kPairs)
+    if (first == 8 && chunk < lastSpan && Log2Of(chunk / first) % 2 == 1 && Log2Of(lastSpan / chunk) % 2 == 1)
+      inner = chunk / 2;
   const StageTwiddles<T>* w = n >= 16 ? TwiddlesFor(s, t, n, stride) : nullptr;
   // (A helper that is always inlined, unlike a lambda, which would be built
   // without the caller's wider vectors.)
@@ -1135,17 +1244,19 @@ inline __attribute__((always_inline)) void FFTCoreWith(T* x, T* y, const T* s, c
         d = 64;
       }
     }
+    // An odd number of stages begins with three at once where the stage
+    // function can, the rest in pairs.
+    if constexpr (Stage::kTriples)
+      if (d >= 8 && w != nullptr && 8 * d <= inner && Log2Of(inner / d) % 2 == 1) {
+        run.Triple(stageOf, d, c, c + chunk);
+        d *= 8;
+      }
     if constexpr (Stage::kPairs)
       if (d >= 8)
-        for (; 4 * d <= chunk; d *= 4) run.Pair(stageOf, d, c, c + chunk);
-    for (; 2 * d <= chunk; d *= 2) run.One(stageOf, d, c, c + chunk);
+        for (; 4 * d <= inner; d *= 4) run.Pair(stageOf, d, c, c + chunk);
+    for (; 2 * d <= inner; d *= 2) run.One(stageOf, d, c, c + chunk);
   }
-  // The stages from span `columns` up go column by column where the stage
-  // function can and there are at least eight rows (with fewer the passes
-  // stage by stage were faster).
-  const int columns = Stage::kColumns && n >= 8 * chunk ? std::max(chunk, n / kMaxRows) : n;
-  const int lastSpan = std::min(n, columns);
-  for (int d = std::max(chunk, first); d < lastSpan;) {
+  for (int d = std::max(inner, first); d < lastSpan;) {
     if (Stage::kPairs && d >= 8 && 2 * d < lastSpan) {
       run.Pair(stageOf, d, 0, n);
       d *= 4;
@@ -1163,6 +1274,7 @@ struct AnyStages {
   static constexpr bool kColumns = false;
   static constexpr bool kBlocks = false;
   static constexpr bool kPairs = false;
+  static constexpr bool kTriples = false;
   template <typename T>
   void operator()(T* x, T* y, const T* s, const T* t, int d, int tstep, int begin, int end) const {
     ButterflyStage(x, y, s, t, d, tstep, begin, end);
@@ -1174,6 +1286,7 @@ struct WideStages {
   static constexpr bool kColumns = false;
   static constexpr bool kBlocks = true;
   static constexpr bool kPairs = false;
+  static constexpr bool kTriples = false;
   // The stages of spans 8 to 32 in blocks of 64 held in registers (doubles).
   template <typename T>
   inline __attribute__((always_inline)) void Blocks(T* x, T* y, const T* s, const T* t, int n, int stride, int begin,
@@ -1207,6 +1320,12 @@ template <typename A>
 struct PairedColumnWideStages : ColumnWideStages {
   static constexpr bool kBlocks = false;
   static constexpr bool kPairs = true;
+  static constexpr bool kTriples = true;
+  inline __attribute__((always_inline)) void Triple(double* x, double* y, const double* sd, const double* td,
+                                                    const double* s2, const double* t2, const double* s4,
+                                                    const double* t4, int d, int begin, int end) const {
+    StageTripleBody<A>(x, y, sd, td, s2, t2, s4, t4, d, begin, end);
+  }
   inline __attribute__((always_inline)) void Pair(double* x, double* y, const double* sd, const double* td,
                                                   int tstepD, const double* s2, const double* t2, int tstep2, int d,
                                                   int begin, int end) const {
@@ -1803,20 +1922,23 @@ template <typename A>
 inline __attribute__((always_inline)) void PairedStages(int h, double* re, double* im, const double* s,
                                                         const double* t) {
   if (h == 64) {
-    // Spans 8 and 16, then 32, with the twiddles read from the tables (of
-    // N = 128 points), which costs less here than finding their layout:
-    // those of spans 8 and 16 gathered into runs of their own.
-    alignas(32) double s8[4], t8[4], s16[8], t16[8];
-    for (int k = 0; k < 8; ++k) {
+    // Spans 8, 16 and 32 at once, with the twiddles read from the tables
+    // (of N = 128 points), which costs less here than finding their layout:
+    // gathered into runs of their own.
+    alignas(32) double s8[4], t8[4], s16[8], t16[8], s32[16], t32[16];
+    for (int k = 0; k < 16; ++k) {
       if (k < 4) {
         s8[k] = s[8 * k];
         t8[k] = t[8 * k];
       }
-      s16[k] = s[4 * k];
-      t16[k] = t[4 * k];
+      if (k < 8) {
+        s16[k] = s[4 * k];
+        t16[k] = t[4 * k];
+      }
+      s32[k] = s[2 * k];
+      t32[k] = t[2 * k];
     }
-    StagePairBody<A>(re, im, s8, t8, s16, t16, 8, 0, h);
-    StageBody<Quad, 4>(re, im, s, t, 32, 2, 0, h);
+    StageTripleBody<A>(re, im, s8, t8, s16, t16, s32, t32, 8, 0, h);
     return;
   }
   FFTCoreWith(re, im, s, t, h, 2, true, PairedColumnWideStages<A>{});
