@@ -303,15 +303,13 @@ inline __attribute__((always_inline)) void LoadTile(Quad* lo, Quad* hi, const do
 
 // Columns c0..c0+3 of one array, held as the first and last four elements
 // of each (x[0..3] and x[4..7]), to output rows rev c at dest.
-template <bool kPairLanes = false>
 inline __attribute__((always_inline)) void StoreColumns(const Quad* a, double* dest, int rowStep, int c0) {
   static constexpr int kReversed[8] = {0, 4, 2, 6, 1, 5, 3, 7};
-  static constexpr int kColumnOfLane[4] = {0, kPairLanes ? 2 : 1, kPairLanes ? 1 : 2, 3};
   Quad first[4], last[4];
   Transpose4(a, first);
   Transpose4(a + 4, last);
   for (int c = 0; c < 4; ++c) {
-    double* row = dest + kReversed[c0 + kColumnOfLane[c]] * rowStep;
+    double* row = dest + kReversed[c0 + c] * rowStep;
     Store(row, first[c]);
     Store(row + 4, last[c]);
   }
@@ -322,10 +320,9 @@ inline __attribute__((always_inline)) void StoreColumns(const Quad* a, double* d
 // after the in-lane half of the transposition, lane c of four rows is the
 // low or high half of two vectors, stored as they are, with no lane-crossing
 // shuffle.
-template <bool kPairLanes>
 inline __attribute__((always_inline)) void StoreColumnsOfPairs(const Quad* a, double* dest, int rowStep, int c0) {
   static constexpr int kReversed[8] = {0, 4, 2, 6, 1, 5, 3, 7};
-  static constexpr int kColumnOfLane[4] = {0, kPairLanes ? 2 : 1, kPairLanes ? 1 : 2, 3};
+  static constexpr int kColumnOfLane[4] = {0, 2, 1, 3};
   for (int part = 0; part < 2; ++part) {
     const Quad* r = a + 4 * part;
     const Quad even01 = __builtin_shufflevector(r[0], r[1], 0, 4, 2, 6);
@@ -348,10 +345,10 @@ inline __attribute__((always_inline)) void StoreColumnsOfPairs(const Quad* a, do
 // element l of output row h is source element (rev l, rev h). Element l of
 // every output row is source row rev l, lane by lane, so the three stages
 // run on all eight output rows at once before the transposition. With
-// kPairLanes the lanes hold columns 0, 2, 1, 3 of their four; with kHalves
-// the columns go out as 128-bit halves (StoreColumnsOfPairs), which spares
-// the sixteen registers of AVX2 a lane-crossing shuffle per half row.
-template <bool kStages, typename A = PlainAdds, bool kPairLanes = false, bool kHalves = kPairLanes>
+// kPairLanes the lanes hold columns 0, 2, 1, 3 of their four, and the
+// columns go out as 128-bit halves (StoreColumnsOfPairs), which spares the
+// sixteen registers of AVX2 a lane-crossing shuffle per half row.
+template <bool kStages, typename A = PlainAdds, bool kPairLanes = false>
 inline __attribute__((always_inline)) void TileOut(const Quad* xlo, const Quad* xhi, const Quad* ylo,
                                                    const Quad* yhi, double* dx, double* dy, int rowStep, double s1,
                                                    double t1) {
@@ -369,16 +366,16 @@ inline __attribute__((always_inline)) void TileOut(const Quad* xlo, const Quad* 
   }
   // The rows of a tile lie a power of two apart and share one cache set;
   // the lines of y, read last, are still there, so they are written first.
-  if constexpr (kHalves) {
-    StoreColumnsOfPairs<kPairLanes>(b, dy, rowStep, 0);
-    StoreColumnsOfPairs<kPairLanes>(f, dy, rowStep, 4);
-    StoreColumnsOfPairs<kPairLanes>(a, dx, rowStep, 0);
-    StoreColumnsOfPairs<kPairLanes>(e, dx, rowStep, 4);
+  if constexpr (kPairLanes) {
+    StoreColumnsOfPairs(b, dy, rowStep, 0);
+    StoreColumnsOfPairs(f, dy, rowStep, 4);
+    StoreColumnsOfPairs(a, dx, rowStep, 0);
+    StoreColumnsOfPairs(e, dx, rowStep, 4);
   } else {
-    StoreColumns<kPairLanes>(b, dy, rowStep, 0);
-    StoreColumns<kPairLanes>(f, dy, rowStep, 4);
-    StoreColumns<kPairLanes>(a, dx, rowStep, 0);
-    StoreColumns<kPairLanes>(e, dx, rowStep, 4);
+    StoreColumns(b, dy, rowStep, 0);
+    StoreColumns(f, dy, rowStep, 4);
+    StoreColumns(a, dx, rowStep, 0);
+    StoreColumns(e, dx, rowStep, 4);
   }
 }
 
@@ -1842,7 +1839,7 @@ inline __attribute__((always_inline)) void HalfTransformOf32(const double* x, do
 // With kPairLanes the interleaved pairs are split by in-lane unpacking
 // alone, which leaves columns 0, 2, 1, 3 in the lanes; the lanes are
 // independent, so only the rows they are written to change (TileOut).
-template <typename A = PlainAdds, bool kPairLanes = false, bool kHalves = kPairLanes>
+template <typename A = PlainAdds, bool kPairLanes = false>
 inline __attribute__((always_inline)) void FusedTiles(int h, const double* x, double* y, const double* s,
                                                       const double* t, int mHalf) {
   // Row (high, middle) of z is x[2 * row .. 2 * row + 16).
@@ -1873,7 +1870,7 @@ inline __attribute__((always_inline)) void FusedTiles(int h, const double* x, do
       }
     }
     const int to = reversedMiddle << 3;
-    TileOut<true, A, kPairLanes, kHalves>(re, reHigh, im, imHigh, y + to, y + h + to, rowStep, s1, t1);
+    TileOut<true, A, kPairLanes>(re, reHigh, im, imHigh, y + to, y + h + to, rowStep, s1, t1);
     int bit = middleCount >> 1;
     while (reversedMiddle & bit) {
       reversedMiddle ^= bit;
@@ -1894,7 +1891,7 @@ inline __attribute__((always_inline)) void RealTransformFusedBody(int n, double*
   if constexpr (kSmall == 5) {
     HalfTransformOf32(x, y, s, t);
   } else {
-    FusedTiles<PlainAdds, true, false>(h, x, y, s, t, mHalf);
+    FusedTiles(h, x, y, s, t, mHalf);
     if constexpr (kSmall == 6) StagesInBlocks(y, y + h, s, t, h, 2, 0, h);
     else FFTCoreWith(y, y + h, s, t, h, 2, true, ColumnWideStages{});
   }
