@@ -443,13 +443,23 @@ TEST(Kernels, RealTransformIsBitForBitTheStepOrder) {
   for (int m = 3; m <= 16; ++m) {
     const int n = 1 << m;
     TrigTables t(n);
-    auto x = RandomSignal(n, 21), y = RandomSignal(n, 22);
-    auto rx = x, ry = y;
-    RealFFT(n, x.data(), y.data(), t.sine.data(), t.tan.data(), m - 1);
-    StepOrderRealFFT(n, rx.data(), ry.data(), t.sine.data(), t.tan.data(), m - 1);
-    for (int i = 0; i < n; ++i) {
-      ASSERT_EQ(x[static_cast<std::size_t>(i)], rx[static_cast<std::size_t>(i)]) << "n " << n << " i " << i;
-      ASSERT_EQ(y[static_cast<std::size_t>(i)], ry[static_cast<std::size_t>(i)]) << "n " << n << " i " << i;
+    // A random signal, one of small integers and zeros of both signs, whose
+    // sums meet exact zeros on the way, and one of negative zeros, whose
+    // sums keep zeros of both signs in every stage: there a trivial twiddle
+    // taken as a rotation by 0 would turn some -0 into +0.
+    auto integers = RandomSignal(n, 23);
+    for (double& v : integers) v = std::signbit(v) && std::fabs(v) < 0.5 ? -0.0 : std::round(2 * v);
+    const std::vector<double> negativeZeros(integers.size(), -0.0);
+    for (const auto& signal : {RandomSignal(n, 21), integers, negativeZeros}) {
+      auto x = signal, y = RandomSignal(n, 22);
+      auto rx = x, ry = y;
+      RealFFT(n, x.data(), y.data(), t.sine.data(), t.tan.data(), m - 1);
+      StepOrderRealFFT(n, rx.data(), ry.data(), t.sine.data(), t.tan.data(), m - 1);
+      for (int i = 0; i < n; ++i) {
+        const auto at = static_cast<std::size_t>(i);
+        ASSERT_EQ(std::bit_cast<std::uint64_t>(x[at]), std::bit_cast<std::uint64_t>(rx[at])) << "n " << n << " i " << i;
+        ASSERT_EQ(std::bit_cast<std::uint64_t>(y[at]), std::bit_cast<std::uint64_t>(ry[at])) << "n " << n << " i " << i;
+      }
     }
   }
 }
