@@ -704,21 +704,185 @@ const StageTwiddles<T>* TwiddlesFor(const T* s, const T* t, int n, int stride) {
   return &w;
 }
 
+// The twiddles of the stage of span d: its run of the layout w, or else
+// every tstep-th entry of the tables.
+template <typename T>
+inline __attribute__((always_inline)) void ColumnTwiddles(const T* s, const T* t, int n, int stride,
+                                                          const StageTwiddles<T>* w, int d, const T*& sd,
+                                                          const T*& td, int& tstep) {
+  sd = s;
+  td = t;
+  tstep = stride * (n / (2 * d));
+  if (w) {
+    const auto at = static_cast<std::size_t>(w->offset[static_cast<std::size_t>(Log2Of(d))]);
+    sd = w->s.data() + at;
+    td = w->t.data() + at;
+    tstep = 1;
+  }
+}
+
+// Rows of the data of the column stages: the array's from its column c0
+// (step base), or those of the buffer (step width).
+template <typename T>
+struct ColumnRows {
+  T* x;
+  T* y;
+  int step;
+  T* X(int m) const { return x + m * step; }
+  T* Y(int m) const { return y + m * step; }
+};
+
+// Four columns of four rows, r0 and the rows span, 2 span and 3 span below
+// it, read at (x0, y0) .. (x3, y3) and written at (o0, p0) .. (o3, p3),
+// through the stages of spans d = span base and 2d: stage d pairs r0 with
+// r1 and r2 with r3, twiddles (sd, td) in the mirror form when kMirrorD;
+// stage 2d pairs r0 with r2 (twiddles s2, t2) and r1 with r3 in the mirror
+// form with the same twiddles. A trivial flag gives lane 0 the trivial
+// twiddles of its stage (1, or +i in the mirror form), as the stages alone
+// give it.
+template <bool kTrivialD, bool kMirrorD, bool kTrivial2, typename A>
+inline __attribute__((always_inline)) void ColumnQuartet(const double* const* in, double* const* out, const Quad& sd,
+                                                         const Quad& td, const Quad& s2, const Quad& t2) {
+  Quad a0, b0, a1, b1, a2, b2, a3, b3, v, w;
+  Load(a1, in[2]);
+  Load(b1, in[3]);
+  Rotated<kTrivialD, kMirrorD>(a1, b1, sd, td, v, w);
+  Load(a0, in[0]);
+  Load(b0, in[1]);
+  Combine<A>(a0, b0, a1, b1, v, w);
+  Load(a3, in[6]);
+  Load(b3, in[7]);
+  Rotated<kTrivialD, kMirrorD>(a3, b3, sd, td, v, w);
+  Load(a2, in[4]);
+  Load(b2, in[5]);
+  Combine<A>(a2, b2, a3, b3, v, w);
+  Rotated<kTrivial2, false>(a2, b2, s2, t2, v, w);
+  Combine<A>(a0, b0, a2, b2, v, w);
+  Store(out[0], a0);
+  Store(out[1], b0);
+  Store(out[4], a2);
+  Store(out[5], b2);
+  Rotated<kTrivial2, true>(a3, b3, s2, t2, v, w);
+  Combine<A>(a1, b1, a3, b3, v, w);
+  Store(out[2], a1);
+  Store(out[3], b1);
+  Store(out[6], a3);
+  Store(out[7], b3);
+}
+
+// The stages of spans span base and 2 span base at once over four columns
+// at a time, from the rows `from` into the rows `to` (the same or others):
+// the element of row m and column c0 + v is index m base + c0 + v, and in a
+// group of rows r0 = b + mm (b a multiple of 4 span, mm below span) and the
+// three at span, 2 span and 3 span below, k = mm base + c0 + v is the
+// twiddle index of stage 2d in both of its butterflies and that of stage d
+// from r0 (k - d/2, mirrored, from d/2 up). k is a multiple of four, as d/2
+// is, so only lane 0 can be trivial.
+template <typename A>
+inline __attribute__((always_inline)) void ColumnPairOfStages(const ColumnRows<double>& from,
+                                                              const ColumnRows<double>& to, const double* s,
+                                                              const double* t, int n, int stride,
+                                                              const StageTwiddles<double>* w, int base, int c0,
+                                                              int rows, int width, int span) {
+  const int d = span * base, q = d / 2;
+  const double *sd, *td, *s2, *t2;
+  int tstepD, tstep2;
+  ColumnTwiddles(s, t, n, stride, w, d, sd, td, tstepD);
+  ColumnTwiddles(s, t, n, stride, w, 2 * d, s2, t2, tstep2);
+  for (int b = 0; b < rows; b += 4 * span)
+    for (int mm = 0; mm < span; ++mm)
+      for (int v = 0; v < width; v += 4) {
+        const int k = mm * base + c0 + v;
+        const bool mirror = k >= q;
+        Quad sk, tk, s2k, t2k;
+        LoadTwiddles<4>(sk, tk, sd, td, mirror ? k - q : k, tstepD);
+        LoadTwiddles<4>(s2k, t2k, s2, t2, k, tstep2);
+        const double* in[8];
+        double* out[8];
+        for (int r = 0; r < 4; ++r) {
+          const int m = b + mm + r * span;
+          in[2 * r] = from.X(m) + v;
+          in[2 * r + 1] = from.Y(m) + v;
+          out[2 * r] = to.X(m) + v;
+          out[2 * r + 1] = to.Y(m) + v;
+        }
+        if (k == 0) ColumnQuartet<true, false, true, A>(in, out, sk, tk, s2k, t2k);
+        else if (k == q) ColumnQuartet<true, true, false, A>(in, out, sk, tk, s2k, t2k);
+        else if (!mirror) ColumnQuartet<false, false, false, A>(in, out, sk, tk, s2k, t2k);
+        else ColumnQuartet<false, true, false, A>(in, out, sk, tk, s2k, t2k);
+      }
+}
+
+// One stage of span d = span base over the columns, from the rows `from`
+// into the rows `to`.
+template <typename V, int L, typename A, typename T>
+inline __attribute__((always_inline)) void ColumnOneStage(const ColumnRows<T>& from, const ColumnRows<T>& to,
+                                                          const T* s, const T* t, int n, int stride,
+                                                          const StageTwiddles<T>* w, int base, int c0, int rows,
+                                                          int width, int span) {
+  const int d = span * base, q = d / 2;
+  const T *sd, *td;
+  int tstep;
+  ColumnTwiddles(s, t, n, stride, w, d, sd, td, tstep);
+  for (int b = 0; b < rows; b += 2 * span)
+    for (int mm = 0; mm < span; ++mm) {
+      const T* const xl = from.X(b + mm);
+      const T* const yl = from.Y(b + mm);
+      const T* const xr = from.X(b + mm + span);
+      const T* const yr = from.Y(b + mm + span);
+      T* const ol = to.X(b + mm);
+      T* const pl = to.Y(b + mm);
+      T* const orr = to.X(b + mm + span);
+      T* const pr = to.Y(b + mm + span);
+      for (int v = 0; v < width; v += L) {
+        const int k = mm * base + c0 + v;
+        const bool mirror = k >= q;
+        const int tw = mirror ? k - q : k;
+        V sk, tk;
+        LoadTwiddles<L>(sk, tk, sd, td, tw, tstep);
+        V a, e, f, g, rv, rw;
+        Load(a, xl + v);
+        Load(e, yl + v);
+        Load(f, xr + v);
+        Load(g, yr + v);
+        if (!mirror) {
+          if (tw == 0) Rotated<true, false>(f, g, sk, tk, rv, rw);
+          else Rotated<false, false>(f, g, sk, tk, rv, rw);
+        } else {
+          if (tw == 0) Rotated<true, true>(f, g, sk, tk, rv, rw);
+          else Rotated<false, true>(f, g, sk, tk, rv, rw);
+        }
+        Combine<A>(a, e, f, g, rv, rw);
+        Store(ol + v, a);
+        Store(pl + v, e);
+        Store(orr + v, f);
+        Store(pr + v, g);
+      }
+    }
+}
+
 // The rows of the column stages: the stages of spans n / kMaxRows and up
 // go column by column.
 constexpr int kMaxRows = 64;
 
 // The stages of spans base, 2 base, .. n / 2, which pair element i only with
 // elements of the same i mod base: the array as n / base rows of base
-// elements, the stages run a cache line of columns at a time, its elements
-// of every row gathered into a small buffer, through all those stages there,
-// and put back. Each butterfly is the one its stage would do over the whole
-// array, on the same values: element (row m, column c) is index
-// i = m base + c; in the stage of span d = D base it pairs with row m + D
-// when m mod 2D < D, with twiddle index k = i mod d, in the mirror form for
-// k - d/2 when k >= d/2. One pass over the array instead of one per stage,
-// and the buffer's rows do not fall into one cache set as the array's do.
-template <typename V, int L, typename T>
+// elements, the stages run a cache line of columns at a time: the first
+// stage reads those columns of every row and leaves its results in a small
+// buffer, the stages between work there, and the last writes back into the
+// array (a lone stage works in the array). Each butterfly is the one its
+// stage would do over the whole array, on the same values: element (row m,
+// column c) is index i = m base + c; in the stage of span d = D base it
+// pairs with row m + D when m mod 2D < D, with twiddle index k = i mod d, in
+// the mirror form for k - d/2 when k >= d/2. One pass over the array instead
+// of one per stage, and the buffer's rows do not fall into one cache set as
+// the array's do. (Copying the columns in and out instead cost a seventh of
+// the 32768-point real transform: copies of a few hundred bytes are slow.)
+//
+// With kPairs (vectors of four doubles), the stages go two at a time where
+// their number allows (ColumnPairOfStages), each butterfly still the one its
+// stage would do, and any last stage alone; A forms the butterflies' sums.
+template <typename V, int L, typename A = PlainAdds, bool kPairs = false, typename T>
 inline __attribute__((always_inline)) void ColumnStagesBody(T* x, T* y, const T* s, const T* t, int n, int stride,
                                                             const StageTwiddles<T>* w, int base) {
   // As many columns as keep the buffer within kBufferSize elements per part,
@@ -726,58 +890,22 @@ inline __attribute__((always_inline)) void ColumnStagesBody(T* x, T* y, const T*
   constexpr int kBufferSize = 1024;
   const int rows = n / base;
   const int width = std::min(base, std::max(64 / static_cast<int>(sizeof(T)), kBufferSize / rows));
+  const int stages = Log2Of(rows);
+  const int passes = kPairs ? stages / 2 + stages % 2 : stages;
   alignas(64) T bx[kBufferSize], by[kBufferSize];
+  const ColumnRows<T> buffer{bx, by, width};
   for (int c0 = 0; c0 < base; c0 += width) {
-    for (int m = 0; m < rows; ++m) {
-      std::memcpy(bx + m * width, x + m * base + c0, sizeof(T) * width);
-      std::memcpy(by + m * width, y + m * base + c0, sizeof(T) * width);
-    }
-    for (int span = 1; span < rows; span *= 2) {
-      const int d = span * base, q = d / 2;
-      const T *sd = s, *td = t;
-      int tstep = stride * (n / (2 * d));
-      if (w) {
-        const auto at = static_cast<std::size_t>(w->offset[static_cast<std::size_t>(Log2Of(d))]);
-        sd = w->s.data() + at;
-        td = w->t.data() + at;
-        tstep = 1;
-      }
-      for (int b = 0; b < rows; b += 2 * span)
-        for (int mm = 0; mm < span; ++mm) {
-          T* const xl = bx + (b + mm) * width;
-          T* const yl = by + (b + mm) * width;
-          T* const xr = xl + span * width;
-          T* const yr = yl + span * width;
-          for (int v = 0; v < width; v += L) {
-            const int k = mm * base + c0 + v;
-            const bool mirror = k >= q;
-            const int tw = mirror ? k - q : k;
-            V sk, tk;
-            LoadTwiddles<L>(sk, tk, sd, td, tw, tstep);
-            V a, e, f, g, rv, rw;
-            Load(a, xl + v);
-            Load(e, yl + v);
-            Load(f, xr + v);
-            Load(g, yr + v);
-            if (!mirror) {
-              if (tw == 0) Rotated<true, false>(f, g, sk, tk, rv, rw);
-              else Rotated<false, false>(f, g, sk, tk, rv, rw);
-            } else {
-              if (tw == 0) Rotated<true, true>(f, g, sk, tk, rv, rw);
-              else Rotated<false, true>(f, g, sk, tk, rv, rw);
-            }
-            Combine(a, e, f, g, rv, rw);
-            Store(xl + v, a);
-            Store(yl + v, e);
-            Store(xr + v, f);
-            Store(yr + v, g);
-          }
-        }
-    }
-    for (int m = 0; m < rows; ++m) {
-      std::memcpy(x + m * base + c0, bx + m * width, sizeof(T) * width);
-      std::memcpy(y + m * base + c0, by + m * width, sizeof(T) * width);
-    }
+    // The first pass over the columns reads them from the array, the last
+    // writes them back, the others work in the buffer.
+    const ColumnRows<T> array{x + c0, y + c0, base};
+    int span = 1, pass = 0;
+    if constexpr (kPairs)
+      for (; 4 * span <= rows; span *= 4, ++pass)
+        ColumnPairOfStages<A>(pass == 0 ? array : buffer, pass + 1 == passes ? array : buffer, s, t, n, stride, w,
+                              base, c0, rows, width, span);
+    for (; span < rows; span *= 2, ++pass)
+      ColumnOneStage<V, L, A>(pass == 0 ? array : buffer, pass + 1 == passes ? array : buffer, s, t, n, stride, w,
+                              base, c0, rows, width, span);
   }
 }
 
@@ -1328,6 +1456,10 @@ struct PairedColumnWideStages : ColumnWideStages {
                                                   int begin, int end) const {
     if (tstepD == 1 && tstep2 == 1) StagePairBody<A>(x, y, sd, td, s2, t2, d, begin, end);
     else StagePairBodyStrided(x, y, sd, td, tstepD, s2, t2, tstep2, d, begin, end);
+  }
+  inline __attribute__((always_inline)) void Columns(double* x, double* y, const double* s, const double* t, int n,
+                                                     int stride, const StageTwiddles<double>* w, int base) const {
+    ColumnStagesBody<Quad, 4, A, true>(x, y, s, t, n, stride, w, base);
   }
 };
 
