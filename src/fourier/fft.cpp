@@ -1370,12 +1370,17 @@ inline __attribute__((always_inline)) void FFTCoreWith(T* x, T* y, const T* s, c
       }
     }
     // An odd number of stages begins with three at once where the stage
-    // function can, the rest in pairs.
-    if constexpr (Stage::kTriples)
+    // function can, the rest in pairs; six go as two threes.
+    if constexpr (Stage::kTriples) {
       if (d >= 8 && w != nullptr && 8 * d <= inner && Log2Of(inner / d) % 2 == 1) {
         run.Triple(stageOf, d, c, c + chunk);
         d *= 8;
+      } else if (d >= 8 && w != nullptr && 64 * d == inner) {
+        run.Triple(stageOf, d, c, c + chunk);
+        run.Triple(stageOf, 8 * d, c, c + chunk);
+        d *= 64;
       }
+    }
     if constexpr (Stage::kPairs)
       if (d >= 8)
         for (; 4 * d <= inner; d *= 4) run.Pair(stageOf, d, c, c + chunk);
