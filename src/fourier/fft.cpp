@@ -393,11 +393,23 @@ inline __attribute__((always_inline)) void BitReverseTilesBody(double* x, double
       LoadTile(ayl, ayh, y + at, rowStep);
       if (middle < reversedMiddle) {
         const int partner = reversedMiddle << 3;
+        alignas(64) double bufX[64], bufY[64];
+        TileOut<kStages, A>(axl, axh, ayl, ayh, bufX, bufY, 8, s1, t1);
         Quad bxl[8], bxh[8], byl[8], byh[8];
         LoadTile(bxl, bxh, x + partner, rowStep);
         LoadTile(byl, byh, y + partner, rowStep);
         TileOut<kStages, A>(bxl, bxh, byl, byh, x + at, y + at, rowStep, s1, t1);
-        TileOut<kStages, A>(axl, axh, ayl, ayh, x + partner, y + partner, rowStep, s1, t1);
+        for (int r = 0; r < 8; ++r) {
+          Quad a, b, c, e;
+          Load(a, bufX + 8 * r);
+          Load(b, bufX + 8 * r + 4);
+          Load(c, bufY + 8 * r);
+          Load(e, bufY + 8 * r + 4);
+          Store(x + partner + r * rowStep, a);
+          Store(x + partner + r * rowStep + 4, b);
+          Store(y + partner + r * rowStep, c);
+          Store(y + partner + r * rowStep + 4, e);
+        }
       } else {
         TileOut<kStages, A>(axl, axh, ayl, ayh, x + at, y + at, rowStep, s1, t1);
       }
