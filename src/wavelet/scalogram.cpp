@@ -347,18 +347,25 @@ void CreateScaleTransform(int n, double c, double* phi, const double* S) {
   }
 }
 
+namespace {
+
+// The distance between the starts of two arrays of the block: their n + 5
+// elements rounded up to whole cache lines, and three lines more.
+std::size_t ArrayStride(int n) { return (Index(n) + 5 + 7) / 8 * 8 + 24; }
+
+}  // namespace
+
 ScalogramWork::ScalogramWork(int size)
     : n(size),
       tables(size),
-      x(Index(size) + 5, 0.0),
-      y(Index(size) + 5, 0.0),
-      wr(Index(size) + 5, 0.0),
-      wi(Index(size) + 5, 0.0),
-      wr2(Index(size) + 5, 0.0),
-      wi2(Index(size) + 5, 0.0),
+      block(6 * ArrayStride(size), 0.0),
       sum(Index(size) + 1, 0.0),
       sum2(Index(size) + 1, 0.0),
-      phi(Index(size) + 1, 0.0) {}
+      phi(Index(size) + 1, 0.0) {
+  const std::size_t stride = ArrayStride(size), length = Index(size) + 5;
+  std::span<double>* const arrays[] = {&x, &y, &wr, &wi, &wr2, &wi2};
+  for (std::size_t i = 0; i < 6; ++i) *arrays[i] = std::span<double>(block.data() + i * stride, length);
+}
 
 ScalogramWork::ScalogramWork(const double* sig, int size) : ScalogramWork(size) { SetSignal(sig); }
 
