@@ -10,6 +10,7 @@
 #include <fstream>
 #include <random>
 #include <sstream>
+#include <utility>
 #include <vector>
 
 #include "fourier/fft.h"
@@ -461,6 +462,128 @@ TEST(Kernels, RealTransformIsBitForBitTheStepOrder) {
         ASSERT_EQ(std::bit_cast<std::uint64_t>(y[at]), std::bit_cast<std::uint64_t>(ry[at])) << "n " << n << " i " << i;
       }
     }
+  }
+}
+
+// RealInverseFFT as its steps list it, with the step-order core.
+void StepOrderRealInverseFFT(int n, double* x, double* y, const double* s, const double* t, int mHalf) {
+  const int h = n / 2, q = n / 4;
+  const double x0 = x[0], xh = x[h];
+  double a = 0.0, b = 0.0;
+  for (int k = 1; k < h; ++k) {
+    a += (k % 2 == 1) ? -x[k] : x[k];
+    b += x[k];
+  }
+  const double p = x0 + xh + 2 * a, r0 = x0 + xh + 2 * b;
+  double e = x0;
+  for (int j = 1; j < q; ++j) e += (x[q - j] - x[q + j]) * s[j];
+  y[0] = 0.0;
+  double c = 0.0;
+  for (int k = 1; k < q; ++k) {
+    const double sk = s[k];
+    const double mean = (x[h - k] + x[k]) / 2, g = x[k] - x[h - k];
+    x[k] = mean - g * sk;
+    x[h - k] = mean + g * sk;
+    const double w = (y[k] - y[h - k]) / 2, r = (y[h - k] + y[k]) * sk;
+    y[k] = r + w;
+    y[h - k] = r - w;
+    c += r;
+  }
+  const double f = y[q] + c;
+  y[q] *= 2;
+  BitReversePair(x, y, h, mHalf);
+  StepOrderCore(x, y, s, t, h, 2);
+  for (int k = 1; k < q; ++k) {
+    x[h + k] = y[k] - y[h - k];
+    x[n - k] = y[h - k] + y[k];
+  }
+  y[1] = 2 * e;
+  for (int k = 1; k < q; ++k) {
+    y[2 * k] = x[h - k] + x[k];
+    y[2 * k + 1] = x[h + k] + y[2 * k - 1];
+    x[h + k] = x[h - k] - x[k];
+  }
+  x[1] = 2 * f;
+  for (int k = 1; k < q; ++k) {
+    x[2 * k] = x[h + k];
+    x[2 * k + 1] = x[n - k] + x[2 * k - 1];
+  }
+  x[0] = r0;
+  double sign = xh;
+  for (int k = 1; k < h; ++k) {
+    sign = -sign;
+    const double v = sign - x0 + y[k];
+    x[n - k] = v - x[k];
+    x[k] = v + x[k];
+  }
+  x[h] = p;
+}
+
+void ExpectSameBits(const double* got, const double* want, int n, const char* what) {
+  for (int i = 0; i < n; ++i)
+    ASSERT_EQ(std::bit_cast<std::uint64_t>(got[i]), std::bit_cast<std::uint64_t>(want[i]))
+        << what << " n " << n << " i " << i;
+}
+
+// The inverse, alone, with its halves exchanged into another array, and two
+// at once, against its steps, bit for bit: on a spectrum, on a half spectrum
+// of small integers with zeros of both signs, and on one of negative zeros.
+TEST(Kernels, RealInverseIsBitForBitTheStepOrder) {
+  for (int m = 6; m <= 16; ++m) {
+    const int n = 1 << m;
+    TrigTables t(n);
+    auto spectrumX = RandomSignal(n, 31), spectrumY = RandomSignal(n, 32);
+    RealFFT(n, spectrumX.data(), spectrumY.data(), t.sine.data(), t.tan.data(), m - 1);
+    auto integersX = RandomSignal(n, 33), integersY = RandomSignal(n, 34);
+    for (auto* part : {&integersX, &integersY})
+      for (double& v : *part) v = std::signbit(v) && std::fabs(v) < 0.5 ? -0.0 : std::round(2 * v);
+    const std::vector<double> negativeZeros(spectrumX.size(), -0.0);
+    const std::vector<std::pair<std::vector<double>, std::vector<double>>> inputs = {
+        {spectrumX, spectrumY}, {integersX, integersY}, {negativeZeros, negativeZeros}};
+    for (const auto& [inX, inY] : inputs) {
+      auto wantX = inX, wantY = inY;
+      StepOrderRealInverseFFT(n, wantX.data(), wantY.data(), t.sine.data(), t.tan.data(), m - 1);
+      std::vector<double> swapped(wantX.begin(), wantX.begin() + n);
+      SwapHalves(n, swapped.data());
+
+      auto x = inX, y = inY;
+      RealInverseFFT(n, m - 6, x.data(), y.data(), t.sine.data(), t.tan.data());
+      ExpectSameBits(x.data(), wantX.data(), n, "in place");
+
+      x = inX;
+      y = inY;
+      std::vector<double> out(static_cast<std::size_t>(n));
+      RealInverseFFTSwapped(n, m - 6, x.data(), y.data(), t.sine.data(), t.tan.data(), out.data());
+      ExpectSameBits(out.data(), swapped.data(), n, "swapped");
+
+      // The second of the pair on the first spectrum, so that the two differ.
+      auto x1 = inX, y1 = inY, x2 = spectrumX, y2 = spectrumY;
+      auto want2X = spectrumX, want2Y = spectrumY;
+      StepOrderRealInverseFFT(n, want2X.data(), want2Y.data(), t.sine.data(), t.tan.data(), m - 1);
+      SwapHalves(n, want2X.data());
+      std::vector<double> out1(static_cast<std::size_t>(n)), out2(static_cast<std::size_t>(n));
+      RealInverseFFTSwappedPair(n, m - 6, x1.data(), y1.data(), out1.data(), x2.data(), y2.data(), out2.data(),
+                                t.sine.data(), t.tan.data());
+      ExpectSameBits(out1.data(), swapped.data(), n, "first of a pair");
+      ExpectSameBits(out2.data(), want2X.data(), n, "second of a pair");
+    }
+  }
+}
+
+// The complex transform with its bit reversal (done with the first stages
+// in tiles) against the permutation and the step-order core one after the
+// other, bit for bit.
+TEST(Kernels, ComplexTransformIsBitForBitReversalThenSteps) {
+  for (int m = 3; m <= 16; ++m) {
+    const int n = 1 << m;
+    TrigTables t(n);
+    auto x = RandomSignal(n, 41), y = RandomSignal(n, 42);
+    auto rx = x, ry = y;
+    ComplexFFT(x.data(), y.data(), t.sine.data(), t.tan.data(), n, m);
+    BitReversePair(rx.data(), ry.data(), n, m);
+    StepOrderCore(rx.data(), ry.data(), t.sine.data(), t.tan.data(), n, 1);
+    ExpectSameBits(x.data(), rx.data(), n, "real parts");
+    ExpectSameBits(y.data(), ry.data(), n, "imaginary parts");
   }
 }
 
