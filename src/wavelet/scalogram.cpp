@@ -95,6 +95,40 @@ inline bool Mirrored(int i, int k0, double a, double c0, double dx) {
   return j >= 0 && OffsetOf(j, a, c0, dx) == -OffsetOf(i, a, c0, dx);
 }
 
+// The transcendental values of a Gabor sample depend on its u alone:
+// exp(-g) with g = pi u^2, cos(2 pi f u) and sin(2 pi f u). The rows of the
+// first octave keep theirs for its samples
+// i = 0..k0 (k0 the grid's centre; the samples above are mirrored). Row
+// r0 + k v, k >= 1, has the scale 2^k s(r0) wherever the powers give that
+// to the bit, and then on a mirrored grid its sample i has the u of row
+// r0's sample k0 + 2^k (i - k0): where that u is the same to the bit (it is
+// recomputed and compared for every sample), the sample takes the values
+// the library gave for it instead of calling exp, cos and sin again. Every
+// sample is still the formula's value with the library's exp, cos and sin.
+struct SampleReuse {
+  // Row r0's values, read where `read` (index ip from `from` to k0).
+  bool read = false;
+  const double* exps = nullptr;
+  const double* coss = nullptr;
+  const double* sins = nullptr;
+  int from = 0;
+  long long factor = 0;  // 2^k
+  double scale = 0.0;    // s(r0)
+  // This row's own, kept where `write` (index i from its first computed
+  // sample to k0), its first index into *wroteFrom.
+  bool write = false;
+  double* keepExp = nullptr;
+  double* keepCos = nullptr;
+  double* keepSin = nullptr;
+  int* wroteFrom = nullptr;
+  // The index of row r0's sample for sample i, or -1 if row r0 kept none.
+  int Source(int i, int k0) const {
+    if (!read || i > k0) return -1;
+    const long long ip = k0 + factor * (i - k0);
+    return ip >= from && ip <= k0 ? static_cast<int>(ip) : -1;
+  }
+};
+
 void MexicanHatValues(int n, double* out, double a, double c0, double dx, double s, double q, double w) {
   const double c = kHatConstant * (w * w);
   const double amplitude = 2 * kPi * std::sqrt(c) * q;
@@ -151,7 +185,7 @@ bool IsPowerOfTwo(double w) {
 // when both are wanted.
 template <bool kCosine, bool kSine, bool kPowerOfTwo>
 void GaborValuesDividing(int n, double* cosine, double* sine, double a, double c0, double dx, double f, double s,
-                         double q, double w) {
+                         double q, double w, const SampleReuse& reuse) {
   const DivideBy<kPowerOfTwo> over(w);
   const double turn = 2 * kPi * f;
   const int k0 = MirrorIndex(n, a, c0, dx);
@@ -166,6 +200,7 @@ void GaborValuesDividing(int n, double* cosine, double* sine, double a, double c
     std::fill(sine, sine + tails.below, 0.0);
     for (int i = tails.above + 1; i <= n; ++i) sine[i] = Mirrored(i, k0, a, c0, dx) ? -0.0 : 0.0;
   }
+  if (reuse.write) *reuse.wroteFrom = tails.below;
   for (int i = tails.below; i <= tails.above; ++i) {
     const double offset = OffsetOf(i, a, c0, dx);
     const int j = MirrorOf(i, k0);
@@ -181,18 +216,34 @@ void GaborValuesDividing(int n, double* cosine, double* sine, double a, double c
       if constexpr (kSine) sine[i] = 0.0;
       continue;
     }
-    const double envelope = std::exp(-g) * q;
-    const double angle = turn * u;
-    if constexpr (kCosine) cosine[i] = over(envelope * std::cos(angle));
-    if constexpr (kSine) sine[i] = over(envelope * std::sin(angle));
+    const int source = reuse.Source(i, k0);
+    double e, cosValue = 0.0, sinValue = 0.0;
+    if (source >= 0 && over(OffsetOf(source, a, c0, dx) * reuse.scale) == u) {
+      e = reuse.exps[source];
+      if constexpr (kCosine) cosValue = reuse.coss[source];
+      if constexpr (kSine) sinValue = reuse.sins[source];
+    } else {
+      e = std::exp(-g);
+      const double angle = turn * u;
+      if constexpr (kCosine) cosValue = std::cos(angle);
+      if constexpr (kSine) sinValue = std::sin(angle);
+      if (reuse.write && i <= k0) {
+        reuse.keepExp[i] = e;
+        if constexpr (kCosine) reuse.keepCos[i] = cosValue;
+        if constexpr (kSine) reuse.keepSin[i] = sinValue;
+      }
+    }
+    const double envelope = e * q;
+    if constexpr (kCosine) cosine[i] = over(envelope * cosValue);
+    if constexpr (kSine) sine[i] = over(envelope * sinValue);
   }
 }
 
 template <bool kCosine, bool kSine>
 void GaborValues(int n, double* cosine, double* sine, double a, double c0, double dx, double f, double s, double q,
-                 double w) {
-  if (IsPowerOfTwo(w)) GaborValuesDividing<kCosine, kSine, true>(n, cosine, sine, a, c0, dx, f, s, q, w);
-  else GaborValuesDividing<kCosine, kSine, false>(n, cosine, sine, a, c0, dx, f, s, q, w);
+                 double w, const SampleReuse& reuse = {}) {
+  if (IsPowerOfTwo(w)) GaborValuesDividing<kCosine, kSine, true>(n, cosine, sine, a, c0, dx, f, s, q, w, reuse);
+  else GaborValuesDividing<kCosine, kSine, false>(n, cosine, sine, a, c0, dx, f, s, q, w, reuse);
 }
 
 // One row's wavelet spectrum against the signal's, for k = 0..n/2 (the
@@ -353,6 +404,78 @@ namespace {
 // elements rounded up to whole cache lines, and three lines more.
 std::size_t ArrayStride(int n) { return (Index(n) + 5 + 7) / 8 * 8 + 24; }
 
+// The most values of each kind the first octave's rows keep (16 MiB each);
+// past it, and on a grid without a centre sample, every row computes its
+// own.
+constexpr std::size_t kOctaveSamplesMost = std::size_t{1} << 21;
+// The highest octave that reads the first one's values (its rows' samples
+// are 2^k apart there).
+constexpr int kOctaveReachMost = 20;
+
+// Room for the first octave's values, or false when there is none to be
+// had (the rows then compute their own).
+bool PrepareOctaveSamples(ScalogramWork& work, int voices, int k0, bool cosine, bool sine) {
+  if (k0 < 0) return false;
+  const std::size_t count = static_cast<std::size_t>(voices) * (Index(k0) + 1);
+  if (count > kOctaveSamplesMost) return false;
+  try {
+    if (work.octaveExp.size() < count) work.octaveExp.resize(count);
+    if (cosine && work.octaveCos.size() < count) work.octaveCos.resize(count);
+    if (sine && work.octaveSin.size() < count) work.octaveSin.resize(count);
+    if (work.octaveFrom.size() < Index(voices)) work.octaveFrom.resize(Index(voices));
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+  return true;
+}
+
+// Row r's part in the first octave's values (see SampleReuse): rows 1..v
+// keep theirs, and row r0 + k v reads row r0's when its scale is 2^k s(r0)
+// to the bit.
+SampleReuse ReuseFor(ScalogramWork& work, bool prepared, int voices, int k0, int r) {
+  SampleReuse reuse;
+  if (!prepared) return reuse;
+  const int r0 = (r - 1) % voices + 1, k = (r - 1) / voices;
+  const std::size_t at = Index(r0 - 1) * (Index(k0) + 1);
+  const auto part = [&](std::vector<double>& values) { return values.empty() ? nullptr : values.data() + at; };
+  if (k == 0) {
+    reuse.write = true;
+    reuse.keepExp = part(work.octaveExp);
+    reuse.keepCos = part(work.octaveCos);
+    reuse.keepSin = part(work.octaveSin);
+    reuse.wroteFrom = &work.octaveFrom[Index(r0 - 1)];
+    return reuse;
+  }
+  const double base = ScaleOfRow(r0, voices);
+  if (k > kOctaveReachMost || ScaleOfRow(r, voices) != std::ldexp(base, k)) return reuse;
+  reuse.read = true;
+  reuse.exps = part(work.octaveExp);
+  reuse.coss = part(work.octaveCos);
+  reuse.sins = part(work.octaveSin);
+  reuse.from = work.octaveFrom[Index(r0 - 1)];
+  reuse.factor = 1LL << k;
+  reuse.scale = base;
+  return reuse;
+}
+
+// The samples of row r of a real wavelet, with the first octave's values.
+void RealRowValues(int n, double* out, const ScalogramSetup& setup, double dx, int r, const SampleReuse& reuse) {
+  const double c0 = CentreOf(setup.a, setup.b);
+  const double s = ScaleOfRow(r, setup.voices);
+  const double q = std::sqrt(s);
+  switch (setup.wavelet) {
+    case ScalWavelet::MexicanHat: MexicanHatValues(n, out, setup.a, c0, dx, s, q, setup.width); break;
+    case ScalWavelet::Haar: HaarValues(n, out, setup.a, c0, dx, s, q, setup.width); break;
+    case ScalWavelet::GaborSine:
+      GaborValues<false, true>(n, nullptr, out, setup.a, c0, dx, setup.freq, s, q, setup.width, reuse);
+      break;
+    case ScalWavelet::GaborCosine:
+    case ScalWavelet::GaborComplex:
+      GaborValues<true, false>(n, out, nullptr, setup.a, c0, dx, setup.freq, s, q, setup.width, reuse);
+      break;
+  }
+}
+
 }  // namespace
 
 ScalogramWork::ScalogramWork(int size)
@@ -382,10 +505,14 @@ ScalogramStatus CreateTheRealScalogram(const ScalogramSetup& setup, ScalogramWor
   const int n = work.n;
   const double dx = DxOf(setup, n);
   std::fill(work.sum.begin(), work.sum.end(), 0.0);
+  const int k0 = MirrorIndex(n, setup.a, CentreOf(setup.a, setup.b), dx);
+  const bool sines = setup.wavelet == ScalWavelet::GaborSine;
+  const bool cosines = setup.wavelet == ScalWavelet::GaborCosine || setup.wavelet == ScalWavelet::GaborComplex;
+  // (The Mexican hat's exp costs less than finding a sample's partner.)
+  const bool prepared = (cosines || sines) && PrepareOctaveSamples(work, setup.voices, k0, cosines, sines);
   for (int r = 1; r <= result.shape.nscales; ++r) {
     const double s = ScaleOfRow(r, setup.voices);
-    RealWaveletValues(n, work.wr.data(), setup.a, setup.b, dx, setup.freq, r, setup.voices, setup.wavelet,
-                      setup.width);
+    RealRowValues(n, work.wr.data(), setup, dx, r, ReuseFor(work, prepared, setup.voices, k0, r));
     WaveletRow(n, s, dx, work, work.wr.data(), work.wi.data(), work.sum.data(), result.RealRow(r).data());
     if (AskToStop(r, onRow)) return ScalogramStatus::Stopped;
   }
@@ -403,10 +530,12 @@ ScalogramStatus CreateTheComplexScalogram(const ScalogramSetup& setup, Scalogram
   std::fill(work.sum.begin(), work.sum.end(), 0.0);
   std::fill(work.sum2.begin(), work.sum2.end(), 0.0);
   const double c0 = CentreOf(setup.a, setup.b);
+  const int k0 = MirrorIndex(n, setup.a, c0, dx);
+  const bool prepared = PrepareOctaveSamples(work, setup.voices, k0, true, true);
   for (int r = 1; r <= result.shape.nscales; ++r) {
     const double s = ScaleOfRow(r, setup.voices);
     GaborValues<true, true>(n, work.wr.data(), work.wr2.data(), setup.a, c0, dx, setup.freq, s, std::sqrt(s),
-                            setup.width);
+                            setup.width, ReuseFor(work, prepared, setup.voices, k0, r));
     const double realEnd = RowProduct(n, s, dx, work, work.wr.data(), work.wi.data(), work.sum.data());
     const double imagEnd = RowProduct(n, s, dx, work, work.wr2.data(), work.wi2.data(), work.sum2.data());
     double* realRow = result.RealRow(r).data();

@@ -173,6 +173,11 @@ struct ScalogramWork {
   std::span<double> x, y;
   std::span<double> wr, wi, wr2, wi2;
   std::vector<double> sum, sum2, phi;
+  // The exp, cos and sin of the first octave's samples, kept for the rows
+  // of the octaves above (see OctaveSamples in scalogram.cpp), with the
+  // first index each row kept.
+  std::vector<double> octaveExp, octaveCos, octaveSin;
+  std::vector<int> octaveFrom;
 };
 
 // ComputeRealScalogram (types 1-4) and ComputeComplexScalogram (type 5):

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include "fourier/fft.h"
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -14,6 +16,7 @@
 #include <fstream>
 #include <limits>
 #include <map>
+#include <span>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -252,6 +255,111 @@ TEST(ScalogramTest, SamplesAreThoseOfThePlainLoopToTheBit) {
                     std::bit_cast<std::uint64_t>(expected[static_cast<std::size_t>(i)]))
               << "a = " << p.a << ", type " << static_cast<int>(type) << ", row " << r << ", sample " << i;
       }
+  }
+}
+
+// A scalogram's rows as the plain steps make them, one row after another:
+// the samples of the plain loop, the real FFT, the accumulator and the
+// product for k = 0..n/2, the inverse, the halves exchanged; column n from
+// the end samples; row 0 from the accumulator. One pass per part of the
+// complex wavelet.
+struct PlainRows {
+  std::vector<std::vector<double>> rows;  // 0..nscales, n + 1 columns each
+};
+
+PlainRows PlainScalogram(const PlainSampler& p, const std::vector<double>& sig, ScalWavelet type, int octaves) {
+  const int n = p.n, h = n / 2, nscales = octaves * p.voices;
+  const fourier::TrigTables t(n);
+  std::vector<double> x(sig.begin(), sig.end()), y(static_cast<std::size_t>(n) + 5, 0.0);
+  x.resize(static_cast<std::size_t>(n) + 5, 0.0);
+  fourier::RealFFT(n, x.data(), y.data(), t.sine.data(), t.tan.data(), t.m - 1);
+  x[static_cast<std::size_t>(n)] = sig[static_cast<std::size_t>(n)];
+  y[static_cast<std::size_t>(n)] = 0.0;
+  PlainRows out;
+  out.rows.assign(static_cast<std::size_t>(nscales) + 1, std::vector<double>(static_cast<std::size_t>(n) + 1));
+  std::vector<double> sum(static_cast<std::size_t>(n) + 1, 0.0);
+  const auto invertInto = [&](std::vector<double>& wr, std::vector<double>& wi, double end, std::vector<double>& row) {
+    fourier::RealInverseFFT(n, t.m - 6, wr.data(), wi.data(), t.sine.data(), t.tan.data());
+    fourier::SwapHalves(n, wr.data());
+    std::copy(wr.begin(), wr.begin() + n, row.begin());
+    row[static_cast<std::size_t>(n)] = end;
+  };
+  for (int r = 1; r <= nscales; ++r) {
+    const double s = ScaleOfRow(r, p.voices);
+    std::vector<double> wr = p.Samples(type, r), wi(static_cast<std::size_t>(n) + 5, 0.0);
+    const double endSample = wr[static_cast<std::size_t>(n)];
+    wr.resize(static_cast<std::size_t>(n) + 5, 0.0);
+    fourier::RealFFT(n, wr.data(), wi.data(), t.sine.data(), t.tan.data(), t.m - 1);
+    for (int k = 0; k <= h; ++k) {
+      const auto at = static_cast<std::size_t>(k);
+      const double re = wr[at], im = wi[at];
+      sum[at] += s * (re * re + im * im);
+      const double pr = x[at] * re - y[at] * im;
+      const double qi = x[at] * im + y[at] * re;
+      wr[at] = pr * p.dx;
+      wi[at] = qi * p.dx;
+    }
+    invertInto(wr, wi, x[static_cast<std::size_t>(n)] * endSample * p.dx, out.rows[static_cast<std::size_t>(r)]);
+  }
+  std::vector<double> phi(static_cast<std::size_t>(n) + 1);
+  CreateScaleTransform(n, FMAXWI(n, sum.data()), phi.data(), sum.data());
+  std::vector<double> wr(static_cast<std::size_t>(n) + 5, 0.0), wi(static_cast<std::size_t>(n) + 5, 0.0);
+  for (int k = 0; k <= h; ++k) {
+    const auto at = static_cast<std::size_t>(k);
+    wr[at] = x[at] * phi[at] * p.dx;
+    wi[at] = y[at] * phi[at] * p.dx;
+  }
+  invertInto(wr, wi, x[static_cast<std::size_t>(n)] * phi[static_cast<std::size_t>(n)] * p.dx, out.rows[0]);
+  return out;
+}
+
+// Every row of the real and complex Gabor scalograms, and the Mexican
+// hat's, is that of the plain steps to the bit: over several octaves, where
+// the rows above the first octave take the first octave's exp, cos and sin
+// of samples whose u they share, on a mirrored grid, one centred at 0, one
+// that does not mirror, with three voices (whose scales do not all double
+// to the bit) and with a width that is not a power of two.
+TEST(ScalogramTest, RowsAreThoseOfThePlainStepsToTheBit) {
+  const PlainSampler setups[] = {
+      {0.0, 16.0, 16.0 / 4096, 1.0, 1.0, 4096, 16},
+      {-1.0, 1.0, 2.0 / 1024, 1.5, 0.7, 1024, 3},
+      {0.3, 7.1, 6.8 / 2048, 0.8, 2.0, 2048, 4},
+      {0.0, 4.0, 4.0 / 1024, 2.0, 0.5, 1024, 1},
+  };
+  for (const PlainSampler& p : setups) {
+    std::vector<double> sig(static_cast<std::size_t>(p.n) + 1);
+    for (int i = 0; i <= p.n; ++i)
+      sig[static_cast<std::size_t>(i)] = std::sin(0.05 * i + 2e-5 * i * i) + 0.3 * std::cos(0.9 * i);
+    ScalogramSetup setup;
+    setup.a = p.a;
+    setup.b = p.b;
+    setup.octaves = p.voices == 1 ? 12 : 5;
+    setup.voices = p.voices;
+    setup.width = p.w;
+    setup.freq = p.f;
+    const auto bitsOf = [](const std::vector<double>& row) {
+      std::vector<std::uint64_t> bits(row.size());
+      std::transform(row.begin(), row.end(), bits.begin(), [](double v) { return std::bit_cast<std::uint64_t>(v); });
+      return bits;
+    };
+    const auto expectRows = [&](const Scalogram& got, bool imaginary, const PlainRows& want, const char* what) {
+      for (int r = 0; r <= setup.octaves * setup.voices; ++r) {
+        const std::span<const double> row = imaginary ? got.ImagRow(r) : got.RealRow(r);
+        ASSERT_EQ(bitsOf(std::vector<double>(row.begin(), row.end())), bitsOf(want.rows[static_cast<std::size_t>(r)]))
+            << what << ", a = " << p.a << ", voices " << p.voices << ", row " << r;
+      }
+    };
+    Scalogram complex;
+    setup.wavelet = ScalWavelet::GaborComplex;
+    ASSERT_EQ(ComputeComplexScalogram(sig.data(), p.n, setup, {}, complex), ScalogramStatus::Done);
+    expectRows(complex, false, PlainScalogram(p, sig, ScalWavelet::GaborCosine, setup.octaves), "cosine part");
+    expectRows(complex, true, PlainScalogram(p, sig, ScalWavelet::GaborSine, setup.octaves), "sine part");
+    for (ScalWavelet type : {ScalWavelet::GaborCosine, ScalWavelet::GaborSine, ScalWavelet::MexicanHat}) {
+      Scalogram real;
+      setup.wavelet = type;
+      ASSERT_EQ(ComputeRealScalogram(sig.data(), p.n, setup, {}, real), ScalogramStatus::Done);
+      expectRows(real, false, PlainScalogram(p, sig, type, setup.octaves), "real wavelet");
+    }
   }
 }
 
