@@ -97,14 +97,14 @@ inline bool Mirrored(int i, int k0, double a, double c0, double dx) {
 
 // The transcendental values of a Gabor sample depend on its u alone:
 // exp(-g) with g = pi u^2, cos(2 pi f u) and sin(2 pi f u). The rows of the
-// first octave keep theirs for its samples
-// i = 0..k0 (k0 the grid's centre; the samples above are mirrored). Row
-// r0 + k v, k >= 1, has the scale 2^k s(r0) wherever the powers give that
-// to the bit, and then on a mirrored grid its sample i has the u of row
-// r0's sample k0 + 2^k (i - k0): where that u is the same to the bit (it is
-// recomputed and compared for every sample), the sample takes the values
-// the library gave for it instead of calling exp, cos and sin again. Every
-// sample is still the formula's value with the library's exp, cos and sin.
+// first octave keep theirs for the samples i = 0..k0 (k0 the grid's centre;
+// the samples above are mirrored). Row r0 + k v, k >= 1, has the scale
+// 2^k s(r0) wherever the powers give that to the bit, and then on a
+// mirrored grid its sample i has the u of row r0's sample k0 + 2^k (i - k0):
+// where that u is the same to the bit (it is recomputed and compared for
+// every sample), the sample takes the values the library gave for it
+// instead of calling exp, cos and sin again. Every sample is still the
+// formula's value with the library's exp, cos and sin.
 struct SampleReuse {
   // Row r0's values, read where `read` (index ip from `from` to k0).
   bool read = false;
