@@ -96,36 +96,39 @@ inline bool Mirrored(int i, int k0, double a, double c0, double dx) {
 }
 
 // The transcendental values of a Gabor sample depend on its u alone:
-// exp(-g) with g = pi u^2, cos(2 pi f u) and sin(2 pi f u). The rows of the
-// first octave keep theirs for the samples i = 0..k0 (k0 the grid's centre;
-// the samples above are mirrored). Row r0 + k v, k >= 1, has the scale
-// 2^k s(r0) wherever the powers give that to the bit, and then on a
-// mirrored grid its sample i has the u of row r0's sample k0 + 2^k (i - k0):
-// where that u is the same to the bit (it is recomputed and compared for
-// every sample), the sample takes the values the library gave for it
-// instead of calling exp, cos and sin again. Every sample is still the
-// formula's value with the library's exp, cos and sin.
+// exp(-g) with g = pi u^2, cos(2 pi f u) and sin(2 pi f u). Every row keeps
+// its values for the samples i = 0..k0 (k0 the grid's centre; the samples
+// above are mirrored) for the row an octave above. Row r + v has the scale
+// 2 s(r) wherever the powers give that to the bit, and then on a mirrored
+// grid its sample i has the u of row r's sample 2 i - k0: where that u is
+// the same to the bit (it is recomputed and compared for every sample), the
+// sample takes the values the library gave for it instead of calling exp,
+// cos and sin again. Every sample is still the formula's value with the
+// library's exp, cos and sin. (Samples of the second octave far from the
+// centre have a u beyond the first octave's grid and are computed; from the
+// third octave on, every sample within reach has its u an octave below.)
 struct SampleReuse {
-  // Row r0's values, read where `read` (index ip from `from` to k0).
+  // The values of the row an octave below, read where `read` (index 2 i - k0
+  // from `from` to k0).
   bool read = false;
   const double* exps = nullptr;
   const double* coss = nullptr;
   const double* sins = nullptr;
   int from = 0;
-  long long factor = 0;  // 2^k
-  double scale = 0.0;    // s(r0)
-  // This row's own, kept where `write` (index i from its first computed
-  // sample to k0), its first index into *wroteFrom.
+  double scale = 0.0;  // its scale
+  // This row's own, kept where `write` (index i from its first sample
+  // within reach to k0, in the same place), its first index into
+  // *wroteFrom.
   bool write = false;
   double* keepExp = nullptr;
   double* keepCos = nullptr;
   double* keepSin = nullptr;
   int* wroteFrom = nullptr;
-  // The index of row r0's sample for sample i, or -1 if row r0 kept none.
+  // The index of the lower row's sample for sample i, or -1 if it kept none.
   int Source(int i, int k0) const {
     if (!read || i > k0) return -1;
-    const long long ip = k0 + factor * (i - k0);
-    return ip >= from && ip <= k0 ? static_cast<int>(ip) : -1;
+    const int ip = 2 * i - k0;
+    return ip >= from ? ip : -1;
   }
 };
 
@@ -201,20 +204,20 @@ void GaborValuesDividing(int n, double* cosine, double* sine, double a, double c
     for (int i = tails.above + 1; i <= n; ++i) sine[i] = Mirrored(i, k0, a, c0, dx) ? -0.0 : 0.0;
   }
   if (reuse.write) *reuse.wroteFrom = tails.below;
-  for (int i = tails.below; i <= tails.above; ++i) {
+  const auto sample = [&](int i) {
     const double offset = OffsetOf(i, a, c0, dx);
     const int j = MirrorOf(i, k0);
     if (j >= 0 && OffsetOf(j, a, c0, dx) == -offset) {
       if constexpr (kCosine) cosine[i] = cosine[j];
       if constexpr (kSine) sine[i] = -sine[j];
-      continue;
+      return;
     }
     const double u = over(offset * s);
     const double g = kPi * (u * u);
     if (g > kExpUnderflow) {
       if constexpr (kCosine) cosine[i] = 0.0;
       if constexpr (kSine) sine[i] = 0.0;
-      continue;
+      return;
     }
     const int source = reuse.Source(i, k0);
     double e, cosValue = 0.0, sinValue = 0.0;
@@ -227,16 +230,23 @@ void GaborValuesDividing(int n, double* cosine, double* sine, double a, double c
       const double angle = turn * u;
       if constexpr (kCosine) cosValue = std::cos(angle);
       if constexpr (kSine) sinValue = std::sin(angle);
-      if (reuse.write && i <= k0) {
-        reuse.keepExp[i] = e;
-        if constexpr (kCosine) reuse.keepCos[i] = cosValue;
-        if constexpr (kSine) reuse.keepSin[i] = sinValue;
-      }
+    }
+    if (reuse.write && i <= k0) {
+      reuse.keepExp[i] = e;
+      if constexpr (kCosine) reuse.keepCos[i] = cosValue;
+      if constexpr (kSine) reuse.keepSin[i] = sinValue;
     }
     const double envelope = e * q;
     if constexpr (kCosine) cosine[i] = over(envelope * cosValue);
     if constexpr (kSine) sine[i] = over(envelope * sinValue);
-  }
+  };
+  // The samples up to the centre downwards, then those above it (mirrors
+  // of samples already made, or computed): a row that keeps its values in
+  // the place it reads them from, at index 2 i - k0 <= i, reads each before
+  // it is overwritten.
+  const int centre = std::clamp(k0, tails.below - 1, tails.above);
+  for (int i = centre; i >= tails.below; --i) sample(i);
+  for (int i = centre + 1; i <= tails.above; ++i) sample(i);
 }
 
 template <bool kCosine, bool kSine>
@@ -404,16 +414,13 @@ namespace {
 // elements rounded up to whole cache lines, and three lines more.
 std::size_t ArrayStride(int n) { return (Index(n) + 5 + 7) / 8 * 8 + 24; }
 
-// The most values of each kind the first octave's rows keep (16 MiB each);
+// The most values of each kind the rows of an octave keep (16 MiB each);
 // past it, and on a grid without a centre sample, every row computes its
 // own.
 constexpr std::size_t kOctaveSamplesMost = std::size_t{1} << 21;
-// The highest octave that reads the first one's values (its rows' samples
-// are 2^k apart there).
-constexpr int kOctaveReachMost = 20;
 
-// Room for the first octave's values, or false when there is none to be
-// had (the rows then compute their own).
+// Room for an octave's values, or false when there is none to be had (the
+// rows then compute their own).
 bool PrepareOctaveSamples(ScalogramWork& work, int voices, int k0, bool cosine, bool sine) {
   if (k0 < 0) return false;
   const std::size_t count = static_cast<std::size_t>(voices) * (Index(k0) + 1);
@@ -429,36 +436,36 @@ bool PrepareOctaveSamples(ScalogramWork& work, int voices, int k0, bool cosine, 
   return true;
 }
 
-// Row r's part in the first octave's values (see SampleReuse): rows 1..v
-// keep theirs, and row r0 + k v reads row r0's when its scale is 2^k s(r0)
-// to the bit.
+// Row r's part in the kept values (see SampleReuse): every row keeps its
+// own in the place of its voice, where the row an octave below kept its
+// values, and reads those first when its scale is twice that row's to the
+// bit.
 SampleReuse ReuseFor(ScalogramWork& work, bool prepared, int voices, int k0, int r) {
   SampleReuse reuse;
   if (!prepared) return reuse;
-  const int r0 = (r - 1) % voices + 1, k = (r - 1) / voices;
-  const std::size_t at = Index(r0 - 1) * (Index(k0) + 1);
+  const std::size_t voice = Index((r - 1) % voices);
+  const std::size_t at = voice * (Index(k0) + 1);
   const auto part = [&](std::vector<double>& values) { return values.empty() ? nullptr : values.data() + at; };
-  if (k == 0) {
-    reuse.write = true;
-    reuse.keepExp = part(work.octaveExp);
-    reuse.keepCos = part(work.octaveCos);
-    reuse.keepSin = part(work.octaveSin);
-    reuse.wroteFrom = &work.octaveFrom[Index(r0 - 1)];
-    return reuse;
+  reuse.write = true;
+  reuse.keepExp = part(work.octaveExp);
+  reuse.keepCos = part(work.octaveCos);
+  reuse.keepSin = part(work.octaveSin);
+  reuse.wroteFrom = &work.octaveFrom[voice];
+  if (r > voices) {
+    const double below = ScaleOfRow(r - voices, voices);
+    if (ScaleOfRow(r, voices) == 2 * below) {
+      reuse.read = true;
+      reuse.exps = reuse.keepExp;
+      reuse.coss = reuse.keepCos;
+      reuse.sins = reuse.keepSin;
+      reuse.from = work.octaveFrom[voice];
+      reuse.scale = below;
+    }
   }
-  const double base = ScaleOfRow(r0, voices);
-  if (k > kOctaveReachMost || ScaleOfRow(r, voices) != std::ldexp(base, k)) return reuse;
-  reuse.read = true;
-  reuse.exps = part(work.octaveExp);
-  reuse.coss = part(work.octaveCos);
-  reuse.sins = part(work.octaveSin);
-  reuse.from = work.octaveFrom[Index(r0 - 1)];
-  reuse.factor = 1LL << k;
-  reuse.scale = base;
   return reuse;
 }
 
-// The samples of row r of a real wavelet, with the first octave's values.
+// The samples of row r of a real wavelet, with the octave below's values.
 void RealRowValues(int n, double* out, const ScalogramSetup& setup, double dx, int r, const SampleReuse& reuse) {
   const double c0 = CentreOf(setup.a, setup.b);
   const double s = ScaleOfRow(r, setup.voices);
