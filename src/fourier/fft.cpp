@@ -1841,16 +1841,21 @@ inline __attribute__((always_inline)) void PostPairOutputs(const double* y, int 
   }
 }
 
-// The outputs of PostPairOutputs into their places.
-template <typename V>
+// The outputs of PostPairOutputs into their places; with kLowerHalf only
+// those at indices up to N/2.
+template <typename V, bool kLowerHalf = false>
 inline __attribute__((always_inline)) void StorePostPair(double* x, double* y, int n, int i, const V* out) {
   const int b = n / 2 - i;
-  StoreBackwards(x + n - i, out[0]);
-  StoreBackwards(y + n - i, out[1]);
+  if constexpr (!kLowerHalf) {
+    StoreBackwards(x + n - i, out[0]);
+    StoreBackwards(y + n - i, out[1]);
+  }
   Store(x + i, out[0]);
   Store(y + i, -out[1]);
-  Store(x + n - b, out[2]);
-  Store(y + n - b, out[3]);
+  if constexpr (!kLowerHalf) {
+    Store(x + n - b, out[2]);
+    Store(y + n - b, out[3]);
+  }
   StoreBackwards(x + b, out[2]);
   StoreBackwards(y + b, -out[3]);
 }
@@ -1865,7 +1870,7 @@ inline __attribute__((always_inline)) void StorePostPair(double* x, double* y, i
 // live at once (sixteen registers hold them without spilling). Only where
 // the lanes reach k = q / 2, whose pairs are the same two elements, are
 // both pairs read before either is written.
-template <typename V, typename A = PlainAdds>
+template <typename V, typename A = PlainAdds, bool kLowerHalf = false>
 inline __attribute__((always_inline)) void PostQuad(double* x, double* y, const double* s, const double* t, int n,
                                                     int k, bool reachesMiddle) {
   const int q = n / 4;
@@ -1876,15 +1881,15 @@ inline __attribute__((always_inline)) void PostQuad(double* x, double* y, const 
   LoadBackwards(tm, t + q - k);
   V plain[4], mirrored[4];
   PostPairOutputs<V, false, A>(y, n, k, sk, tk, sm, tm, plain);
-  if (!reachesMiddle) StorePostPair(x, y, n, k, plain);
+  if (!reachesMiddle) StorePostPair<V, kLowerHalf>(x, y, n, k, plain);
   PostPairOutputs<V, true, A>(y, n, q + k, sk, tk, sm, tm, mirrored);
-  if (reachesMiddle) StorePostPair(x, y, n, k, plain);
-  StorePostPair(x, y, n, q + k, mirrored);
+  if (reachesMiddle) StorePostPair<V, kLowerHalf>(x, y, n, k, plain);
+  StorePostPair<V, kLowerHalf>(x, y, n, q + k, mirrored);
 }
 
 // The same steps with all eight elements read before any output is written,
 // which suits the thirty-two registers of AVX-512 better.
-template <typename V>
+template <typename V, bool kLowerHalf = false>
 inline __attribute__((always_inline)) void PostQuadJoint(double* x, double* y, const double* s, const double* t,
                                                          int n, int k) {
   const int h = n / 2, q = n / 4;
@@ -1911,28 +1916,33 @@ inline __attribute__((always_inline)) void PostQuadJoint(double* x, double* y, c
   PostOutputMirrored(xp, yp, xm, ym, sk, tk, upX, upY);
   PostOutput(xm, ym, xp, yp, sm, tm, umX, umY);
   PostOutputMirrored(xh, yh, xk, yk, sm, tm, uhX, uhY);
-  // Output j goes to n - j as it is and to j conjugated.
-  StoreBackwards(x + n - k, ukX);
-  StoreBackwards(y + n - k, ukY);
+  // Output j goes to n - j as it is (unless kLowerHalf) and to j
+  // conjugated.
+  if constexpr (!kLowerHalf) {
+    StoreBackwards(x + n - k, ukX);
+    StoreBackwards(y + n - k, ukY);
+    StoreBackwards(x + n - q - k, upX);
+    StoreBackwards(y + n - q - k, upY);
+    Store(x + n - q + k, umX);
+    Store(y + n - q + k, umY);
+    Store(x + h + k, uhX);
+    Store(y + h + k, uhY);
+  }
   Store(x + k, ukX);
   Store(y + k, -ukY);
-  StoreBackwards(x + n - q - k, upX);
-  StoreBackwards(y + n - q - k, upY);
   Store(x + q + k, upX);
   Store(y + q + k, -upY);
-  Store(x + n - q + k, umX);
-  Store(y + n - q + k, umY);
   StoreBackwards(x + q - k, umX);
   StoreBackwards(y + q - k, -umY);
-  Store(x + h + k, uhX);
-  Store(y + h + k, uhY);
   StoreBackwards(x + h - k, uhX);
   StoreBackwards(y + h - k, -uhY);
 }
 
 // The post-processing of the fused real transform, from the half-length
-// transform in y (real parts) and y + N/2 (imaginary parts) into x and y.
-template <bool kBothPairsFirst, typename A = PlainAdds>
+// transform in y (real parts) and y + N/2 (imaginary parts) into x and y;
+// with kLowerHalf only the outputs at indices up to N/2, the entries above
+// being left as they are.
+template <bool kBothPairsFirst, typename A = PlainAdds, bool kLowerHalf = false>
 inline __attribute__((always_inline)) void PostProcessFused(int n, double* x, double* y, const double* s,
                                                              const double* t) {
   const int h = n / 2, q = n / 4;
@@ -1941,14 +1951,16 @@ inline __attribute__((always_inline)) void PostProcessFused(int n, double* x, do
   // k = q / 2 is its own partner: both steps give the same outputs, written
   // twice to the same places by the last vector (q / 2 is a multiple of 4).
   if constexpr (kBothPairsFirst) {
-    for (; k + 3 <= q / 2; k += 4) PostQuadJoint<Quad>(x, y, s, t, n, k);
-    for (; k <= q / 2; ++k) PostQuadJoint<double>(x, y, s, t, n, k);
+    for (; k + 3 <= q / 2; k += 4) PostQuadJoint<Quad, kLowerHalf>(x, y, s, t, n, k);
+    for (; k <= q / 2; ++k) PostQuadJoint<double, kLowerHalf>(x, y, s, t, n, k);
   } else {
-    for (; k + 3 <= q / 2; k += 4) PostQuad<Quad, A>(x, y, s, t, n, k, k + 3 == q / 2);
-    for (; k <= q / 2; ++k) PostQuad<double>(x, y, s, t, n, k, k == q / 2);
+    for (; k + 3 <= q / 2; k += 4) PostQuad<Quad, A, kLowerHalf>(x, y, s, t, n, k, k + 3 == q / 2);
+    for (; k <= q / 2; ++k) PostQuad<double, PlainAdds, kLowerHalf>(x, y, s, t, n, k, k == q / 2);
   }
-  x[n - q] = xq;
-  y[n - q] = -yq;
+  if constexpr (!kLowerHalf) {
+    x[n - q] = xq;
+    y[n - q] = -yq;
+  }
   x[q] = xq;
   y[q] = yq;
   x[h] = x0 - y0;
@@ -2043,7 +2055,7 @@ inline __attribute__((always_inline)) void FusedTiles(int h, const double* x, do
 // kSmall is N/2's exponent for the sizes with a path of their own (5: the
 // whole half-length transform in registers; 6: after the tiles, the one
 // block of 64 in registers), 0 for the rest.
-template <int kSmall>
+template <int kSmall, bool kLowerHalf = false>
 inline __attribute__((always_inline)) void RealTransformFusedBody(int n, double* x, double* y, const double* s,
                                                                   const double* t, int mHalf) {
   if constexpr (kSmall != 0) mHalf = kSmall;
@@ -2056,14 +2068,14 @@ inline __attribute__((always_inline)) void RealTransformFusedBody(int n, double*
     else if (h >= kManyPairsFrom) FFTCoreWith(y, y + h, s, t, h, 2, true, ManyColumnWideStages{});
     else FFTCoreWith(y, y + h, s, t, h, 2, true, ColumnWideStages{});
   }
-  PostProcessFused<true>(n, x, y, s, t);
+  PostProcessFused<true, PlainAdds, kLowerHalf>(n, x, y, s, t);
 }
 
-template <int kSmall>
+template <int kSmall, bool kLowerHalf = false>
 __attribute__((target("avx512f,avx512vl"))) void RealTransformFusedMany(int n, double* x, double* y,
                                                                          const double* s, const double* t,
                                                                          int mHalf) {
-  RealTransformFusedBody<kSmall>(n, x, y, s, t, mHalf);
+  RealTransformFusedBody<kSmall, kLowerHalf>(n, x, y, s, t, mHalf);
 }
 
 // The largest N/2 exponent whose tiles go out as 128-bit halves on processors
@@ -2131,6 +2143,11 @@ __attribute__((target("avx"), noinline)) void PostProcessWide(int n, double* x, 
   PostProcessFused<false>(n, x, y, s, t);
 }
 
+__attribute__((target("avx"), noinline)) void PostProcessLowerWide(int n, double* x, double* y, const double* s,
+                                                                   const double* t) {
+  PostProcessFused<false, PlainAdds, true>(n, x, y, s, t);
+}
+
 // The same passes for processors with AVX2 and FMA, part of their sums on
 // the multiply-add units (FusedAdds), with the same bits. They are kept in
 // a section of their own, apart from the other kernels, whose timing moves
@@ -2157,6 +2174,10 @@ KELDO_FMA_KERNEL void PostProcessFma(int n, double* x, double* y, const double* 
   PostProcessFused<false, FusedAdds>(n, x, y, s, t);
 }
 
+KELDO_FMA_KERNEL void PostProcessLowerFma(int n, double* x, double* y, const double* s, const double* t) {
+  PostProcessFused<false, FusedAdds, true>(n, x, y, s, t);
+}
+
 // The bit reversal in place with the first three stages (BitReverseTiles),
 // and the paired stages on arrays of their own, for the inverse transform.
 KELDO_FMA_KERNEL void BitReverseTilesFma(double* x, double* y, int m, double s1, double t1) {
@@ -2174,7 +2195,8 @@ bool HasFma() {
   return fma;
 }
 
-void RealTransformFused(int n, double* x, double* y, const double* s, const double* t, int mHalf) {
+void RealTransformFused(int n, double* x, double* y, const double* s, const double* t, int mHalf,
+                        bool lowerHalf = false) {
   const bool fma = HasFma();
   const int h = n / 2;
   if (fma) {
@@ -2184,7 +2206,8 @@ void RealTransformFused(int n, double* x, double* y, const double* s, const doub
       FusedTilesFma(h, x, y, s, t, mHalf);
       FusedStagesFma(h, y, s, t);
     }
-    PostProcessFma(n, x, y, s, t);
+    if (lowerHalf) PostProcessLowerFma(n, x, y, s, t);
+    else PostProcessFma(n, x, y, s, t);
     return;
   }
   if (mHalf == 5) {
@@ -2193,7 +2216,8 @@ void RealTransformFused(int n, double* x, double* y, const double* s, const doub
     FusedTilesWide(h, x, y, s, t, mHalf);
     FusedStagesWide(h, y, y + h, s, t);
   }
-  PostProcessWide(n, x, y, s, t);
+  if (lowerHalf) PostProcessLowerWide(n, x, y, s, t);
+  else PostProcessWide(n, x, y, s, t);
 }
 
 void RealTransform(int n, double* x, double* y, const double* s, const double* t, int mHalf) {
@@ -2412,6 +2436,14 @@ void ComplexFFTBatch(float* x, float* y, const float* s, const float* t, int n) 
 }
 void RealFFT(int n, double* x, double* y, const double* s, const double* t, int mHalf) {
   RealTransform(n, x, y, s, t, mHalf);
+}
+void RealFFTLowerHalf(int n, double* x, double* y, const double* s, const double* t, int mHalf) {
+  // The fused paths of the large transforms leave out the upper half; the
+  // others write it as well.
+  static const bool wide = __builtin_cpu_supports("avx");
+  if (!wide || mHalf < 7) RealTransform(n, x, y, s, t, mHalf);
+  else if (ManyRegisters()) RealTransformFusedMany<0, true>(n, x, y, s, t, mHalf);
+  else RealTransformFused(n, x, y, s, t, mHalf, true);
 }
 void RealFFT(int n, float* x, float* y, const float* s, const float* t, int mHalf) {
   RealTransform(n, x, y, s, t, mHalf);

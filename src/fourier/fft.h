@@ -65,6 +65,11 @@ void ComplexFFTBatch(float* x, float* y, const float* sineTable, const float* ta
 // Y[0] = Y[N/2] = 0 on output.
 void RealFFT(int n, double* x, double* y, const double* sineTable, const double* tanTable, int mHalf);
 void RealFFT(int n, float* x, float* y, const float* sineTable, const float* tanTable, int mHalf);
+// RealFFT's X[0..N/2] and Y[0..N/2], to the bit, for callers that read no
+// more (a real signal's spectrum above N/2 is the conjugate mirror): the
+// entries above N/2 are left unspecified, which spares the large
+// transforms half the stores of their last pass.
+void RealFFTLowerHalf(int n, double* x, double* y, const double* sineTable, const double* tanTable, int mHalf);
 
 // Real signal from a half spectrum X, Y[0..N/2]; mOffset = M - 6. Y is
 // destroyed. Of RealFFT's output it gives N times the signal.

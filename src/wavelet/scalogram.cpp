@@ -283,7 +283,7 @@ void InvertInto(int n, ScalogramWork& work, double* wr, double* wi, double endVa
 // signal's and dx; the row's end entry, column n, from the end sample.
 double RowProduct(int n, double s, double dx, ScalogramWork& work, double* wr, double* wi, double* sum) {
   const double endSample = wr[n];
-  fourier::RealFFT(n, wr, wi, work.tables.sine.data(), work.tables.tan.data(), ExponentOf(n) - 1);
+  fourier::RealFFTLowerHalf(n, wr, wi, work.tables.sine.data(), work.tables.tan.data(), ExponentOf(n) - 1);
   MultiplyRow(n, work.x.data(), work.y.data(), wr, wi, sum, s, dx);
   // At k = n: X[n] = sig[n], Y[n] = 0, and the wavelet's own end entries.
   return work.x[Index(n)] * endSample * dx;
@@ -501,7 +501,8 @@ ScalogramWork::ScalogramWork(const double* sig, int size) : ScalogramWork(size) 
 
 void ScalogramWork::SetSignal(const double* sig) {
   std::copy(sig, sig + n + 1, x.begin());
-  fourier::RealFFT(n, x.data(), y.data(), tables.sine.data(), tables.tan.data(), tables.m - 1);
+  // Only the lower half of the spectrum is read.
+  fourier::RealFFTLowerHalf(n, x.data(), y.data(), tables.sine.data(), tables.tan.data(), tables.m - 1);
   // The transform reads sig[0..n-1]; the end entries are the sample and 0.
   x[Index(n)] = sig[n];
   y[Index(n)] = 0.0;

@@ -525,6 +525,27 @@ void ExpectSameBits(const double* got, const double* want, int n, const char* wh
         << what << " n " << n << " i " << i;
 }
 
+// The lower half of the spectrum alone is RealFFT's, bit for bit, at every
+// size, on a random signal, on integers with zeros of both signs and on
+// negative zeros.
+TEST(Kernels, LowerHalfIsTheRealTransformsToTheBit) {
+  for (int m = 3; m <= 16; ++m) {
+    const int n = 1 << m;
+    TrigTables t(n);
+    auto integers = RandomSignal(n, 25);
+    for (double& v : integers) v = std::signbit(v) && std::fabs(v) < 0.5 ? -0.0 : std::round(2 * v);
+    const std::vector<double> negativeZeros(integers.size(), -0.0);
+    for (const auto& signal : {RandomSignal(n, 24), integers, negativeZeros}) {
+      auto x = signal, y = RandomSignal(n, 26);
+      auto hx = signal, hy = RandomSignal(n, 27);
+      RealFFT(n, x.data(), y.data(), t.sine.data(), t.tan.data(), m - 1);
+      RealFFTLowerHalf(n, hx.data(), hy.data(), t.sine.data(), t.tan.data(), m - 1);
+      ExpectSameBits(hx.data(), x.data(), n / 2 + 1, "real parts");
+      ExpectSameBits(hy.data(), y.data(), n / 2 + 1, "imaginary parts");
+    }
+  }
+}
+
 // The inverse, alone, with its halves exchanged into another array, and two
 // at once, against its steps, bit for bit: on a spectrum, on a half spectrum
 // of small integers with zeros of both signs, and on one of negative zeros.
