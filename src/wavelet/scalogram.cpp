@@ -89,12 +89,6 @@ Tails TailsBeyond(int n, double a, double c0, double dx, double reach) {
   return tails;
 }
 
-// Whether sample i takes its mirror's value (see MirrorIndex).
-inline bool Mirrored(int i, int k0, double a, double c0, double dx) {
-  const int j = MirrorOf(i, k0);
-  return j >= 0 && OffsetOf(j, a, c0, dx) == -OffsetOf(i, a, c0, dx);
-}
-
 // The transcendental values of a Gabor sample depend on its u alone:
 // exp(-g) with g = pi u^2, cos(2 pi f u) and sin(2 pi f u). Every row keeps
 // its values for the samples i = 0..k0 (k0 the grid's centre; the samples
@@ -201,7 +195,13 @@ void GaborValuesDividing(int n, double* cosine, double* sine, double a, double c
   }
   if constexpr (kSine) {
     std::fill(sine, sine + tails.below, 0.0);
-    for (int i = tails.above + 1; i <= n; ++i) sine[i] = Mirrored(i, k0, a, c0, dx) ? -0.0 : 0.0;
+    // Samples above the reach up to 2 k0 have their partner at 2 k0 - i,
+    // mirrored where its offset is the exact opposite (a test without
+    // branches).
+    const int last = k0 >= 0 ? std::max(tails.above, std::min(n, 2 * k0)) : tails.above;
+    for (int i = tails.above + 1; i <= last; ++i)
+      sine[i] = OffsetOf(2 * k0 - i, a, c0, dx) == -OffsetOf(i, a, c0, dx) ? -0.0 : 0.0;
+    std::fill(sine + last + 1, sine + n + 1, 0.0);
   }
   if (reuse.write) *reuse.wroteFrom = tails.below;
   const auto sample = [&](int i) {
@@ -246,7 +246,23 @@ void GaborValuesDividing(int n, double* cosine, double* sine, double a, double c
   // it is overwritten.
   const int centre = std::clamp(k0, tails.below - 1, tails.above);
   for (int i = centre; i >= tails.below; --i) sample(i);
-  for (int i = centre + 1; i <= tails.above; ++i) sample(i);
+  int i = centre + 1;
+  if (centre == k0) {
+    // Above the centre up to 2 k0 every sample has its partner below; where
+    // every one of them mirrors to the bit (a test without branches), they
+    // are copied in a plain loop.
+    const int last = std::min(tails.above, 2 * k0);
+    bool mirrored = true;
+    for (int m = i; m <= last; ++m) mirrored &= OffsetOf(2 * k0 - m, a, c0, dx) == -OffsetOf(m, a, c0, dx);
+    if (mirrored) {
+      for (int m = i; m <= last; ++m) {
+        if constexpr (kCosine) cosine[m] = cosine[2 * k0 - m];
+        if constexpr (kSine) sine[m] = -sine[2 * k0 - m];
+      }
+      i = last + 1;
+    }
+  }
+  for (; i <= tails.above; ++i) sample(i);
 }
 
 template <bool kCosine, bool kSine>
