@@ -272,6 +272,21 @@ void GaborValues(int n, double* cosine, double* sine, double a, double c0, doubl
   else GaborValuesDividing<kCosine, kSine, false>(n, cosine, sine, a, c0, dx, f, s, q, w, reuse);
 }
 
+// The samples of a real wavelet's row of scale s, the Gabor parts with the
+// values kept an octave below where `reuse` says so.
+void SampleRow(int n, double* out, double a, double b, double dx, double f, double s, ScalWavelet type, double w,
+               const SampleReuse& reuse) {
+  const double c0 = CentreOf(a, b);
+  const double q = std::sqrt(s);
+  switch (type) {
+    case ScalWavelet::MexicanHat: MexicanHatValues(n, out, a, c0, dx, s, q, w); break;
+    case ScalWavelet::Haar: HaarValues(n, out, a, c0, dx, s, q, w); break;
+    case ScalWavelet::GaborSine: GaborValues<false, true>(n, nullptr, out, a, c0, dx, f, s, q, w, reuse); break;
+    case ScalWavelet::GaborCosine:
+    case ScalWavelet::GaborComplex: GaborValues<true, false>(n, out, nullptr, a, c0, dx, f, s, q, w, reuse); break;
+  }
+}
+
 // One row's wavelet spectrum against the signal's, for k = 0..n/2 (the
 // inverse reads no more): S[k] += s (Wr^2 + Wi^2), then W = Z W dx.
 void MultiplyRow(int n, const double* x, const double* y, double* wr, double* wi, double* sum, double s,
@@ -391,16 +406,7 @@ double ScaleOfRow(int r, int voices) { return std::pow(2.0, static_cast<double>(
 
 void RealWaveletValues(int n, double* out, double a, double b, double dx, double f, int r, int v, ScalWavelet type,
                        double w) {
-  const double c0 = CentreOf(a, b);
-  const double s = ScaleOfRow(r, v);
-  const double q = std::sqrt(s);
-  switch (type) {
-    case ScalWavelet::MexicanHat: MexicanHatValues(n, out, a, c0, dx, s, q, w); break;
-    case ScalWavelet::Haar: HaarValues(n, out, a, c0, dx, s, q, w); break;
-    case ScalWavelet::GaborSine: GaborValues<false, true>(n, nullptr, out, a, c0, dx, f, s, q, w); break;
-    case ScalWavelet::GaborCosine:
-    case ScalWavelet::GaborComplex: GaborValues<true, false>(n, out, nullptr, a, c0, dx, f, s, q, w); break;
-  }
+  SampleRow(n, out, a, b, dx, f, ScaleOfRow(r, v), type, w, {});
 }
 
 void ComplexWaveletValues(int n, double* out, double a, double b, double dx, double f, int r, int v, double w,
@@ -481,24 +487,6 @@ SampleReuse ReuseFor(ScalogramWork& work, bool prepared, int voices, int k0, int
   return reuse;
 }
 
-// The samples of row r of a real wavelet, with the octave below's values.
-void RealRowValues(int n, double* out, const ScalogramSetup& setup, double dx, int r, const SampleReuse& reuse) {
-  const double c0 = CentreOf(setup.a, setup.b);
-  const double s = ScaleOfRow(r, setup.voices);
-  const double q = std::sqrt(s);
-  switch (setup.wavelet) {
-    case ScalWavelet::MexicanHat: MexicanHatValues(n, out, setup.a, c0, dx, s, q, setup.width); break;
-    case ScalWavelet::Haar: HaarValues(n, out, setup.a, c0, dx, s, q, setup.width); break;
-    case ScalWavelet::GaborSine:
-      GaborValues<false, true>(n, nullptr, out, setup.a, c0, dx, setup.freq, s, q, setup.width, reuse);
-      break;
-    case ScalWavelet::GaborCosine:
-    case ScalWavelet::GaborComplex:
-      GaborValues<true, false>(n, out, nullptr, setup.a, c0, dx, setup.freq, s, q, setup.width, reuse);
-      break;
-  }
-}
-
 }  // namespace
 
 ScalogramWork::ScalogramWork(int size)
@@ -536,7 +524,8 @@ ScalogramStatus CreateTheRealScalogram(const ScalogramSetup& setup, ScalogramWor
   const bool prepared = (cosines || sines) && PrepareOctaveSamples(work, setup.voices, k0, cosines, sines);
   for (int r = 1; r <= result.shape.nscales; ++r) {
     const double s = ScaleOfRow(r, setup.voices);
-    RealRowValues(n, work.wr.data(), setup, dx, r, ReuseFor(work, prepared, setup.voices, k0, r));
+    SampleRow(n, work.wr.data(), setup.a, setup.b, dx, setup.freq, s, setup.wavelet, setup.width,
+              ReuseFor(work, prepared, setup.voices, k0, r));
     WaveletRow(n, s, dx, work, work.wr.data(), work.wi.data(), work.sum.data(), result.RealRow(r).data());
     if (AskToStop(r, onRow)) return ScalogramStatus::Stopped;
   }

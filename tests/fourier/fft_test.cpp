@@ -54,6 +54,14 @@ std::vector<double> RandomSignal(int n, unsigned seed) {
   return v;
 }
 
+// A random signal rounded to small integers, its small negative values to
+// -0: sums over it meet exact zeros of both signs.
+std::vector<double> SmallIntegers(int n, unsigned seed) {
+  auto v = RandomSignal(n, seed);
+  for (double& x : v) x = std::signbit(x) && std::fabs(x) < 0.5 ? -0.0 : std::round(2 * x);
+  return v;
+}
+
 // Largest difference over the largest reference value.
 double RelativeError(const std::vector<long double>& reference, const double* ours, int from, int to) {
   long double worst = 0, scale = 0;
@@ -448,8 +456,7 @@ TEST(Kernels, RealTransformIsBitForBitTheStepOrder) {
     // sums meet exact zeros on the way, and one of negative zeros, whose
     // sums keep zeros of both signs in every stage: there a trivial twiddle
     // taken as a rotation by 0 would turn some -0 into +0.
-    auto integers = RandomSignal(n, 23);
-    for (double& v : integers) v = std::signbit(v) && std::fabs(v) < 0.5 ? -0.0 : std::round(2 * v);
+    const auto integers = SmallIntegers(n, 23);
     const std::vector<double> negativeZeros(integers.size(), -0.0);
     for (const auto& signal : {RandomSignal(n, 21), integers, negativeZeros}) {
       auto x = signal, y = RandomSignal(n, 22);
@@ -532,8 +539,7 @@ TEST(Kernels, LowerHalfIsTheRealTransformsToTheBit) {
   for (int m = 3; m <= 16; ++m) {
     const int n = 1 << m;
     TrigTables t(n);
-    auto integers = RandomSignal(n, 25);
-    for (double& v : integers) v = std::signbit(v) && std::fabs(v) < 0.5 ? -0.0 : std::round(2 * v);
+    const auto integers = SmallIntegers(n, 25);
     const std::vector<double> negativeZeros(integers.size(), -0.0);
     for (const auto& signal : {RandomSignal(n, 24), integers, negativeZeros}) {
       auto x = signal, y = RandomSignal(n, 26);
@@ -555,9 +561,7 @@ TEST(Kernels, RealInverseIsBitForBitTheStepOrder) {
     TrigTables t(n);
     auto spectrumX = RandomSignal(n, 31), spectrumY = RandomSignal(n, 32);
     RealFFT(n, spectrumX.data(), spectrumY.data(), t.sine.data(), t.tan.data(), m - 1);
-    auto integersX = RandomSignal(n, 33), integersY = RandomSignal(n, 34);
-    for (auto* part : {&integersX, &integersY})
-      for (double& v : *part) v = std::signbit(v) && std::fabs(v) < 0.5 ? -0.0 : std::round(2 * v);
+    const auto integersX = SmallIntegers(n, 33), integersY = SmallIntegers(n, 34);
     const std::vector<double> negativeZeros(spectrumX.size(), -0.0);
     const std::vector<std::pair<std::vector<double>, std::vector<double>>> inputs = {
         {spectrumX, spectrumY}, {integersX, integersY}, {negativeZeros, negativeZeros}};
