@@ -2401,6 +2401,97 @@ void InverseFinish(int n, double* x, double* y, double x0, double xh, double f, 
   else InverseFinishBody<false>(n, x, y, x0, xh, f, low, high);
 }
 
+// With the outputs apart from x and y, the passes after the transform go as
+// one: per k = 1..N/4-1 the two running sums over the odd outputs, then
+// the outputs at 2k and 2k + 1 and at their mirrors N - 2k and N - 2k - 1,
+// each from the operands the separate passes would give it. L values of k
+// at a time in the lanes of V; each running sum stays one chain, lane after
+// lane. evenBase = x[N/2] - x[0] and oddBase = -x[N/2] - x[0] of the input.
+template <typename V>
+inline __attribute__((always_inline)) void InverseApartStep(int n, const double* x, const double* y,
+                                                            double evenBase, double oddBase, double& oddY,
+                                                            double& oddX, int k, double* low, double* high) {
+  constexpr int L = sizeof(V) / sizeof(double);
+  const int h = n / 2;
+  V xk, xm, yk, ym;
+  Load(xk, x + k);
+  LoadBackwards(xm, x + h - k);
+  Load(yk, y + k);
+  LoadBackwards(ym, y + h - k);
+  const V ySpan = yk - ym, yPair = ym + yk;
+  V runY, runX;
+  if constexpr (L == 1) {
+    runY = oddY = ySpan + oddY;
+    runX = oddX = yPair + oddX;
+  } else {
+    for (int l = 0; l < L; ++l) {
+      runY[l] = oddY = ySpan[l] + oddY;
+      runX[l] = oddX = yPair[l] + oddX;
+    }
+  }
+  const V sum = xm + xk, difference = xm - xk;
+  const V even = evenBase + sum, odd = oddBase + runY;
+  const V evenLow = even + difference, oddLow = odd + runX;
+  const V evenHigh = even - difference, oddHigh = odd - runX;
+  if constexpr (L == 1) {
+    low[2 * k] = evenLow;
+    low[2 * k + 1] = oddLow;
+    high[h - 2 * k] = evenHigh;
+    high[h - 2 * k - 1] = oddHigh;
+  } else {
+    Store(low + 2 * k, V(__builtin_shufflevector(evenLow, oddLow, 0, 4, 1, 5)));
+    Store(low + 2 * k + 4, V(__builtin_shufflevector(evenLow, oddLow, 2, 6, 3, 7)));
+    Store(high + h - 2 * k - 3, V(__builtin_shufflevector(evenHigh, oddHigh, 5, 1, 4, 0)));
+    Store(high + h - 2 * k - 7, V(__builtin_shufflevector(evenHigh, oddHigh, 7, 3, 6, 2)));
+  }
+}
+
+// P inverses at once: oddY and oddX come in as the running sums' starts.
+template <bool kWide, int P>
+inline __attribute__((always_inline)) void InverseApartBody(int n, double* const* x, double* const* y,
+                                                            const double* evenBase, const double* oddBase,
+                                                            double* oddY, double* oddX, double* const* low,
+                                                            double* const* high) {
+  // Local copies, which no store into the arrays can touch, so that the
+  // sums stay in registers.
+  const double *xs[P], *ys[P];
+  double *lows[P], *highs[P], evens[P], odds[P], runY[P], runX[P];
+  for (int p = 0; p < P; ++p) {
+    xs[p] = x[p];
+    ys[p] = y[p];
+    lows[p] = low[p];
+    highs[p] = high[p];
+    evens[p] = evenBase[p];
+    odds[p] = oddBase[p];
+    runY[p] = oddY[p];
+    runX[p] = oddX[p];
+  }
+  const int q = n / 4;
+  int k = 1;
+  if constexpr (kWide)
+    for (; k + 3 < q; k += 4)
+      for (int p = 0; p < P; ++p)
+        InverseApartStep<Quad>(n, xs[p], ys[p], evens[p], odds[p], runY[p], runX[p], k, lows[p], highs[p]);
+  for (; k < q; ++k)
+    for (int p = 0; p < P; ++p)
+      InverseApartStep<double>(n, xs[p], ys[p], evens[p], odds[p], runY[p], runX[p], k, lows[p], highs[p]);
+}
+
+template <int P>
+__attribute__((target("avx"))) void InverseApartWide(int n, double* const* x, double* const* y,
+                                                     const double* evenBase, const double* oddBase, double* oddY,
+                                                     double* oddX, double* const* low, double* const* high) {
+  InverseApartBody<true, P>(n, x, y, evenBase, oddBase, oddY, oddX, low, high);
+}
+
+template <int P>
+void InverseApart(int n, double* const* x, double* const* y, const double* evenBase, const double* oddBase,
+                  double* oddY, double* oddX, double* const* low, double* const* high) {
+  static const bool wide = __builtin_cpu_supports("avx");
+  if (wide) InverseApartWide<P>(n, x, y, evenBase, oddBase, oddY, oddX, low, high);
+  else InverseApartBody<false, P>(n, x, y, evenBase, oddBase, oddY, oddX, low, high);
+}
+
 // The same in floats, one value of k at a time.
 void RealTransform(int n, float* x, float* y, const float* s, const float* t, int mHalf) {
   const int h = n / 2, q = n / 4;
@@ -2514,6 +2605,28 @@ void InverseInto(int n, int mOffset, const std::array<InverseJob, P>& jobs, cons
   for (int p = 0; p < P; ++p) {
     oddY[p] = 2 * e[p];
     oddX[p] = 2 * f[p];
+  }
+  if (jobs[0].low != jobs[0].x) {
+    double *xs[P], *ys[P], *lows[P], *highs[P], evenBase[P], oddBase[P];
+    for (int p = 0; p < P; ++p) {
+      xs[p] = jobs[p].x;
+      ys[p] = jobs[p].y;
+      lows[p] = jobs[p].low;
+      highs[p] = jobs[p].high;
+      evenBase[p] = xh[p] - x0[p];
+      oddBase[p] = -xh[p] - x0[p];
+    }
+    InverseApart<P>(n, xs, ys, evenBase, oddBase, oddY, oddX, lows, highs);
+    for (int p = 0; p < P; ++p) {
+      const InverseJob& job = jobs[p];
+      // The output at 1 from y[1] = 2 e and x[1] = 2 f.
+      const double v = oddBase[p] + 2 * e[p];
+      job.high[h - 1] = v - 2 * f[p];
+      job.low[1] = v + 2 * f[p];
+      job.low[0] = x0[p] + xh[p] + 2 * plain[p];
+      job.high[0] = x0[p] + xh[p] + 2 * alternating[p];
+    }
+    return;
   }
   for (int k = 1; k < q; ++k)
     for (int p = 0; p < P; ++p) {
