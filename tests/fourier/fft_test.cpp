@@ -575,22 +575,46 @@ TEST(Kernels, RealInverseIsBitForBitTheStepOrder) {
       RealInverseFFT(n, m - 6, x.data(), y.data(), t.sine.data(), t.tan.data());
       ExpectSameBits(x.data(), wantX.data(), n, "in place");
 
-      x = inX;
-      y = inY;
-      std::vector<double> out(static_cast<std::size_t>(n));
-      RealInverseFFTSwapped(n, m - 6, x.data(), y.data(), t.sine.data(), t.tan.data(), out.data());
-      ExpectSameBits(out.data(), swapped.data(), n, "swapped");
+      // Into rows at four offsets of one element apart in a buffer, as the
+      // rows of a matrix of n + 1 columns lie, with a guard on each side
+      // that must stay as it was.
+      constexpr double kGuard = -7.5;
+      const auto rowAt = [&](std::vector<double>& buffer, int shift) {
+        buffer.assign(static_cast<std::size_t>(n) + 8, kGuard);
+        return buffer.data() + 1 + shift;
+      };
+      const auto expectGuards = [&](const std::vector<double>& buffer, int shift, const char* what) {
+        for (std::size_t i = 0; i < buffer.size(); ++i)
+          if (i < static_cast<std::size_t>(1 + shift) || i >= static_cast<std::size_t>(1 + shift + n)) {
+            ASSERT_EQ(buffer[i], kGuard) << what << ", n = " << n << ", shift " << shift << ", at " << i;
+          }
+      };
+      for (int shift = 0; shift < 4; ++shift) {
+        x = inX;
+        y = inY;
+        std::vector<double> out;
+        double* row = rowAt(out, shift);
+        RealInverseFFTSwapped(n, m - 6, x.data(), y.data(), t.sine.data(), t.tan.data(), row);
+        ExpectSameBits(row, swapped.data(), n, "swapped");
+        expectGuards(out, shift, "swapped");
 
-      // The second of the pair on the first spectrum, so that the two differ.
-      auto x1 = inX, y1 = inY, x2 = spectrumX, y2 = spectrumY;
-      auto want2X = spectrumX, want2Y = spectrumY;
-      StepOrderRealInverseFFT(n, want2X.data(), want2Y.data(), t.sine.data(), t.tan.data(), m - 1);
-      SwapHalves(n, want2X.data());
-      std::vector<double> out1(static_cast<std::size_t>(n)), out2(static_cast<std::size_t>(n));
-      RealInverseFFTSwappedPair(n, m - 6, x1.data(), y1.data(), out1.data(), x2.data(), y2.data(), out2.data(),
-                                t.sine.data(), t.tan.data());
-      ExpectSameBits(out1.data(), swapped.data(), n, "first of a pair");
-      ExpectSameBits(out2.data(), want2X.data(), n, "second of a pair");
+        // The second of the pair on the first spectrum, so that the two
+        // differ, its row at another shift.
+        auto x1 = inX, y1 = inY, x2 = spectrumX, y2 = spectrumY;
+        auto want2X = spectrumX, want2Y = spectrumY;
+        StepOrderRealInverseFFT(n, want2X.data(), want2Y.data(), t.sine.data(), t.tan.data(), m - 1);
+        SwapHalves(n, want2X.data());
+        std::vector<double> out1, out2;
+        const int shift2 = (shift + 1) % 4;
+        double* row1 = rowAt(out1, shift);
+        double* row2 = rowAt(out2, shift2);
+        RealInverseFFTSwappedPair(n, m - 6, x1.data(), y1.data(), row1, x2.data(), y2.data(), row2, t.sine.data(),
+                                  t.tan.data());
+        ExpectSameBits(row1, swapped.data(), n, "first of a pair");
+        ExpectSameBits(row2, want2X.data(), n, "second of a pair");
+        expectGuards(out1, shift, "first of a pair");
+        expectGuards(out2, shift2, "second of a pair");
+      }
     }
   }
 }
