@@ -2559,100 +2559,6 @@ struct InverseJob {
   double* high;
 };
 
-// The long sums over the half spectrum of P inverses, from the values given:
-// the alternating and plain sums over the lower half with e, then over the
-// upper half with the sum of the r terms. L values of k at a time in the
-// lanes of V, the chains taking the lanes in order.
-template <typename V, int P, bool kUpper>
-inline __attribute__((always_inline)) int InverseSumsRange(int n, const double* const* x, const double* const* y,
-                                                           const double* s, double* alternating, double* plain,
-                                                           double* other, int from, int to) {
-  constexpr int L = sizeof(V) / sizeof(double);
-  const int h = n / 2, q = n / 4;
-  int k = from;
-  for (; k + L <= to; k += L)
-    for (int p = 0; p < P; ++p) {
-      V xk, term, sk, a, b;
-      Load(xk, x[p] + k);
-      if constexpr (kUpper) {
-        // The r term of i = k - q: (y[h - i] + y[i]) S[i].
-        const int i = k - q;
-        LoadBackwards(a, y[p] + h - i);
-        Load(b, y[p] + i);
-        Load(sk, s + i);
-        term = (a + b) * sk;
-      } else {
-        // e's term of k: (x[q - k] - x[q + k]) S[k].
-        LoadBackwards(a, x[p] + q - k);
-        Load(b, x[p] + q + k);
-        Load(sk, s + k);
-        term = (a - b) * sk;
-      }
-      if constexpr (L == 1) {
-        alternating[p] += (k & 1) ? -xk : xk;
-        plain[p] += xk;
-        other[p] += term;
-      } else {
-        for (int l = 0; l < L; ++l) {
-          alternating[p] += ((k + l) & 1) ? -xk[l] : xk[l];
-          plain[p] += xk[l];
-          other[p] += term[l];
-        }
-      }
-    }
-  return k;
-}
-
-template <bool kWide, int P>
-inline __attribute__((always_inline)) void InverseSumsBody(int n, const double* const* x, const double* const* y,
-                                                           const double* s, double* alternating, double* plain,
-                                                           double* e, double* accumulated) {
-  // Local copies, which the compiler keeps in registers.
-  const double *xs[P], *ys[P];
-  double alt[P], pl[P], ee[P], acc[P];
-  for (int p = 0; p < P; ++p) {
-    xs[p] = x[p];
-    ys[p] = y[p];
-    alt[p] = alternating[p];
-    pl[p] = plain[p];
-    ee[p] = e[p];
-    acc[p] = accumulated[p];
-  }
-  const int h = n / 2, q = n / 4;
-  int k = 1;
-  if constexpr (kWide) k = InverseSumsRange<Quad, P, false>(n, xs, ys, s, alt, pl, ee, k, q);
-  k = InverseSumsRange<double, P, false>(n, xs, ys, s, alt, pl, ee, k, q);
-  // k = q: no term of e and none of r.
-  for (int p = 0; p < P; ++p) {
-    alt[p] += (q & 1) ? -xs[p][q] : xs[p][q];
-    pl[p] += xs[p][q];
-  }
-  k = q + 1;
-  if constexpr (kWide) k = InverseSumsRange<Quad, P, true>(n, xs, ys, s, alt, pl, acc, k, h);
-  InverseSumsRange<double, P, true>(n, xs, ys, s, alt, pl, acc, k, h);
-  for (int p = 0; p < P; ++p) {
-    alternating[p] = alt[p];
-    plain[p] = pl[p];
-    e[p] = ee[p];
-    accumulated[p] = acc[p];
-  }
-}
-
-template <int P>
-__attribute__((target("avx"))) void InverseSumsWide(int n, const double* const* x, const double* const* y,
-                                                    const double* s, double* alternating, double* plain, double* e,
-                                                    double* accumulated) {
-  InverseSumsBody<true, P>(n, x, y, s, alternating, plain, e, accumulated);
-}
-
-template <int P>
-void InverseSums(int n, const double* const* x, const double* const* y, const double* s, double* alternating,
-                 double* plain, double* e, double* accumulated) {
-  static const bool wide = __builtin_cpu_supports("avx");
-  if (wide) InverseSumsWide<P>(n, x, y, s, alternating, plain, e, accumulated);
-  else InverseSumsBody<false, P>(n, x, y, s, alternating, plain, e, accumulated);
-}
-
 // P inverses of one size side by side: each loop of sums carries the
 // chains of all P, which wait on their own predecessors only, and each
 // chain adds its terms in the order one inverse alone would.
@@ -2666,13 +2572,24 @@ void InverseInto(int n, int mOffset, const std::array<InverseJob, P>& jobs, cons
     alternating[p] = plain[p] = accumulated[p] = 0.0;
     e[p] = x0[p];
   }
-  const double* xs[P];
-  const double* ys[P];
-  for (int p = 0; p < P; ++p) {
-    xs[p] = jobs[p].x;
-    ys[p] = jobs[p].y;
-  }
-  InverseSums<P>(n, xs, ys, s, alternating, plain, e, accumulated);
+  for (int k = 1; k < q; ++k)
+    for (int p = 0; p < P; ++p) {
+      const double* x = jobs[p].x;
+      alternating[p] += (k & 1) ? -x[k] : x[k];
+      plain[p] += x[k];
+      e[p] += (x[q - k] - x[q + k]) * s[k];
+    }
+  for (int k = q; k < h; ++k)
+    for (int p = 0; p < P; ++p) {
+      const double* x = jobs[p].x;
+      const double* y = jobs[p].y;
+      alternating[p] += (k & 1) ? -x[k] : x[k];
+      plain[p] += x[k];
+      if (k > q) {
+        const int i = k - q;
+        accumulated[p] += (y[h - i] + y[i]) * s[i];
+      }
+    }
   for (int p = 0; p < P; ++p) {
     double* x = jobs[p].x;
     double* y = jobs[p].y;
