@@ -744,6 +744,20 @@ struct ColumnRows {
   T* Y(int m) const { return y + m * step; }
 };
 
+// Stage d's butterfly of the rows in[0..1] and in[2..3]: the second row
+// rotated, then both combined, into (a, b) and (c, e).
+template <bool kTrivialD, bool kMirrorD, typename A>
+inline __attribute__((always_inline)) void ColumnFirstButterfly(const double* const* in, const Quad& sd,
+                                                                const Quad& td, Quad& a, Quad& b, Quad& c, Quad& e) {
+  Quad v, w;
+  Load(c, in[2]);
+  Load(e, in[3]);
+  Rotated<kTrivialD, kMirrorD>(c, e, sd, td, v, w);
+  Load(a, in[0]);
+  Load(b, in[1]);
+  Combine<A>(a, b, c, e, v, w);
+}
+
 // Four columns of four rows, r0 and the rows span, 2 span and 3 span below
 // it, read at (x0, y0) .. (x3, y3) and written at (o0, p0) .. (o3, p3),
 // through the stages of spans d = span base and 2d: stage d pairs r0 with
@@ -756,18 +770,8 @@ template <bool kTrivialD, bool kMirrorD, bool kTrivial2, typename A>
 inline __attribute__((always_inline)) void ColumnQuartet(const double* const* in, double* const* out, const Quad& sd,
                                                          const Quad& td, const Quad& s2, const Quad& t2) {
   Quad a0, b0, a1, b1, a2, b2, a3, b3, v, w;
-  Load(a1, in[2]);
-  Load(b1, in[3]);
-  Rotated<kTrivialD, kMirrorD>(a1, b1, sd, td, v, w);
-  Load(a0, in[0]);
-  Load(b0, in[1]);
-  Combine<A>(a0, b0, a1, b1, v, w);
-  Load(a3, in[6]);
-  Load(b3, in[7]);
-  Rotated<kTrivialD, kMirrorD>(a3, b3, sd, td, v, w);
-  Load(a2, in[4]);
-  Load(b2, in[5]);
-  Combine<A>(a2, b2, a3, b3, v, w);
+  ColumnFirstButterfly<kTrivialD, kMirrorD, A>(in, sd, td, a0, b0, a1, b1);
+  ColumnFirstButterfly<kTrivialD, kMirrorD, A>(in + 4, sd, td, a2, b2, a3, b3);
   Rotated<kTrivial2, false>(a2, b2, s2, t2, v, w);
   Combine<A>(a0, b0, a2, b2, v, w);
   Store(out[0], a0);
