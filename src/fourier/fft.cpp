@@ -2106,16 +2106,6 @@ __attribute__((target("avx512f,avx512vl"))) KELDO_PLAIN_ORDER void RealTransform
 // it a few per cent slower.
 constexpr int kHalvesUpTo = 11;
 
-// Twiddles 0 .. count - 1 of a stage whose twiddle k is entry k * tstep of
-// the tables, gathered into a run.
-inline __attribute__((always_inline)) void GatherTwiddles(const double* s, const double* t, int tstep, int count,
-                                                          double* sRun, double* tRun) {
-  for (int k = 0; k < count; ++k) {
-    sRun[k] = s[k * tstep];
-    tRun[k] = t[k * tstep];
-  }
-}
-
 // The fused path laid out for the sixteen registers of processors without
 // AVX-512: the stages two at a time (PairedColumnWideStages) instead of in
 // blocks of 64, and each pass a function of its own, so that no pass's
@@ -2125,22 +2115,18 @@ template <typename A>
 inline __attribute__((always_inline)) void PairedStages(int h, double* re, double* im, const double* s,
                                                         const double* t) {
   if (h == 64 || h == 128) {
-    // Spans 8, 16 and 32 at once, then at h = 128 span 64 alone, with the
-    // twiddles read from the tables (of N = 2h points), which costs less
-    // here than finding their layout: gathered into runs of their own. At
-    // h = 128 this took 0.88 of the time of two passes of two stages.
-    const int step = h / 8;  // that of span 8
-    alignas(32) double s8[4], t8[4], s16[8], t16[8], s32[16], t32[16];
-    GatherTwiddles(s, t, step, 4, s8, t8);
-    GatherTwiddles(s, t, step / 2, 8, s16, t16);
-    GatherTwiddles(s, t, step / 4, 16, s32, t32);
-    StageTripleBody<A>(re, im, s8, t8, s16, t16, s32, t32, 8, 0, h);
-    if (h == 128) {
-      alignas(32) double s64[32], t64[32];
-      GatherTwiddles(s, t, 2, 32, s64, t64);
-      PairedColumnWideStages<A>{}(re, im, s64, t64, 64, 1, 0, h);
+    // Spans 8, 16 and 32 at once, then at h = 128 span 64 alone: at h = 128
+    // this took 0.88 of the time of two passes of two stages.
+    if (const StageTwiddles<double>* w = TwiddlesFor(s, t, h, 2)) {
+      // The run of the stage of span 2^log.
+      const auto run = [w](int log) { return static_cast<std::size_t>(w->offset[static_cast<std::size_t>(log)]); };
+      const double* const ws = w->s.data();
+      const double* const wt = w->t.data();
+      StageTripleBody<A>(re, im, ws + run(3), wt + run(3), ws + run(4), wt + run(4), ws + run(5), wt + run(5), 8, 0,
+                         h);
+      if (h == 128) PairedColumnWideStages<A>{}(re, im, ws + run(6), wt + run(6), 64, 1, 0, h);
+      return;
     }
-    return;
   }
   FFTCoreWith(re, im, s, t, h, 2, true, PairedColumnWideStages<A>{});
 }
