@@ -2737,6 +2737,28 @@ void SwapHalves(int n, double* a) {
   for (int k = 0; k < h; ++k) std::swap(a[k], a[k + h]);
 }
 
+void* AllocateKernelArray(std::size_t bytes) {
+  // The arrays start at quarters of a page in the order 0, 2, 1, 3 (then
+  // over again): any two allocated in a row start at least a quarter of a
+  // page apart, and a pair of them half a page.
+  static std::atomic<unsigned> count{0};
+  const unsigned k = count.fetch_add(1, std::memory_order_relaxed);
+  const std::uintptr_t place = ((k & 1u) * 2 + ((k >> 1) & 1u)) * 1024;
+  // 64 bytes in front keep the start of the block for FreeKernelArray.
+  char* const base = static_cast<char*>(::operator new(bytes + 4096 + 64, std::align_val_t(64)));
+  const std::uintptr_t first = reinterpret_cast<std::uintptr_t>(base) + 64;
+  char* const p = base + 64 + ((place - first) & 4095u);
+  std::memcpy(p - sizeof base, &base, sizeof base);
+  return p;
+}
+
+void FreeKernelArray(void* p) {
+  if (p == nullptr) return;
+  char* base = nullptr;
+  std::memcpy(&base, static_cast<char*>(p) - sizeof base, sizeof base);
+  ::operator delete(base, std::align_val_t(64));
+}
+
 TrigTables::TrigTables(int size) : n(size) {
   while ((1 << m) < n) ++m;
   sine.assign(static_cast<std::size_t>(n / 4 + 4), 0.0);

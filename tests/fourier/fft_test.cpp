@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cmath>
@@ -222,6 +223,33 @@ TEST(Kernels, AConstantHasItsWholeSpectrumAtZeroWithoutScaling) {
     EXPECT_NEAR(x[static_cast<std::size_t>(k)], 0.0, 1e-12);
     EXPECT_NEAR(y[static_cast<std::size_t>(k)], 0.0, 1e-12);
   }
+}
+
+// Working arrays start on 64-byte boundaries, arrays allocated in a row at
+// least a quarter of a page apart within their pages, and every element can
+// be written (AddressSanitizer builds check the bounds and the freeing).
+TEST(Kernels, WorkingArraysAreAlignedAndStaggeredWithinTheirPages) {
+  std::vector<KernelVector<double>> arrays;
+  for (const std::size_t size : {5, 69, 1029, 4101, 65541, 65541, 65541, 65541, 131077})
+    arrays.emplace_back(size, 1.0);
+  std::uintptr_t before = 0;
+  for (std::size_t i = 0; i < arrays.size(); ++i) {
+    const auto at = reinterpret_cast<std::uintptr_t>(arrays[i].data());
+    EXPECT_EQ(at % 64, 0u) << i;
+    if (i > 0) {
+      const std::uintptr_t apart = (at - before) % 4096;
+      EXPECT_GE(std::min(apart, 4096 - apart), 1024u) << i;
+    }
+    before = at;
+    std::fill(arrays[i].begin(), arrays[i].end(), 2.0);
+    EXPECT_EQ(arrays[i].back(), 2.0);
+  }
+  // Copies and growth go through the same allocator.
+  KernelVector<double> copy = arrays[3];
+  copy.resize(300000, 3.0);
+  EXPECT_EQ(copy[4100], 2.0);
+  EXPECT_EQ(copy[299999], 3.0);
+  EXPECT_EQ(reinterpret_cast<std::uintptr_t>(copy.data()) % 64, 0u);
 }
 
 TEST(Kernels, CosineAndSineWavesLandInBinsOneAndNMinusOne) {
