@@ -1902,35 +1902,23 @@ inline __attribute__((always_inline)) void PostQuad(double* x, double* y, const 
   StorePostPair<V, kLowerHalf>(x, y, n, q + k, mirrored);
 }
 
-// The same steps with all eight elements read before any output is written,
-// which suits the thirty-two registers of AVX-512 better.
-template <typename V, bool kLowerHalf = false>
-inline __attribute__((always_inline)) void PostQuadJoint(double* x, double* y, const double* s, const double* t,
-                                                         int n, int k) {
+// The outputs of the steps of k and of q - k from the eight elements they
+// read (at k, h - k, q + k and q - k of the half-length transform (X, Y),
+// those at h - k and q - k in reverse lane order) and the twiddles of k and
+// of q - k (the latter reversed too).
+template <typename A = PlainAdds, typename V, bool kLowerHalf = false>
+inline __attribute__((always_inline)) void PostQuadOutputs(double* x, double* y, int n, int k, const V& sk,
+                                                           const V& tk, const V& sm, const V& tm, const V& xk,
+                                                           const V& yk, const V& xh, const V& yh, const V& xp,
+                                                           const V& yp, const V& xm, const V& ym) {
   const int h = n / 2, q = n / 4;
-  const double* const xs = y;      // X
-  const double* const ys = y + h;  // Y
-  V sk, tk, sm, tm;                // the twiddles of k and of q - k
-  Load(sk, s + k);
-  Load(tk, t + k);
-  LoadBackwards(sm, s + q - k);
-  LoadBackwards(tm, t + q - k);
-  V xk, yk, xh, yh, xp, yp, xm, ym;  // at k, h - k, q + k, q - k
-  Load(xk, xs + k);
-  Load(yk, ys + k);
-  LoadBackwards(xh, xs + h - k);
-  LoadBackwards(yh, ys + h - k);
-  Load(xp, xs + q + k);
-  Load(yp, ys + q + k);
-  LoadBackwards(xm, xs + q - k);
-  LoadBackwards(ym, ys + q - k);
   // The step of k: outputs at k and at q + k; the step of q - k: outputs at
   // q - k and at h - k.
   V ukX, ukY, upX, upY, umX, umY, uhX, uhY;
-  PostOutput(xk, yk, xh, yh, sk, tk, ukX, ukY);
-  PostOutputMirrored(xp, yp, xm, ym, sk, tk, upX, upY);
-  PostOutput(xm, ym, xp, yp, sm, tm, umX, umY);
-  PostOutputMirrored(xh, yh, xk, yk, sm, tm, uhX, uhY);
+  PostOutput<A>(xk, yk, xh, yh, sk, tk, ukX, ukY);
+  PostOutputMirrored<A>(xp, yp, xm, ym, sk, tk, upX, upY);
+  PostOutput<A>(xm, ym, xp, yp, sm, tm, umX, umY);
+  PostOutputMirrored<A>(xh, yh, xk, yk, sm, tm, uhX, uhY);
   // Output j goes to n - j as it is (unless kLowerHalf) and to j
   // conjugated.
   if constexpr (!kLowerHalf) {
@@ -1951,6 +1939,38 @@ inline __attribute__((always_inline)) void PostQuadJoint(double* x, double* y, c
   StoreBackwards(y + q - k, -umY);
   StoreBackwards(x + h - k, uhX);
   StoreBackwards(y + h - k, -uhY);
+}
+
+// The twiddles of k and, reversed, of q - k.
+template <typename V>
+inline __attribute__((always_inline)) void PostTwiddles(const double* s, const double* t, int q, int k, V& sk, V& tk,
+                                                        V& sm, V& tm) {
+  Load(sk, s + k);
+  Load(tk, t + k);
+  LoadBackwards(sm, s + q - k);
+  LoadBackwards(tm, t + q - k);
+}
+
+// The same steps as PostQuad with all eight elements read before any output
+// is written, which suits the thirty-two registers of AVX-512 better.
+template <typename V, bool kLowerHalf = false>
+inline __attribute__((always_inline)) void PostQuadJoint(double* x, double* y, const double* s, const double* t,
+                                                         int n, int k) {
+  const int h = n / 2, q = n / 4;
+  const double* const xs = y;      // X
+  const double* const ys = y + h;  // Y
+  V sk, tk, sm, tm;
+  PostTwiddles(s, t, q, k, sk, tk, sm, tm);
+  V xk, yk, xh, yh, xp, yp, xm, ym;  // at k, h - k, q + k, q - k
+  Load(xk, xs + k);
+  Load(yk, ys + k);
+  LoadBackwards(xh, xs + h - k);
+  LoadBackwards(yh, ys + h - k);
+  Load(xp, xs + q + k);
+  Load(yp, ys + q + k);
+  LoadBackwards(xm, xs + q - k);
+  LoadBackwards(ym, ys + q - k);
+  PostQuadOutputs<PlainAdds, V, kLowerHalf>(x, y, n, k, sk, tk, sm, tm, xk, yk, xh, yh, xp, yp, xm, ym);
 }
 
 // The post-processing of the fused real transform, from the half-length
@@ -1992,8 +2012,8 @@ inline __attribute__((always_inline)) void PostProcessFused(int n, double* x, do
 // (RegisterStages). Run r's element i is z[4 rev3(i) + rev2(r)],
 // and rev2 takes 0, 1, 2, 3 to 0, 2, 1, 3.
 template <typename A = PlainAdds>
-inline __attribute__((always_inline)) void HalfTransformOf32(const double* x, double* y, const double* s,
-                                                              const double* t) {
+inline __attribute__((always_inline)) void HalfTransformOf32Registers(const double* x, const double* s,
+                                                                       const double* t, Quad* re, Quad* im) {
   static constexpr int kReversed[8] = {0, 4, 2, 6, 1, 5, 3, 7};
   Quad a[8], b[8];
   for (int i = 0; i < 8; ++i) {
@@ -2005,7 +2025,7 @@ inline __attribute__((always_inline)) void HalfTransformOf32(const double* x, do
     b[i] = __builtin_shufflevector(lo, hi, 1, 5, 3, 7);
   }
   StagesOfEight<Quad, double, A>(a, b, s[8], t[8]);
-  Quad re[8], im[8], columns[4];
+  Quad columns[4];
   for (int half = 0; half < 2; ++half) {
     Transpose4(a + 4 * half, columns);
     for (int r = 0; r < 4; ++r) re[2 * r + half] = columns[r];
@@ -2015,10 +2035,68 @@ inline __attribute__((always_inline)) void HalfTransformOf32(const double* x, do
   Quad sv[3], tv[3];
   RegisterTwiddles<32>(sv, tv, s, t, 32, 2);
   RegisterStages<32, 8>(re, im, sv, tv);
+}
+
+// The same into y: real parts y[0..32), imaginary parts y[32..64).
+template <typename A = PlainAdds>
+inline __attribute__((always_inline)) void HalfTransformOf32(const double* x, double* y, const double* s,
+                                                              const double* t) {
+  Quad re[8], im[8];
+  HalfTransformOf32Registers<A>(x, s, t, re, im);
   for (int c = 0; c < 8; ++c) {
     Store(y + 4 * c, re[c]);
     Store(y + 32 + 4 * c, im[c]);
   }
+}
+
+// Lanes 1, 2, 3 of a and lane 0 of b: elements i + 1 .. i + 4 where a and b
+// hold i .. i + 3 and i + 4 .. i + 7.
+inline __attribute__((always_inline)) void Ahead(const Quad& a, const Quad& b, Quad& out) {
+  out = __builtin_shufflevector(a, b, 1, 2, 3, 4);
+}
+
+inline __attribute__((always_inline)) void Reversed(const Quad& a, Quad& out) {
+  out = __builtin_shufflevector(a, a, 3, 2, 1, 0);
+}
+
+// The real transform of 64 points whole in registers: the half-length
+// transform stays in the sixteen vectors of HalfTransformOf32Registers, and
+// the post-processing takes the eight elements of each of its steps from
+// them by lane shuffles, where PostProcessFused loads them from memory just
+// written, most of them straddling two of the stores. The steps are those
+// of PostProcessFused with both pairs first, on the same values.
+template <typename A = PlainAdds>
+inline __attribute__((always_inline)) void RealTransformOf64Body(double* x, double* y, const double* s,
+                                                                 const double* t) {
+  constexpr int n = 64, h = 32, q = 16;
+  Quad re[8], im[8];
+  HalfTransformOf32Registers<A>(x, s, t, re, im);
+  const double x0 = re[0][0], y0 = im[0][0], xq = re[4][0], yq = im[4][0];
+  // The steps of k = 1 .. 4 and 5 .. 8 (q / 2 = 8 is its own partner).
+#pragma GCC unroll 2
+  for (int c = 0; c < 2; ++c) {
+    const int k = 1 + 4 * c;
+    Quad sk, tk, sm, tm;
+    PostTwiddles(s, t, q, k, sk, tk, sm, tm);
+    Quad xk, yk, xh, yh, xp, yp, xm, ym;  // at k, h - k, q + k, q - k
+    Ahead(re[c], re[c + 1], xk);
+    Ahead(im[c], im[c + 1], yk);
+    Reversed(re[7 - c], xh);
+    Reversed(im[7 - c], yh);
+    Ahead(re[4 + c], re[5 + c], xp);
+    Ahead(im[4 + c], im[5 + c], yp);
+    Reversed(re[3 - c], xm);
+    Reversed(im[3 - c], ym);
+    PostQuadOutputs<A>(x, y, n, k, sk, tk, sm, tm, xk, yk, xh, yh, xp, yp, xm, ym);
+  }
+  x[n - q] = xq;
+  y[n - q] = -yq;
+  x[q] = xq;
+  y[q] = yq;
+  x[h] = x0 - y0;
+  x[0] = x0 + y0;
+  y[0] = 0;
+  y[h] = 0;
 }
 
 // The bit reversal of the fused path with the first three stages: z[k] read
@@ -2098,7 +2176,8 @@ __attribute__((target("avx512f,avx512vl"))) void RealTransformFusedMany(int n, d
 __attribute__((target("avx512f,avx512vl"))) KELDO_PLAIN_ORDER void RealTransformOf64Many(int n, double* x, double* y,
                                                                                         const double* s,
                                                                                         const double* t, int mHalf) {
-  RealTransformFusedBody<5>(n, x, y, s, t, mHalf);
+  if (n == 64) RealTransformOf64Body(x, y, s, t);
+  else RealTransformFusedBody<5>(n, x, y, s, t, mHalf);
 }
 
 // The largest N/2 exponent whose tiles go out as 128-bit halves on processors
@@ -2136,6 +2215,12 @@ __attribute__((target("avx"), noinline)) KELDO_PLAIN_ORDER void HalfTransformOf3
   HalfTransformOf32(x, y, s, t);
 }
 
+__attribute__((target("avx"), noinline)) KELDO_PLAIN_ORDER void RealTransformOf64Wide(double* x, double* y,
+                                                                                     const double* s,
+                                                                                     const double* t) {
+  RealTransformOf64Body(x, y, s, t);
+}
+
 __attribute__((target("avx"), noinline)) void FusedTilesWide(int h, const double* x, double* y, const double* s,
                                                              const double* t, int mHalf) {
   if (mHalf <= kHalvesUpTo) FusedTiles<PlainAdds, true>(h, x, y, s, t, mHalf);
@@ -2165,6 +2250,11 @@ __attribute__((target("avx"), noinline)) void PostProcessLowerWide(int n, double
 KELDO_FMA_KERNEL KELDO_PLAIN_ORDER void HalfTransformOf32Fma(const double* x, double* y, const double* s,
                                                                         const double* t) {
   HalfTransformOf32<FusedAdds>(x, y, s, t);
+}
+
+KELDO_FMA_KERNEL KELDO_PLAIN_ORDER void RealTransformOf64Fma(double* x, double* y, const double* s,
+                                                             const double* t) {
+  RealTransformOf64Body<FusedAdds>(x, y, s, t);
 }
 
 KELDO_FMA_KERNEL void FusedTilesFma(int h, const double* x, double* y, const double* s,
@@ -2209,6 +2299,10 @@ void RealTransformFused(int n, double* x, double* y, const double* s, const doub
   const bool fma = HasFma();
   const int h = n / 2;
   if (fma) {
+    if (mHalf == 5 && !lowerHalf) {
+      RealTransformOf64Fma(x, y, s, t);
+      return;
+    }
     if (mHalf == 5) {
       HalfTransformOf32Fma(x, y, s, t);
     } else {
@@ -2217,6 +2311,10 @@ void RealTransformFused(int n, double* x, double* y, const double* s, const doub
     }
     if (lowerHalf) PostProcessLowerFma(n, x, y, s, t);
     else PostProcessFma(n, x, y, s, t);
+    return;
+  }
+  if (mHalf == 5 && !lowerHalf) {
+    RealTransformOf64Wide(x, y, s, t);
     return;
   }
   if (mHalf == 5) {
