@@ -2037,18 +2037,6 @@ inline __attribute__((always_inline)) void HalfTransformOf32Registers(const doub
   RegisterStages<32, 8>(re, im, sv, tv);
 }
 
-// The same into y: real parts y[0..32), imaginary parts y[32..64).
-template <typename A = PlainAdds>
-inline __attribute__((always_inline)) void HalfTransformOf32(const double* x, double* y, const double* s,
-                                                              const double* t) {
-  Quad re[8], im[8];
-  HalfTransformOf32Registers<A>(x, s, t, re, im);
-  for (int c = 0; c < 8; ++c) {
-    Store(y + 4 * c, re[c]);
-    Store(y + 32 + 4 * c, im[c]);
-  }
-}
-
 // Lanes 1, 2, 3 of a and lane 0 of b: elements i + 1 .. i + 4 where a and b
 // hold i .. i + 3 and i + 4 .. i + 7.
 inline __attribute__((always_inline)) void Ahead(const Quad& a, const Quad& b, Quad& out) {
@@ -2145,22 +2133,17 @@ inline __attribute__((always_inline)) void FusedTiles(int h, const double* x, do
   }
 }
 
-// kSmall is N/2's exponent for the sizes with a path of their own (5: the
-// whole half-length transform in registers; 6: after the tiles, the one
-// block of 64 in registers), 0 for the rest.
+// kSmall is 6 for N/2 = 64, which after the tiles has its one block of 64
+// in registers, 0 for larger sizes (N = 64 has RealTransformOf64Body).
 template <int kSmall, bool kLowerHalf = false>
 inline __attribute__((always_inline)) void RealTransformFusedBody(int n, double* x, double* y, const double* s,
                                                                   const double* t, int mHalf) {
   if constexpr (kSmall != 0) mHalf = kSmall;
   const int h = n / 2;
-  if constexpr (kSmall == 5) {
-    HalfTransformOf32(x, y, s, t);
-  } else {
-    FusedTiles(h, x, y, s, t, mHalf);
-    if constexpr (kSmall == 6) StagesInBlocks(y, y + h, s, t, h, 2, 0, h);
-    else if (h >= kManyPairsFrom) FFTCoreWith(y, y + h, s, t, h, 2, true, ManyColumnWideStages{});
-    else FFTCoreWith(y, y + h, s, t, h, 2, true, ColumnWideStages{});
-  }
+  FusedTiles(h, x, y, s, t, mHalf);
+  if constexpr (kSmall == 6) StagesInBlocks(y, y + h, s, t, h, 2, 0, h);
+  else if (h >= kManyPairsFrom) FFTCoreWith(y, y + h, s, t, h, 2, true, ManyColumnWideStages{});
+  else FFTCoreWith(y, y + h, s, t, h, 2, true, ColumnWideStages{});
   PostProcessFused<true, PlainAdds, kLowerHalf>(n, x, y, s, t);
 }
 
@@ -2173,11 +2156,10 @@ __attribute__((target("avx512f,avx512vl"))) void RealTransformFusedMany(int n, d
 
 // N = 64, the whole transform in registers, in the order written (see
 // KELDO_PLAIN_ORDER).
-__attribute__((target("avx512f,avx512vl"))) KELDO_PLAIN_ORDER void RealTransformOf64Many(int n, double* x, double* y,
+__attribute__((target("avx512f,avx512vl"))) KELDO_PLAIN_ORDER void RealTransformOf64Many(double* x, double* y,
                                                                                         const double* s,
-                                                                                        const double* t, int mHalf) {
-  if (n == 64) RealTransformOf64Body(x, y, s, t);
-  else RealTransformFusedBody<5>(n, x, y, s, t, mHalf);
+                                                                                        const double* t) {
+  RealTransformOf64Body(x, y, s, t);
 }
 
 // The largest N/2 exponent whose tiles go out as 128-bit halves on processors
@@ -2208,11 +2190,6 @@ inline __attribute__((always_inline)) void PairedStages(int h, double* re, doubl
     }
   }
   FFTCoreWith(re, im, s, t, h, 2, true, PairedColumnWideStages<A>{});
-}
-
-__attribute__((target("avx"), noinline)) KELDO_PLAIN_ORDER void HalfTransformOf32Wide(const double* x, double* y, const double* s,
-                                                                    const double* t) {
-  HalfTransformOf32(x, y, s, t);
 }
 
 __attribute__((target("avx"), noinline)) KELDO_PLAIN_ORDER void RealTransformOf64Wide(double* x, double* y,
@@ -2247,11 +2224,6 @@ __attribute__((target("avx"), noinline)) void PostProcessLowerWide(int n, double
 // a section of their own, apart from the other kernels, whose timing moves
 // by a few per cent with where their loops fall.
 #define KELDO_FMA_KERNEL __attribute__((target("avx2,fma"), noinline, section(".text.keldo_fma")))
-KELDO_FMA_KERNEL KELDO_PLAIN_ORDER void HalfTransformOf32Fma(const double* x, double* y, const double* s,
-                                                                        const double* t) {
-  HalfTransformOf32<FusedAdds>(x, y, s, t);
-}
-
 KELDO_FMA_KERNEL KELDO_PLAIN_ORDER void RealTransformOf64Fma(double* x, double* y, const double* s,
                                                              const double* t) {
   RealTransformOf64Body<FusedAdds>(x, y, s, t);
@@ -2298,31 +2270,24 @@ void RealTransformFused(int n, double* x, double* y, const double* s, const doub
                         bool lowerHalf = false) {
   const bool fma = HasFma();
   const int h = n / 2;
+  // N = 64 writes the upper half as well.
   if (fma) {
-    if (mHalf == 5 && !lowerHalf) {
+    if (mHalf == 5) {
       RealTransformOf64Fma(x, y, s, t);
       return;
     }
-    if (mHalf == 5) {
-      HalfTransformOf32Fma(x, y, s, t);
-    } else {
-      FusedTilesFma(h, x, y, s, t, mHalf);
-      FusedStagesFma(h, y, s, t);
-    }
+    FusedTilesFma(h, x, y, s, t, mHalf);
+    FusedStagesFma(h, y, s, t);
     if (lowerHalf) PostProcessLowerFma(n, x, y, s, t);
     else PostProcessFma(n, x, y, s, t);
     return;
   }
-  if (mHalf == 5 && !lowerHalf) {
+  if (mHalf == 5) {
     RealTransformOf64Wide(x, y, s, t);
     return;
   }
-  if (mHalf == 5) {
-    HalfTransformOf32Wide(x, y, s, t);
-  } else {
-    FusedTilesWide(h, x, y, s, t, mHalf);
-    FusedStagesWide(h, y, y + h, s, t);
-  }
+  FusedTilesWide(h, x, y, s, t, mHalf);
+  FusedStagesWide(h, y, y + h, s, t);
   if (lowerHalf) PostProcessLowerWide(n, x, y, s, t);
   else PostProcessWide(n, x, y, s, t);
 }
@@ -2331,7 +2296,7 @@ void RealTransform(int n, double* x, double* y, const double* s, const double* t
   static const bool wide = __builtin_cpu_supports("avx");
   if (wide && mHalf >= 5) {
     if (!ManyRegisters()) RealTransformFused(n, x, y, s, t, mHalf);
-    else if (mHalf == 5) RealTransformOf64Many(n, x, y, s, t, mHalf);
+    else if (mHalf == 5) RealTransformOf64Many(x, y, s, t);
     else if (mHalf == 6) RealTransformFusedMany<6>(n, x, y, s, t, mHalf);
     else RealTransformFusedMany<0>(n, x, y, s, t, mHalf);
   } else if (wide) {
