@@ -1837,11 +1837,10 @@ __attribute__((target("avx"))) void RealTransformWide(int n, double* x, double* 
 // the other way round, out[0..3] holding the real and imaginary parts at i,
 // then at b. Output j goes to n - j as it is and to j conjugated.
 template <typename V, bool kMirrored, typename A>
-inline __attribute__((always_inline)) void PostPairOutputs(const double* y, int n, int i, const V& sk, const V& tk,
-                                                           const V& sm, const V& tm, V* out) {
+inline __attribute__((always_inline)) void PostPairOutputs(const double* xs, const double* ys, int n, int i,
+                                                           const V& sk, const V& tk, const V& sm, const V& tm,
+                                                           V* out) {
   const int h = n / 2, b = h - i;
-  const double* const xs = y;      // X
-  const double* const ys = y + h;  // Y
   V xi, yi, xb, yb;
   Load(xi, xs + i);
   Load(yi, ys + i);
@@ -1886,8 +1885,8 @@ inline __attribute__((always_inline)) void StorePostPair(double* x, double* y, i
 // the lanes reach k = q / 2, whose pairs are the same two elements, are
 // both pairs read before either is written.
 template <typename V, typename A = PlainAdds, bool kLowerHalf = false>
-inline __attribute__((always_inline)) void PostQuad(double* x, double* y, const double* s, const double* t, int n,
-                                                    int k, bool reachesMiddle) {
+inline __attribute__((always_inline)) void PostQuad(double* x, double* y, const double* ys, const double* s,
+                                                    const double* t, int n, int k, bool reachesMiddle) {
   const int q = n / 4;
   V sk, tk, sm, tm;  // the twiddles of k and of q - k
   Load(sk, s + k);
@@ -1895,9 +1894,9 @@ inline __attribute__((always_inline)) void PostQuad(double* x, double* y, const 
   LoadBackwards(sm, s + q - k);
   LoadBackwards(tm, t + q - k);
   V plain[4], mirrored[4];
-  PostPairOutputs<V, false, A>(y, n, k, sk, tk, sm, tm, plain);
+  PostPairOutputs<V, false, A>(y, ys, n, k, sk, tk, sm, tm, plain);
   if (!reachesMiddle) StorePostPair<V, kLowerHalf>(x, y, n, k, plain);
-  PostPairOutputs<V, true, A>(y, n, q + k, sk, tk, sm, tm, mirrored);
+  PostPairOutputs<V, true, A>(y, ys, n, q + k, sk, tk, sm, tm, mirrored);
   if (reachesMiddle) StorePostPair<V, kLowerHalf>(x, y, n, k, plain);
   StorePostPair<V, kLowerHalf>(x, y, n, q + k, mirrored);
 }
@@ -1954,11 +1953,10 @@ inline __attribute__((always_inline)) void PostTwiddles(const double* s, const d
 // The same steps as PostQuad with all eight elements read before any output
 // is written, which suits the thirty-two registers of AVX-512 better.
 template <typename V, bool kLowerHalf = false>
-inline __attribute__((always_inline)) void PostQuadJoint(double* x, double* y, const double* s, const double* t,
-                                                         int n, int k) {
+inline __attribute__((always_inline)) void PostQuadJoint(double* x, double* y, const double* ys, const double* s,
+                                                         const double* t, int n, int k) {
   const int h = n / 2, q = n / 4;
-  const double* const xs = y;      // X
-  const double* const ys = y + h;  // Y
+  const double* const xs = y;  // X; Y is ys
   V sk, tk, sm, tm;
   PostTwiddles(s, t, q, k, sk, tk, sm, tm);
   V xk, yk, xh, yh, xp, yp, xm, ym;  // at k, h - k, q + k, q - k
@@ -1974,23 +1972,23 @@ inline __attribute__((always_inline)) void PostQuadJoint(double* x, double* y, c
 }
 
 // The post-processing of the fused real transform, from the half-length
-// transform in y (real parts) and y + N/2 (imaginary parts) into x and y;
-// with kLowerHalf only the outputs at indices up to N/2, the entries above
-// being left as they are.
+// transform in y (real parts) and ys (imaginary parts: y + N/2, or an array
+// apart) into x and y; with kLowerHalf only the outputs at indices up to
+// N/2, the entries above being left as they are.
 template <bool kBothPairsFirst, typename A = PlainAdds, bool kLowerHalf = false>
-inline __attribute__((always_inline)) void PostProcessFused(int n, double* x, double* y, const double* s,
-                                                             const double* t) {
+inline __attribute__((always_inline)) void PostProcessFused(int n, double* x, double* y, const double* ys,
+                                                             const double* s, const double* t) {
   const int h = n / 2, q = n / 4;
-  const double x0 = y[0], y0 = y[h], xq = y[q], yq = y[h + q];
+  const double x0 = y[0], y0 = ys[0], xq = y[q], yq = ys[q];
   int k = 1;
   // k = q / 2 is its own partner: both steps give the same outputs, written
   // twice to the same places by the last vector (q / 2 is a multiple of 4).
   if constexpr (kBothPairsFirst) {
-    for (; k + 3 <= q / 2; k += 4) PostQuadJoint<Quad, kLowerHalf>(x, y, s, t, n, k);
-    for (; k <= q / 2; ++k) PostQuadJoint<double, kLowerHalf>(x, y, s, t, n, k);
+    for (; k + 3 <= q / 2; k += 4) PostQuadJoint<Quad, kLowerHalf>(x, y, ys, s, t, n, k);
+    for (; k <= q / 2; ++k) PostQuadJoint<double, kLowerHalf>(x, y, ys, s, t, n, k);
   } else {
-    for (; k + 3 <= q / 2; k += 4) PostQuad<Quad, A, kLowerHalf>(x, y, s, t, n, k, k + 3 == q / 2);
-    for (; k <= q / 2; ++k) PostQuad<double, PlainAdds, kLowerHalf>(x, y, s, t, n, k, k == q / 2);
+    for (; k + 3 <= q / 2; k += 4) PostQuad<Quad, A, kLowerHalf>(x, y, ys, s, t, n, k, k + 3 == q / 2);
+    for (; k <= q / 2; ++k) PostQuad<double, PlainAdds, kLowerHalf>(x, y, ys, s, t, n, k, k == q / 2);
   }
   if constexpr (!kLowerHalf) {
     x[n - q] = xq;
@@ -2093,8 +2091,8 @@ inline __attribute__((always_inline)) void RealTransformOf64Body(double* x, doub
 // alone, which leaves columns 0, 2, 1, 3 in the lanes; the lanes are
 // independent, so only the rows they are written to change (TileOut).
 template <typename A = PlainAdds, bool kPairLanes = false>
-inline __attribute__((always_inline)) void FusedTiles(int h, const double* x, double* y, const double* s,
-                                                      const double* t, int mHalf) {
+inline __attribute__((always_inline)) void FusedTiles(int h, const double* x, double* y, double* yi,
+                                                      const double* s, const double* t, int mHalf) {
   // Row (high, middle) of z is x[2 * row .. 2 * row + 16).
   const int middleCount = 1 << (mHalf - 6);
   const int rowStep = 1 << (mHalf - 3);
@@ -2123,7 +2121,7 @@ inline __attribute__((always_inline)) void FusedTiles(int h, const double* x, do
       }
     }
     const int to = reversedMiddle << 3;
-    TileOut<true, A, kPairLanes>(re, reHigh, im, imHigh, y + to, y + h + to, rowStep, s1, t1);
+    TileOut<true, A, kPairLanes>(re, reHigh, im, imHigh, y + to, yi + to, rowStep, s1, t1);
     int bit = middleCount >> 1;
     while (reversedMiddle & bit) {
       reversedMiddle ^= bit;
@@ -2136,22 +2134,22 @@ inline __attribute__((always_inline)) void FusedTiles(int h, const double* x, do
 // kSmall is 6 for N/2 = 64, which after the tiles has its one block of 64
 // in registers, 0 for larger sizes (N = 64 has RealTransformOf64Body).
 template <int kSmall, bool kLowerHalf = false>
-inline __attribute__((always_inline)) void RealTransformFusedBody(int n, double* x, double* y, const double* s,
-                                                                  const double* t, int mHalf) {
+inline __attribute__((always_inline)) void RealTransformFusedBody(int n, double* x, double* y, double* yi,
+                                                                  const double* s, const double* t, int mHalf) {
   if constexpr (kSmall != 0) mHalf = kSmall;
   const int h = n / 2;
-  FusedTiles(h, x, y, s, t, mHalf);
-  if constexpr (kSmall == 6) StagesInBlocks(y, y + h, s, t, h, 2, 0, h);
-  else if (h >= kManyPairsFrom) FFTCoreWith(y, y + h, s, t, h, 2, true, ManyColumnWideStages{});
-  else FFTCoreWith(y, y + h, s, t, h, 2, true, ColumnWideStages{});
-  PostProcessFused<true, PlainAdds, kLowerHalf>(n, x, y, s, t);
+  FusedTiles(h, x, y, yi, s, t, mHalf);
+  if constexpr (kSmall == 6) StagesInBlocks(y, yi, s, t, h, 2, 0, h);
+  else if (h >= kManyPairsFrom) FFTCoreWith(y, yi, s, t, h, 2, true, ManyColumnWideStages{});
+  else FFTCoreWith(y, yi, s, t, h, 2, true, ColumnWideStages{});
+  PostProcessFused<true, PlainAdds, kLowerHalf>(n, x, y, yi, s, t);
 }
 
 template <int kSmall, bool kLowerHalf = false>
-__attribute__((target("avx512f,avx512vl"))) void RealTransformFusedMany(int n, double* x, double* y,
+__attribute__((target("avx512f,avx512vl"))) void RealTransformFusedMany(int n, double* x, double* y, double* yi,
                                                                          const double* s, const double* t,
                                                                          int mHalf) {
-  RealTransformFusedBody<kSmall, kLowerHalf>(n, x, y, s, t, mHalf);
+  RealTransformFusedBody<kSmall, kLowerHalf>(n, x, y, yi, s, t, mHalf);
 }
 
 // N = 64, the whole transform in registers, in the order written (see
@@ -2198,10 +2196,10 @@ __attribute__((target("avx"), noinline)) KELDO_PLAIN_ORDER void RealTransformOf6
   RealTransformOf64Body(x, y, s, t);
 }
 
-__attribute__((target("avx"), noinline)) void FusedTilesWide(int h, const double* x, double* y, const double* s,
-                                                             const double* t, int mHalf) {
-  if (mHalf <= kHalvesUpTo) FusedTiles<PlainAdds, true>(h, x, y, s, t, mHalf);
-  else FusedTiles(h, x, y, s, t, mHalf);
+__attribute__((target("avx"), noinline)) void FusedTilesWide(int h, const double* x, double* y, double* yi,
+                                                             const double* s, const double* t, int mHalf) {
+  if (mHalf <= kHalvesUpTo) FusedTiles<PlainAdds, true>(h, x, y, yi, s, t, mHalf);
+  else FusedTiles(h, x, y, yi, s, t, mHalf);
 }
 
 __attribute__((target("avx"), noinline)) void FusedStagesWide(int h, double* re, double* im, const double* s,
@@ -2209,14 +2207,14 @@ __attribute__((target("avx"), noinline)) void FusedStagesWide(int h, double* re,
   PairedStages<PlainAdds>(h, re, im, s, t);
 }
 
-__attribute__((target("avx"), noinline)) void PostProcessWide(int n, double* x, double* y, const double* s,
-                                                              const double* t) {
-  PostProcessFused<false>(n, x, y, s, t);
+__attribute__((target("avx"), noinline)) void PostProcessWide(int n, double* x, double* y, const double* ys,
+                                                              const double* s, const double* t) {
+  PostProcessFused<false>(n, x, y, ys, s, t);
 }
 
-__attribute__((target("avx"), noinline)) void PostProcessLowerWide(int n, double* x, double* y, const double* s,
-                                                                   const double* t) {
-  PostProcessFused<false, PlainAdds, true>(n, x, y, s, t);
+__attribute__((target("avx"), noinline)) void PostProcessLowerWide(int n, double* x, double* y, const double* ys,
+                                                                   const double* s, const double* t) {
+  PostProcessFused<false, PlainAdds, true>(n, x, y, ys, s, t);
 }
 
 // The same passes for processors with AVX2 and FMA, part of their sums on
@@ -2229,24 +2227,24 @@ KELDO_FMA_KERNEL KELDO_PLAIN_ORDER void RealTransformOf64Fma(double* x, double* 
   RealTransformOf64Body<FusedAdds>(x, y, s, t);
 }
 
-KELDO_FMA_KERNEL void FusedTilesFma(int h, const double* x, double* y, const double* s,
-                                                                 const double* t, int mHalf) {
-  if (mHalf <= kHalvesUpTo) FusedTiles<FusedAdds, true>(h, x, y, s, t, mHalf);
-  else FusedTiles<FusedAdds>(h, x, y, s, t, mHalf);
+KELDO_FMA_KERNEL void FusedTilesFma(int h, const double* x, double* y, double* yi, const double* s, const double* t,
+                                   int mHalf) {
+  if (mHalf <= kHalvesUpTo) FusedTiles<FusedAdds, true>(h, x, y, yi, s, t, mHalf);
+  else FusedTiles<FusedAdds>(h, x, y, yi, s, t, mHalf);
 }
 
-KELDO_FMA_KERNEL void FusedStagesFma(int h, double* y, const double* s,
-                                                                  const double* t) {
-  PairedStages<FusedAdds>(h, y, y + h, s, t);
+KELDO_FMA_KERNEL void FusedStagesFma(int h, double* re, double* im, const double* s, const double* t) {
+  PairedStages<FusedAdds>(h, re, im, s, t);
 }
 
-KELDO_FMA_KERNEL void PostProcessFma(int n, double* x, double* y, const double* s,
-                                                                  const double* t) {
-  PostProcessFused<false, FusedAdds>(n, x, y, s, t);
+KELDO_FMA_KERNEL void PostProcessFma(int n, double* x, double* y, const double* ys, const double* s,
+                                    const double* t) {
+  PostProcessFused<false, FusedAdds>(n, x, y, ys, s, t);
 }
 
-KELDO_FMA_KERNEL void PostProcessLowerFma(int n, double* x, double* y, const double* s, const double* t) {
-  PostProcessFused<false, FusedAdds, true>(n, x, y, s, t);
+KELDO_FMA_KERNEL void PostProcessLowerFma(int n, double* x, double* y, const double* ys, const double* s,
+                                         const double* t) {
+  PostProcessFused<false, FusedAdds, true>(n, x, y, ys, s, t);
 }
 
 // The bit reversal in place with the first three stages (BitReverseTiles),
@@ -2266,7 +2264,9 @@ bool HasFma() {
   return fma;
 }
 
-void RealTransformFused(int n, double* x, double* y, const double* s, const double* t, int mHalf,
+// The half-length transform's imaginary parts go to yi: y + N/2, or an
+// array apart (RealFFTLowerHalf).
+void RealTransformFused(int n, double* x, double* y, double* yi, const double* s, const double* t, int mHalf,
                         bool lowerHalf = false) {
   const bool fma = HasFma();
   const int h = n / 2;
@@ -2276,29 +2276,29 @@ void RealTransformFused(int n, double* x, double* y, const double* s, const doub
       RealTransformOf64Fma(x, y, s, t);
       return;
     }
-    FusedTilesFma(h, x, y, s, t, mHalf);
-    FusedStagesFma(h, y, s, t);
-    if (lowerHalf) PostProcessLowerFma(n, x, y, s, t);
-    else PostProcessFma(n, x, y, s, t);
+    FusedTilesFma(h, x, y, yi, s, t, mHalf);
+    FusedStagesFma(h, y, yi, s, t);
+    if (lowerHalf) PostProcessLowerFma(n, x, y, yi, s, t);
+    else PostProcessFma(n, x, y, yi, s, t);
     return;
   }
   if (mHalf == 5) {
     RealTransformOf64Wide(x, y, s, t);
     return;
   }
-  FusedTilesWide(h, x, y, s, t, mHalf);
-  FusedStagesWide(h, y, y + h, s, t);
-  if (lowerHalf) PostProcessLowerWide(n, x, y, s, t);
-  else PostProcessWide(n, x, y, s, t);
+  FusedTilesWide(h, x, y, yi, s, t, mHalf);
+  FusedStagesWide(h, y, yi, s, t);
+  if (lowerHalf) PostProcessLowerWide(n, x, y, yi, s, t);
+  else PostProcessWide(n, x, y, yi, s, t);
 }
 
 void RealTransform(int n, double* x, double* y, const double* s, const double* t, int mHalf) {
   static const bool wide = __builtin_cpu_supports("avx");
   if (wide && mHalf >= 5) {
-    if (!ManyRegisters()) RealTransformFused(n, x, y, s, t, mHalf);
+    if (!ManyRegisters()) RealTransformFused(n, x, y, y + n / 2, s, t, mHalf);
     else if (mHalf == 5) RealTransformOf64Many(x, y, s, t);
-    else if (mHalf == 6) RealTransformFusedMany<6>(n, x, y, s, t, mHalf);
-    else RealTransformFusedMany<0>(n, x, y, s, t, mHalf);
+    else if (mHalf == 6) RealTransformFusedMany<6>(n, x, y, y + n / 2, s, t, mHalf);
+    else RealTransformFusedMany<0>(n, x, y, y + n / 2, s, t, mHalf);
   } else if (wide) {
     RealTransformWide(n, x, y, s, t, mHalf);
   } else {
@@ -2600,13 +2600,15 @@ void ComplexFFTBatch(float* x, float* y, const float* s, const float* t, int n) 
 void RealFFT(int n, double* x, double* y, const double* s, const double* t, int mHalf) {
   RealTransform(n, x, y, s, t, mHalf);
 }
-void RealFFTLowerHalf(int n, double* x, double* y, const double* s, const double* t, int mHalf) {
+void RealFFTLowerHalf(int n, double* x, double* y, const double* s, const double* t, int mHalf,
+                      double* imagHalf) {
   // The fused paths of the large transforms leave out the upper half; the
   // others write it as well.
   static const bool wide = __builtin_cpu_supports("avx");
+  double* const yi = imagHalf != nullptr ? imagHalf : y + n / 2;
   if (!wide || mHalf < 7) RealTransform(n, x, y, s, t, mHalf);
-  else if (ManyRegisters()) RealTransformFusedMany<0, true>(n, x, y, s, t, mHalf);
-  else RealTransformFused(n, x, y, s, t, mHalf, true);
+  else if (ManyRegisters()) RealTransformFusedMany<0, true>(n, x, y, yi, s, t, mHalf);
+  else RealTransformFused(n, x, y, yi, s, t, mHalf, true);
 }
 void RealFFT(int n, float* x, float* y, const float* s, const float* t, int mHalf) {
   RealTransform(n, x, y, s, t, mHalf);

@@ -314,7 +314,8 @@ void InvertInto(int n, ScalogramWork& work, double* wr, double* wi, double endVa
 // signal's and dx; the row's end entry, column n, from the end sample.
 double RowProduct(int n, double s, double dx, ScalogramWork& work, double* wr, double* wi, double* sum) {
   const double endSample = wr[n];
-  fourier::RealFFTLowerHalf(n, wr, wi, work.tables.sine.data(), work.tables.tan.data(), ExponentOf(n) - 1);
+  fourier::RealFFTLowerHalf(n, wr, wi, work.tables.sine.data(), work.tables.tan.data(), ExponentOf(n) - 1,
+                            work.half.data());
   MultiplyRow(n, work.x.data(), work.y.data(), wr, wi, sum, s, dx);
   // At k = n: X[n] = sig[n], Y[n] = 0, and the wavelet's own end entries.
   return work.x[Index(n)] * endSample * dx;
@@ -434,11 +435,11 @@ namespace {
 
 // The distance between the starts of two arrays of the block: their n + 5
 // elements rounded up to whole pages of 512 values, and 432 values more.
-// The six arrays then start at offsets within their pages 640 bytes or more
-// apart (0, 3456, 2816, 2176, 1536, 896): the kernels walk them at the same
-// indices, and arrays that start at nearly the same offset have the loads
-// from one wait on the stores to the other, which the processor first
-// matches by the address bits within a page.
+// The seven arrays then start at offsets within their pages 640 bytes or
+// more apart (0, 3456, 2816, 2176, 1536, 896, 256): the kernels walk them at
+// the same indices, and arrays that start at nearly the same offset have
+// the loads from one wait on the stores to the other, which the processor
+// first matches by the address bits within a page.
 std::size_t ArrayStride(int n) { return (Index(n) + 5 + 511) / 512 * 512 + 432; }
 
 // The most values of each kind the rows of an octave keep (16 MiB each);
@@ -497,13 +498,13 @@ SampleReuse ReuseFor(ScalogramWork& work, bool prepared, int voices, int k0, int
 ScalogramWork::ScalogramWork(int size)
     : n(size),
       tables(size),
-      block(6 * ArrayStride(size), 0.0),
+      block(7 * ArrayStride(size), 0.0),
       sum(Index(size) + 1, 0.0),
       sum2(Index(size) + 1, 0.0),
       phi(Index(size) + 1, 0.0) {
   const std::size_t stride = ArrayStride(size), length = Index(size) + 5;
-  std::span<double>* const arrays[] = {&x, &y, &wr, &wi, &wr2, &wi2};
-  for (std::size_t i = 0; i < 6; ++i) *arrays[i] = std::span<double>(block.data() + i * stride, length);
+  std::span<double>* const arrays[] = {&x, &y, &wr, &wi, &wr2, &wi2, &half};
+  for (std::size_t i = 0; i < 7; ++i) *arrays[i] = std::span<double>(block.data() + i * stride, length);
 }
 
 ScalogramWork::ScalogramWork(const double* sig, int size) : ScalogramWork(size) { SetSignal(sig); }

@@ -172,6 +172,9 @@ struct ScalogramWork {
   fourier::KernelVector<double> block;
   std::span<double> x, y;
   std::span<double> wr, wi, wr2, wi2;
+  // Lent to the forward transforms of the rows for the imaginary parts of
+  // their half-length transform (see RealFFTLowerHalf).
+  std::span<double> half;
   std::vector<double> sum, sum2, phi;
   // The exp, cos and sin of the first octave's samples, kept for the rows
   // of the octaves above (see OctaveSamples in scalogram.cpp), with the

@@ -562,7 +562,8 @@ void ExpectSameBits(const double* got, const double* want, int n, const char* wh
 
 // The lower half of the spectrum alone is RealFFT's, bit for bit, at every
 // size, on a random signal, on integers with zeros of both signs and on
-// negative zeros.
+// negative zeros; also with an array lent for the imaginary parts of the
+// half-length transform, which is written only within its N/2 entries.
 TEST(Kernels, LowerHalfIsTheRealTransformsToTheBit) {
   for (int m = 3; m <= 16; ++m) {
     const int n = 1 << m;
@@ -572,10 +573,17 @@ TEST(Kernels, LowerHalfIsTheRealTransformsToTheBit) {
     for (const auto& signal : {RandomSignal(n, 24), integers, negativeZeros}) {
       auto x = signal, y = RandomSignal(n, 26);
       auto hx = signal, hy = RandomSignal(n, 27);
+      auto lx = signal, ly = RandomSignal(n, 28);
+      std::vector<double> lent(static_cast<std::size_t>(n / 2) + 2, 7.0);
       RealFFT(n, x.data(), y.data(), t.sine.data(), t.tan.data(), m - 1);
       RealFFTLowerHalf(n, hx.data(), hy.data(), t.sine.data(), t.tan.data(), m - 1);
+      RealFFTLowerHalf(n, lx.data(), ly.data(), t.sine.data(), t.tan.data(), m - 1, lent.data() + 1);
       ExpectSameBits(hx.data(), x.data(), n / 2 + 1, "real parts");
       ExpectSameBits(hy.data(), y.data(), n / 2 + 1, "imaginary parts");
+      ExpectSameBits(lx.data(), x.data(), n / 2 + 1, "real parts, imaginary half lent");
+      ExpectSameBits(ly.data(), y.data(), n / 2 + 1, "imaginary parts, imaginary half lent");
+      EXPECT_EQ(lent.front(), 7.0);
+      EXPECT_EQ(lent.back(), 7.0);
     }
   }
 }
