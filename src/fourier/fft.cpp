@@ -1971,6 +1971,25 @@ inline __attribute__((always_inline)) void PostQuadJoint(double* x, double* y, c
   PostQuadOutputs<PlainAdds, V, kLowerHalf>(x, y, n, k, sk, tk, sm, tm, xk, yk, xh, yh, xp, yp, xm, ym);
 }
 
+// The outputs the post-processing's steps leave out, from the half-length
+// transform's elements at 0 (x0, y0) and at N/4 (xq, yq): those at N/4 and
+// 3N/4 (the latter unless kLowerHalf) and the real ones at 0 and N/2.
+template <bool kLowerHalf = false>
+inline __attribute__((always_inline)) void PostProcessEnds(int n, double* x, double* y, double x0, double y0,
+                                                           double xq, double yq) {
+  const int h = n / 2, q = n / 4;
+  if constexpr (!kLowerHalf) {
+    x[n - q] = xq;
+    y[n - q] = -yq;
+  }
+  x[q] = xq;
+  y[q] = yq;
+  x[h] = x0 - y0;
+  x[0] = x0 + y0;
+  y[0] = 0;
+  y[h] = 0;
+}
+
 // The post-processing of the fused real transform, from the half-length
 // transform in y (real parts) and ys (imaginary parts: y + N/2, or an array
 // apart) into x and y; with kLowerHalf only the outputs at indices up to
@@ -1978,7 +1997,7 @@ inline __attribute__((always_inline)) void PostQuadJoint(double* x, double* y, c
 template <bool kBothPairsFirst, typename A = PlainAdds, bool kLowerHalf = false>
 inline __attribute__((always_inline)) void PostProcessFused(int n, double* x, double* y, const double* ys,
                                                              const double* s, const double* t) {
-  const int h = n / 2, q = n / 4;
+  const int q = n / 4;
   const double x0 = y[0], y0 = ys[0], xq = y[q], yq = ys[q];
   int k = 1;
   // k = q / 2 is its own partner: both steps give the same outputs, written
@@ -1990,16 +2009,7 @@ inline __attribute__((always_inline)) void PostProcessFused(int n, double* x, do
     for (; k + 3 <= q / 2; k += 4) PostQuad<Quad, A, kLowerHalf>(x, y, ys, s, t, n, k, k + 3 == q / 2);
     for (; k <= q / 2; ++k) PostQuad<double, PlainAdds, kLowerHalf>(x, y, ys, s, t, n, k, k == q / 2);
   }
-  if constexpr (!kLowerHalf) {
-    x[n - q] = xq;
-    y[n - q] = -yq;
-  }
-  x[q] = xq;
-  y[q] = yq;
-  x[h] = x0 - y0;
-  x[0] = x0 + y0;
-  y[0] = 0;
-  y[h] = 0;
+  PostProcessEnds<kLowerHalf>(n, x, y, x0, y0, xq, yq);
 }
 
 
@@ -2054,7 +2064,7 @@ inline __attribute__((always_inline)) void Reversed(const Quad& a, Quad& out) {
 template <typename A = PlainAdds>
 inline __attribute__((always_inline)) void RealTransformOf64Body(double* x, double* y, const double* s,
                                                                  const double* t) {
-  constexpr int n = 64, h = 32, q = 16;
+  constexpr int n = 64, q = 16;
   Quad re[8], im[8];
   HalfTransformOf32Registers<A>(x, s, t, re, im);
   const double x0 = re[0][0], y0 = im[0][0], xq = re[4][0], yq = im[4][0];
@@ -2075,14 +2085,7 @@ inline __attribute__((always_inline)) void RealTransformOf64Body(double* x, doub
     Reversed(im[3 - c], ym);
     PostQuadOutputs<A>(x, y, n, k, sk, tk, sm, tm, xk, yk, xh, yh, xp, yp, xm, ym);
   }
-  x[n - q] = xq;
-  y[n - q] = -yq;
-  x[q] = xq;
-  y[q] = yq;
-  x[h] = x0 - y0;
-  x[0] = x0 + y0;
-  y[0] = 0;
-  y[h] = 0;
+  PostProcessEnds(n, x, y, x0, y0, xq, yq);
 }
 
 // The bit reversal of the fused path with the first three stages: z[k] read
