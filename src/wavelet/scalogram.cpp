@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <limits>
 #include <new>
+#include <utility>
 
 namespace keldo::wavelet {
 namespace {
@@ -181,7 +182,7 @@ bool IsPowerOfTwo(double w) {
 // its envelope exp(-pi u^2) q, and its cosine and sine come from one call
 // when both are wanted.
 template <bool kCosine, bool kSine, bool kPowerOfTwo>
-void GaborValuesDividing(int n, double* cosine, double* sine, double a, double c0, double dx, double f, double s,
+Tails GaborValuesDividing(int n, double* cosine, double* sine, double a, double c0, double dx, double f, double s,
                          double q, double w, const SampleReuse& reuse) {
   const DivideBy<kPowerOfTwo> over(w);
   const double turn = 2 * kPi * f;
@@ -263,13 +264,15 @@ void GaborValuesDividing(int n, double* cosine, double* sine, double a, double c
     }
   }
   for (; i <= tails.above; ++i) sample(i);
+  return tails;
 }
 
+// The samples outside the span returned are 0 (of either sign).
 template <bool kCosine, bool kSine>
-void GaborValues(int n, double* cosine, double* sine, double a, double c0, double dx, double f, double s, double q,
-                 double w, const SampleReuse& reuse = {}) {
-  if (IsPowerOfTwo(w)) GaborValuesDividing<kCosine, kSine, true>(n, cosine, sine, a, c0, dx, f, s, q, w, reuse);
-  else GaborValuesDividing<kCosine, kSine, false>(n, cosine, sine, a, c0, dx, f, s, q, w, reuse);
+Tails GaborValues(int n, double* cosine, double* sine, double a, double c0, double dx, double f, double s, double q,
+                  double w, const SampleReuse& reuse = {}) {
+  if (IsPowerOfTwo(w)) return GaborValuesDividing<kCosine, kSine, true>(n, cosine, sine, a, c0, dx, f, s, q, w, reuse);
+  return GaborValuesDividing<kCosine, kSine, false>(n, cosine, sine, a, c0, dx, f, s, q, w, reuse);
 }
 
 // The samples of a real wavelet's row of scale s, the Gabor parts with the
@@ -321,10 +324,84 @@ double RowProduct(int n, double s, double dx, ScalogramWork& work, double* wr, d
   return work.x[Index(n)] * endSample * dx;
 }
 
+// The complex wavelet's parts on a grid mirrored about the middle sample
+// h = n/2 are, as the transform reads them (samples 0..n-1, taken round a
+// circle), the cosine part even and the sine part odd about h, except for
+// the sine part's sample 0, which is its own mirror. Then the transform of
+// the cosine part is real and the sine part's is imaginary, apart from that
+// sample's constant, and the one real transform of their sum gives both:
+// its real part is the cosine part's, its imaginary part the sine part's.
+// The rounding of that transform is relative to the sum, so it serves only
+// parts of like size: each with at least a sixteenth of the other's energy
+// (a part that nearly vanishes, as the sine part does where u steps by a
+// half, keeps a transform of its own). `PartsMirrored` checks the samples
+// themselves, every pair to the bit, and leaves their sum in `cosine`
+// (sample 0 the cosine part's alone); otherwise it leaves the arrays as
+// they were and says so. Outside `span` both parts are 0, which mirrors and
+// adds to 0, so only the pairs with a sample inside it are looked at.
+bool PartsMirrored(int n, double* cosine, const double* sine, Tails span) {
+  const int h = n / 2;
+  if (n < 4 || sine[h] != 0.0) return false;
+  const int reach = std::min(h - 1, std::max(span.above - h, h - span.below));
+  bool mirrored = true;
+  double even = cosine[0] * cosine[0] + cosine[h] * cosine[h], odd = 0.0;
+  for (int j = 1; j <= reach; ++j) {
+    const double c = cosine[h + j], d = sine[h + j];
+    mirrored &= (c == cosine[h - j]) & (d == -sine[h - j]);
+    even += c * c;
+    odd += d * d;
+  }
+  constexpr double kLikeSize = 1.0 / 16;
+  // (Written so that a NaN sum fails.)
+  if (!mirrored || !(odd >= kLikeSize * even) || !(even >= kLikeSize * odd)) return false;
+  for (int i = std::max(1, h - reach); i <= h + reach; ++i) cosine[i] += sine[i];
+  return true;
+}
+
+// The products of both parts from the transform Z of their sum: the cosine
+// part's spectrum is (Re Z, 0), the sine part's (sine0, Im Z), with sine0
+// the sine part's sample 0; each against the signal's as in MultiplyRow,
+// into (wr, wi) and (wr2, wi2), with the accumulators of both passes.
+__attribute__((target_clones("avx", "default"))) void MultiplyMirroredRows(int n, const double* __restrict__ x, const double* __restrict__ y, double* __restrict__ wr,
+                          double* __restrict__ wi, double* __restrict__ wr2, double* __restrict__ wi2,
+                          double* __restrict__ sum, double* __restrict__ sum2, double s, double dx, double sine0) {
+  const int h = n / 2;
+  for (int k = 0; k <= h; ++k) {
+    const double even = wr[k], odd = wi[k];
+    sum[k] += s * (even * even);
+    sum2[k] += s * (sine0 * sine0 + odd * odd);
+    wr[k] = x[k] * even * dx;
+    wi[k] = y[k] * even * dx;
+    wr2[k] = (x[k] * sine0 - y[k] * odd) * dx;
+    wi2[k] = (x[k] * odd + y[k] * sine0) * dx;
+  }
+}
+
 // Row r >= 1 from samples already in wr[0..n]: its spectrum, the product,
 // the inverse, into `row`.
 void WaveletRow(int n, double s, double dx, ScalogramWork& work, double* wr, double* wi, double* sum, double* row) {
   InvertInto(n, work, wr, wi, RowProduct(n, s, dx, work, wr, wi, sum), row);
+}
+
+// Both parts' spectra times the signal's and dx, from the cosine part's
+// samples in wr[0..n] and the sine part's in wr2[0..n], into (wr, wi) and
+// (wr2, wi2), with their accumulators: one transform of their sum when the
+// grid's centre is its middle sample and PartsMirrored allows it, one each
+// otherwise. Returns the rows' end entries.
+std::pair<double, double> ComplexRowProducts(int n, double s, double dx, ScalogramWork& work, bool middleCentre,
+                                             Tails span) {
+  double* wr = work.wr.data();
+  double* wr2 = work.wr2.data();
+  if (!middleCentre || !PartsMirrored(n, wr, wr2, span))
+    return {RowProduct(n, s, dx, work, wr, work.wi.data(), work.sum.data()),
+            RowProduct(n, s, dx, work, wr2, work.wi2.data(), work.sum2.data())};
+  const double signalEnd = work.x[Index(n)];
+  const std::pair<double, double> ends{signalEnd * wr[n] * dx, signalEnd * wr2[n] * dx};
+  fourier::RealFFTLowerHalf(n, wr, work.wi.data(), work.tables.sine.data(), work.tables.tan.data(), ExponentOf(n) - 1,
+                            work.half.data());
+  MultiplyMirroredRows(n, work.x.data(), work.y.data(), wr, work.wi.data(), wr2, work.wi2.data(), work.sum.data(),
+                       work.sum2.data(), s, dx, wr2[0]);
+  return ends;
 }
 
 // Row 0: the low-pass spectrum phi from the accumulator, real, in the
@@ -553,10 +630,10 @@ ScalogramStatus CreateTheComplexScalogram(const ScalogramSetup& setup, Scalogram
   const bool prepared = PrepareOctaveSamples(work, setup.voices, k0, true, true);
   for (int r = 1; r <= result.shape.nscales; ++r) {
     const double s = ScaleOfRow(r, setup.voices);
-    GaborValues<true, true>(n, work.wr.data(), work.wr2.data(), setup.a, c0, dx, setup.freq, s, std::sqrt(s),
-                            setup.width, ReuseFor(work, prepared, setup.voices, k0, r));
-    const double realEnd = RowProduct(n, s, dx, work, work.wr.data(), work.wi.data(), work.sum.data());
-    const double imagEnd = RowProduct(n, s, dx, work, work.wr2.data(), work.wi2.data(), work.sum2.data());
+    const SampleReuse reuse = ReuseFor(work, prepared, setup.voices, k0, r);
+    const Tails span = GaborValues<true, true>(n, work.wr.data(), work.wr2.data(), setup.a, c0, dx, setup.freq, s,
+                                               std::sqrt(s), setup.width, reuse);
+    const auto [realEnd, imagEnd] = ComplexRowProducts(n, s, dx, work, k0 == n / 2, span);
     double* realRow = result.RealRow(r).data();
     double* imagRow = result.ImagRow(r).data();
     // The two inverses side by side, each with the bits of its own.
