@@ -2592,6 +2592,9 @@ void ComplexFFT(double* x, double* y, const double* s, const double* t, int n, i
 void ComplexFFT(float* x, float* y, const float* s, const float* t, int n, int m) {
   ReverseAndTransform(x, y, s, t, n, m, 1);
 }
+void HalfLengthComplexFFT(double* x, double* y, const double* s, const double* t, int h, int mHalf) {
+  InverseHalfTransform(x, y, s, t, h, mHalf);
+}
 void ComplexFFTCore(float* x, float* y, const float* s, const float* t, int n, int stride) {
   FFTCore(x, y, s, t, n, stride);
 }

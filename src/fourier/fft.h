@@ -66,6 +66,12 @@ void ComplexFFTCore(float* x, float* y, const float* sineTable, const float* tan
 void ComplexFFT(double* x, double* y, const double* sineTable, const double* tanTable, int n, int m);
 void ComplexFFT(float* x, float* y, const float* sineTable, const float* tanTable, int n, int m);
 
+// The complex transform of h = N/2 points with the tables built for N
+// (mHalf = M - 1): BitReversePair then ComplexFFTCore with stride 2, to the
+// bit, by the kernels the real transforms use for their half-length
+// transform inside.
+void HalfLengthComplexFFT(double* x, double* y, const double* sineTable, const double* tanTable, int h, int mHalf);
+
 // Bit reversal and butterflies (tables built for n) of kFFTBatch complex
 // sequences at once, interleaved: element i of sequence c at
 // x[i * kFFTBatch + c]. Each sequence comes out bit for bit as

@@ -1,12 +1,13 @@
 #include "wavelet/scalogram.h"
 
 #include <algorithm>
+#include <bit>
+#include <immintrin.h>
 #include <array>
 #include <cmath>
 #include <cstddef>
 #include <limits>
 #include <new>
-#include <utility>
 
 namespace keldo::wavelet {
 namespace {
@@ -358,50 +359,139 @@ bool PartsMirrored(int n, double* cosine, const double* sine, Tails span) {
   return true;
 }
 
-// The products of both parts from the transform Z of their sum: the cosine
-// part's spectrum is (Re Z, 0), the sine part's (sine0, Im Z), with sine0
-// the sine part's sample 0; each against the signal's as in MultiplyRow,
-// into (wr, wi) and (wr2, wi2), with the accumulators of both passes.
-__attribute__((target_clones("avx", "default"))) void MultiplyMirroredRows(int n, const double* __restrict__ x, const double* __restrict__ y, double* __restrict__ wr,
-                          double* __restrict__ wi, double* __restrict__ wr2, double* __restrict__ wi2,
-                          double* __restrict__ sum, double* __restrict__ sum2, double s, double dx, double sine0) {
-  const int h = n / 2;
-  for (int k = 0; k <= h; ++k) {
-    const double even = wr[k], odd = wi[k];
-    sum[k] += s * (even * even);
-    sum2[k] += s * (sine0 * sine0 + odd * odd);
-    wr[k] = x[k] * even * dx;
-    wi[k] = y[k] * even * dx;
-    wr2[k] = (x[k] * sine0 - y[k] * odd) * dx;
-    wi2[k] = (x[k] * odd + y[k] * sine0) * dx;
-  }
-}
-
 // Row r >= 1 from samples already in wr[0..n]: its spectrum, the product,
 // the inverse, into `row`.
 void WaveletRow(int n, double s, double dx, ScalogramWork& work, double* wr, double* wi, double* sum, double* row) {
   InvertInto(n, work, wr, wi, RowProduct(n, s, dx, work, wr, wi, sum), row);
 }
 
-// Both parts' spectra times the signal's and dx, from the cosine part's
-// samples in wr[0..n] and the sine part's in wr2[0..n], into (wr, wi) and
-// (wr2, wi2), with their accumulators: one transform of their sum when the
-// grid's centre is its middle sample and PartsMirrored allows it, one each
-// otherwise. Returns the rows' end entries.
-std::pair<double, double> ComplexRowProducts(int n, double s, double dx, ScalogramWork& work, bool middleCentre,
-                                             Tails span) {
+// The rows of both parts from the transform Z[0..h] (h = n/2) of their sum.
+// The cosine part's spectrum is (Re Z, 0) and the sine part's (sine0, Im Z),
+// sine0 being the sine part's sample 0; each goes into its accumulator as
+// s (Wr^2 + Wi^2), and against the signal's spectrum times dx, F = Z W dx,
+// as in MultiplyRow. The inverses then go the usual way for a real
+// signal: the half spectrum F[0..h] folded into the h-point sequence
+//   G[k] = F[k] + F[k + h] + i e^(-2 pi i k/n) (F[k] - F[k + h]),
+// F[k + h] being conj F[h - k], whose transform with the negative exponent
+// is z[m] = x[2m] + i x[2m + 1], x the sums RealInverseFFT makes. Each pair
+// k, h - k folds together. The complex transform's exponent is positive,
+// so it is handed conj G and its output is conjugated (MirroredRowOut).
+// The sums are RealInverseFFT's, rounded along another path.
+struct Fold {
+  double re, im, reMirror, imMirror;  // conj G at k and at h - k
+};
+
+// A = F[k], B = conj F[h - k]; (c, sn) = (cos, sin)(2 pi k / n).
+inline Fold FoldPair(double ar, double ai, double fr, double fi, double c, double sn) {
+  const double br = fr, bi = -fi;
+  const double sr = ar + br, si = ai + bi, dr = ar - br, di = ai - bi;
+  const double er = c * dr + sn * di, ei = c * di - sn * dr;  // e^(-2 pi i k/n) (A - B)
+  return {sr - ei, -(si + er), sr + ei, si - er};
+}
+
+__attribute__((target_clones("avx", "default"))) void FoldMirroredRows(
+    int n, const double* __restrict__ x, const double* __restrict__ y, double* __restrict__ wr,
+    double* __restrict__ wi, double* __restrict__ wr2, double* __restrict__ wi2, double* __restrict__ sum,
+    double* __restrict__ sum2, const double* __restrict__ sine, double s, double dx, double sine0) {
+  const int h = n / 2, q = n / 4;
+  const double sine0Squared = sine0 * sine0;
+  // The accumulators and the products at one index, into (cr, ci) for the
+  // cosine part and (sr, si) for the sine part.
+  const auto spectra = [&](int k, double& cr, double& ci, double& sr, double& si) {
+    const double even = wr[k], odd = wi[k];
+    sum[k] += s * (even * even);
+    sum2[k] += s * (sine0Squared + odd * odd);
+    cr = x[k] * even * dx;
+    ci = y[k] * even * dx;
+    sr = (x[k] * sine0 - y[k] * odd) * dx;
+    si = (x[k] * odd + y[k] * sine0) * dx;
+  };
+  double c0r, c0i, s0r, s0i, chr, chi, shr, shi;
+  spectra(0, c0r, c0i, s0r, s0i);
+  spectra(h, chr, chi, shr, shi);
+  // k = 0 pairs with h, both real.
+  wr[0] = c0r + chr;
+  wi[0] = -(c0r - chr);
+  wr2[0] = s0r + shr;
+  wi2[0] = -(s0r - shr);
+  for (int k = 1; k < q; ++k) {
+    const int j = h - k;
+    double ckr, cki, skr, ski, cjr, cji, sjr, sji;
+    spectra(k, ckr, cki, skr, ski);
+    spectra(j, cjr, cji, sjr, sji);
+    const double c = sine[q - k], sn = sine[k];
+    const Fold cosine = FoldPair(ckr, cki, cjr, cji, c, sn);
+    const Fold sinePart = FoldPair(skr, ski, sjr, sji, c, sn);
+    wr[k] = cosine.re;
+    wi[k] = cosine.im;
+    wr[j] = cosine.reMirror;
+    wi[j] = cosine.imMirror;
+    wr2[k] = sinePart.re;
+    wi2[k] = sinePart.im;
+    wr2[j] = sinePart.reMirror;
+    wi2[j] = sinePart.imMirror;
+  }
+  // k = h/2 is its own partner: G = 2 F there.
+  double cqr, cqi, sqr, sqi;
+  spectra(q, cqr, cqi, sqr, sqi);
+  wr[q] = 2 * cqr;
+  wi[q] = -(2 * cqi);
+  wr2[q] = 2 * sqr;
+  wi2[q] = -(2 * sqi);
+}
+
+// Row columns 0..n-1 from the transform R of conj G: x[2m] = Re R[m],
+// x[2m + 1] = -Im R[m], with the halves exchanged, row[j] = x[(j + h) mod n].
+// The rows, 512 KiB each at 65536 points and not read again while the
+// scalogram is computed, go straight to memory past the caches (stores
+// that do not first fetch the lines they fill); the fence puts them in
+// order before anything the caller stores after.
+void MirroredRowOut(int n, const double* __restrict__ re, const double* __restrict__ im, double* __restrict__ row) {
+  const int h = n / 2, q = n / 4;
+  const auto put = [](double* at, double v) {
+    _mm_stream_si64(reinterpret_cast<long long*>(at), std::bit_cast<long long>(v));
+  };
+  for (int m = 0; m < q; ++m) {
+    put(row + 2 * m, re[m + q]);
+    put(row + 2 * m + 1, -im[m + q]);
+  }
+  for (int m = 0; m < q; ++m) {
+    put(row + h + 2 * m, re[m]);
+    put(row + h + 2 * m + 1, -im[m]);
+  }
+  _mm_sfence();
+}
+
+// Rows r of both parts, from the cosine part's samples in wr[0..n] and the
+// sine part's in wr2[0..n]: one transform of their sum when the grid's
+// centre is its middle sample and PartsMirrored allows it, one each
+// otherwise.
+void ComplexRows(int n, double s, double dx, ScalogramWork& work, bool middleCentre, Tails span, double* realRow,
+                 double* imagRow) {
   double* wr = work.wr.data();
   double* wr2 = work.wr2.data();
-  if (!middleCentre || !PartsMirrored(n, wr, wr2, span))
-    return {RowProduct(n, s, dx, work, wr, work.wi.data(), work.sum.data()),
-            RowProduct(n, s, dx, work, wr2, work.wi2.data(), work.sum2.data())};
   const double signalEnd = work.x[Index(n)];
-  const std::pair<double, double> ends{signalEnd * wr[n] * dx, signalEnd * wr2[n] * dx};
-  fourier::RealFFTLowerHalf(n, wr, work.wi.data(), work.tables.sine.data(), work.tables.tan.data(), ExponentOf(n) - 1,
-                            work.half.data());
-  MultiplyMirroredRows(n, work.x.data(), work.y.data(), wr, work.wi.data(), wr2, work.wi2.data(), work.sum.data(),
-                       work.sum2.data(), s, dx, wr2[0]);
-  return ends;
+  const double realEnd = signalEnd * wr[n] * dx, imagEnd = signalEnd * wr2[n] * dx;
+  if (middleCentre && n >= 16 && PartsMirrored(n, wr, wr2, span)) {
+    fourier::RealFFTLowerHalf(n, wr, work.wi.data(), work.tables.sine.data(), work.tables.tan.data(),
+                              ExponentOf(n) - 1, work.half.data());
+    FoldMirroredRows(n, work.x.data(), work.y.data(), wr, work.wi.data(), wr2, work.wi2.data(), work.sum.data(),
+                     work.sum2.data(), work.tables.sine.data(), s, dx, wr2[0]);
+    const double* sine = work.tables.sine.data();
+    const double* tan = work.tables.tan.data();
+    fourier::HalfLengthComplexFFT(wr, work.wi.data(), sine, tan, n / 2, ExponentOf(n) - 1);
+    fourier::HalfLengthComplexFFT(wr2, work.wi2.data(), sine, tan, n / 2, ExponentOf(n) - 1);
+    MirroredRowOut(n, wr, work.wi.data(), realRow);
+    MirroredRowOut(n, wr2, work.wi2.data(), imagRow);
+  } else {
+    RowProduct(n, s, dx, work, wr, work.wi.data(), work.sum.data());
+    RowProduct(n, s, dx, work, wr2, work.wi2.data(), work.sum2.data());
+    // The two inverses side by side, each with the bits of its own.
+    fourier::RealInverseFFTSwappedPair(n, ExponentOf(n) - 6, wr, work.wi.data(), realRow, wr2, work.wi2.data(),
+                                       imagRow, work.tables.sine.data(), work.tables.tan.data());
+  }
+  realRow[n] = realEnd;
+  imagRow[n] = imagEnd;
 }
 
 // Row 0: the low-pass spectrum phi from the accumulator, real, in the
@@ -633,15 +723,7 @@ ScalogramStatus CreateTheComplexScalogram(const ScalogramSetup& setup, Scalogram
     const SampleReuse reuse = ReuseFor(work, prepared, setup.voices, k0, r);
     const Tails span = GaborValues<true, true>(n, work.wr.data(), work.wr2.data(), setup.a, c0, dx, setup.freq, s,
                                                std::sqrt(s), setup.width, reuse);
-    const auto [realEnd, imagEnd] = ComplexRowProducts(n, s, dx, work, k0 == n / 2, span);
-    double* realRow = result.RealRow(r).data();
-    double* imagRow = result.ImagRow(r).data();
-    // The two inverses side by side, each with the bits of its own.
-    fourier::RealInverseFFTSwappedPair(n, ExponentOf(n) - 6, work.wr.data(), work.wi.data(), realRow,
-                                       work.wr2.data(), work.wi2.data(), imagRow, work.tables.sine.data(),
-                                       work.tables.tan.data());
-    realRow[n] = realEnd;
-    imagRow[n] = imagEnd;
+    ComplexRows(n, s, dx, work, k0 == n / 2, span, result.RealRow(r).data(), result.ImagRow(r).data());
     if (AskToStop(r, onRow)) return ScalogramStatus::Stopped;
   }
   LowPassRow(n, dx, work, work.sum.data(), result.RealRow(0).data());

@@ -672,6 +672,22 @@ TEST(Kernels, ComplexTransformIsBitForBitReversalThenSteps) {
   }
 }
 
+// The half-length transform with the tables of twice its length against
+// the permutation and the step-order core with stride 2, bit for bit.
+TEST(Kernels, HalfLengthTransformIsBitForBitReversalThenStepsOfStride2) {
+  for (int m = 3; m <= 17; ++m) {
+    const int n = 1 << m, h = n / 2;
+    TrigTables t(n);
+    auto x = RandomSignal(h, 43), y = RandomSignal(h, 44);
+    auto rx = x, ry = y;
+    HalfLengthComplexFFT(x.data(), y.data(), t.sine.data(), t.tan.data(), h, m - 1);
+    BitReversePair(rx.data(), ry.data(), h, m - 1);
+    StepOrderCore(rx.data(), ry.data(), t.sine.data(), t.tan.data(), h, 2);
+    ExpectSameBits(x.data(), rx.data(), h, "real parts");
+    ExpectSameBits(y.data(), ry.data(), h, "imaginary parts");
+  }
+}
+
 TEST(Kernels, SwapHalvesExchangesTheHalves) {
   std::vector<double> a = {0, 1, 2, 3, 4, 5, 6, 7};
   SwapHalves(8, a.data());

@@ -323,18 +323,21 @@ std::vector<std::uint64_t> BitsOf(std::span<const double> row) {
 // the plain steps to the bit: over several octaves, where the rows above
 // the first octave take the first octave's exp, cos and sin of samples
 // whose u they share, on a mirrored grid, one centred at 0, one that does
-// not mirror, with three voices (whose scales do not all double to the bit)
-// and with a width that is not a power of two. So are the complex
-// wavelet's rows on the grid that does not mirror about its middle sample;
-// on the others both parts come from one transform of their sum, whose
-// rounding is relative to the sum, and each row is the plain steps' within
-// 1e-12 of its largest value.
+// not mirror, with three voices (whose scales do not all double to the bit),
+// with a width that is not a power of two, and on grids of 16 and 32
+// points. So are the complex wavelet's rows on the grid that does not
+// mirror about its middle sample. On the others both parts come from one
+// transform of their sum, whose rounding is relative to the sum, and the
+// inverses take another path: each row is the plain steps' within 1e-12 of
+// its largest value.
 TEST(ScalogramTest, RowsAreThoseOfThePlainStepsToTheBit) {
   const PlainSampler setups[] = {
       {0.0, 16.0, 16.0 / 4096, 1.0, 1.0, 4096, 16},
       {-1.0, 1.0, 2.0 / 1024, 1.5, 0.7, 1024, 3},
       {0.3, 7.1, 6.8 / 2048, 0.8, 2.0, 2048, 4},
       {0.0, 4.0, 4.0 / 1024, 2.0, 0.5, 1024, 1},
+      {0.0, 2.0, 2.0 / 16, 1.0, 1.0, 16, 2},
+      {-1.0, 1.0, 2.0 / 32, 0.5, 1.0, 32, 2},
   };
   for (const PlainSampler& p : setups) {
     std::vector<double> sig(static_cast<std::size_t>(p.n) + 1);
