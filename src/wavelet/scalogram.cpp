@@ -6,8 +6,11 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <cstring>
 #include <limits>
 #include <new>
+
+#include "common/transpose4.h"
 
 namespace keldo::wavelet {
 namespace {
@@ -66,6 +69,16 @@ inline int MirrorOf(int i, int k0) {
   return k0 >= 0 && j >= 0 && j < i ? j : -1;
 }
 
+// The last sample of the unbroken run above k0 whose partners below mirror
+// them (k0 itself when the first does not; -1 without a centre sample).
+int MirroredTo(int n, double a, double c0, double dx, int k0) {
+  if (k0 < 0) return -1;
+  const int last = std::min(n, 2 * k0);
+  int m = k0 + 1;
+  while (m <= last && OffsetOf(2 * k0 - m, a, c0, dx) == -OffsetOf(m, a, c0, dx)) ++m;
+  return m - 1;
+}
+
 // The samples past a wavelet's reach, |C - t| > reach, where its exponent
 // passes kExpUnderflow and the formula gives 0 without calling exp: those
 // below `below` and above `above` are past it with room for every rounding
@@ -120,6 +133,10 @@ struct SampleReuse {
   double* keepCos = nullptr;
   double* keepSin = nullptr;
   int* wroteFrom = nullptr;
+  // The grid's samples k0 + 1 .. mirroredTo all have partners at 2 k0 - i
+  // whose offsets are their exact opposites: found once for all the rows
+  // (MirroredTo), -1 where not known.
+  int mirroredTo = -1;
   // The index of the lower row's sample for sample i, or -1 if it kept none.
   int Source(int i, int k0) const {
     if (!read || i > k0) return -1;
@@ -170,6 +187,11 @@ struct DivideBy {
     if constexpr (kPowerOfTwo) return x * inverse;
     else return x / w;
   }
+  // The same for four lanes, in place (vectors pass by reference here).
+  void Lanes(Doubles4& x) const {
+    if constexpr (kPowerOfTwo) x *= inverse;
+    else x /= w;
+  }
   double w, inverse;
 };
 
@@ -178,6 +200,88 @@ bool IsPowerOfTwo(double w) {
   return w > 0.0 && std::frexp(w, &exponent) == 0.5 && exponent > -1000 && exponent < 1000;
 }
 
+// Samples i, i - 1, ... down to `below` that read their values an octave
+// below, four at a time while every one of the four does (its u within the
+// underflow and the same to the bit as its source's), the others through
+// `sample` one by one as before: the same operations lane by lane, and so
+// the same bits. The four sources, 2 i - k0 and every second one below,
+// come from one run of eight values, and are read before the four values
+// kept are written (in place, at i - 3..i). Returns where the runs
+// stopped, short of the lower row's first kept value.
+// Elements 7, 5, 3 and 1 of at[0..7] into the lanes of v; lanes 3..0 of v
+// to at[0..3]. (Vectors pass by reference, never by value.)
+inline __attribute__((always_inline)) void EverySecondDown(const double* at, Doubles4& v) {
+  Doubles4 low, high;
+  std::memcpy(&low, at, sizeof low);
+  std::memcpy(&high, at + 4, sizeof high);
+  v = __builtin_shufflevector(low, high, 7, 5, 3, 1);
+}
+
+inline __attribute__((always_inline)) void StoreDown(double* at, const Doubles4& v) {
+  const Doubles4 down = __builtin_shufflevector(v, v, 3, 2, 1, 0);
+  std::memcpy(at, &down, sizeof down);
+}
+
+template <bool kCosine, bool kSine, bool kPowerOfTwo, typename Sample>
+inline __attribute__((always_inline)) int ReusedRunsBody(int i, int below, int k0, double a, double c0, double dx,
+                                                         double s, double q, double w, double* cosine, double* sine,
+                                                         const SampleReuse& reuse, Sample& sample) {
+  const DivideBy<kPowerOfTwo> over(w);
+  const Doubles4 lane = {0.0, 1.0, 2.0, 3.0};
+  // Lanes i - l, l = 0..3; the source of lane l is 2 i - k0 - 2 l.
+  for (; i - 3 >= below; i -= 4) {
+    const int lowest = 2 * (i - 3) - k0;
+    if (lowest - 1 < 0 || lowest < reuse.from) break;
+    const Doubles4 index = static_cast<double>(i) - lane;
+    Doubles4 u = (c0 - (a + index * dx)) * s;
+    over.Lanes(u);
+    const Doubles4 g = kPi * (u * u);
+    const Doubles4 source = static_cast<double>(2 * i - k0) - 2.0 * lane;
+    Doubles4 sourceU = (c0 - (a + source * dx)) * reuse.scale;
+    over.Lanes(sourceU);
+    const auto apart = (g > kExpUnderflow) | (sourceU != u);
+    if (apart[0] | apart[1] | apart[2] | apart[3]) {
+      for (int l = 0; l < 4; ++l) sample(i - l);
+      continue;
+    }
+    // Elements lowest - 1 .. lowest + 6; lane l's source is element 7 - 2 l.
+    Doubles4 e, cosValue{}, sinValue{};
+    EverySecondDown(reuse.exps + lowest - 1, e);
+    if constexpr (kCosine) EverySecondDown(reuse.coss + lowest - 1, cosValue);
+    if constexpr (kSine) EverySecondDown(reuse.sins + lowest - 1, sinValue);
+    StoreDown(reuse.keepExp + i - 3, e);
+    if constexpr (kCosine) StoreDown(reuse.keepCos + i - 3, cosValue);
+    if constexpr (kSine) StoreDown(reuse.keepSin + i - 3, sinValue);
+    const Doubles4 envelope = e * q;
+    if constexpr (kCosine) {
+      Doubles4 value = envelope * cosValue;
+      over.Lanes(value);
+      StoreDown(cosine + i - 3, value);
+    }
+    if constexpr (kSine) {
+      Doubles4 value = envelope * sinValue;
+      over.Lanes(value);
+      StoreDown(sine + i - 3, value);
+    }
+  }
+  return i;
+}
+
+template <bool kCosine, bool kSine, bool kPowerOfTwo, typename Sample>
+__attribute__((target("avx"))) int ReusedRunsWide(int i, int below, int k0, double a, double c0, double dx, double s,
+                                                   double q, double w, double* cosine, double* sine,
+                                                   const SampleReuse& reuse, Sample& sample) {
+  return ReusedRunsBody<kCosine, kSine, kPowerOfTwo>(i, below, k0, a, c0, dx, s, q, w, cosine, sine, reuse, sample);
+}
+
+template <bool kCosine, bool kSine, bool kPowerOfTwo, typename Sample>
+int ReusedRuns(int i, int below, int k0, double a, double c0, double dx, double s, double q, double w,
+               double* cosine, double* sine, const SampleReuse& reuse, Sample& sample) {
+  static const bool wide = __builtin_cpu_supports("avx");
+  if (wide) return ReusedRunsWide<kCosine, kSine, kPowerOfTwo>(i, below, k0, a, c0, dx, s, q, w, cosine, sine, reuse,
+                                                                sample);
+  return ReusedRunsBody<kCosine, kSine, kPowerOfTwo>(i, below, k0, a, c0, dx, s, q, w, cosine, sine, reuse, sample);
+}
 // The Gabor wavelet's parts, the cosine part into `cosine` when kCosine
 // and the sine part into `sine` when kSine. Both parts of a sample share
 // its envelope exp(-pi u^2) q, and its cosine and sine come from one call
@@ -201,7 +305,9 @@ Tails GaborValuesDividing(int n, double* cosine, double* sine, double a, double 
     // mirrored where its offset is the exact opposite (a test without
     // branches).
     const int last = k0 >= 0 ? std::max(tails.above, std::min(n, 2 * k0)) : tails.above;
-    for (int i = tails.above + 1; i <= last; ++i)
+    const int known = std::clamp(reuse.mirroredTo, tails.above, last);
+    std::fill(sine + tails.above + 1, sine + known + 1, -0.0);
+    for (int i = known + 1; i <= last; ++i)
       sine[i] = OffsetOf(2 * k0 - i, a, c0, dx) == -OffsetOf(i, a, c0, dx) ? -0.0 : 0.0;
     std::fill(sine + last + 1, sine + n + 1, 0.0);
   }
@@ -247,15 +353,21 @@ Tails GaborValuesDividing(int n, double* cosine, double* sine, double a, double 
   // the place it reads them from, at index 2 i - k0 <= i, reads each before
   // it is overwritten.
   const int centre = std::clamp(k0, tails.below - 1, tails.above);
-  for (int i = centre; i >= tails.below; --i) sample(i);
-  int i = centre + 1;
+  int i = centre;
+  if (reuse.read && reuse.write && centre == k0)
+    i = ReusedRuns<kCosine, kSine, kPowerOfTwo>(i, tails.below, k0, a, c0, dx, s, q, w, cosine, sine, reuse, sample);
+  for (; i >= tails.below; --i) sample(i);
+  i = centre + 1;
   if (centre == k0) {
     // Above the centre up to 2 k0 every sample has its partner below; where
     // every one of them mirrors to the bit (a test without branches), they
     // are copied in a plain loop.
     const int last = std::min(tails.above, 2 * k0);
-    bool mirrored = true;
-    for (int m = i; m <= last; ++m) mirrored &= OffsetOf(2 * k0 - m, a, c0, dx) == -OffsetOf(m, a, c0, dx);
+    bool mirrored = last <= reuse.mirroredTo;
+    if (!mirrored) {
+      mirrored = true;
+      for (int m = i; m <= last; ++m) mirrored &= OffsetOf(2 * k0 - m, a, c0, dx) == -OffsetOf(m, a, c0, dx);
+    }
     if (mirrored) {
       for (int m = i; m <= last; ++m) {
         if constexpr (kCosine) cosine[m] = cosine[2 * k0 - m];
@@ -635,8 +747,9 @@ bool PrepareOctaveSamples(ScalogramWork& work, int voices, int k0, bool cosine, 
 // own in the place of its voice, where the row an octave below kept its
 // values, and reads those first when its scale is twice that row's to the
 // bit.
-SampleReuse ReuseFor(ScalogramWork& work, bool prepared, int voices, int k0, int r) {
+SampleReuse ReuseFor(ScalogramWork& work, bool prepared, int voices, int k0, int mirroredTo, int r) {
   SampleReuse reuse;
+  reuse.mirroredTo = mirroredTo;
   if (!prepared) return reuse;
   const std::size_t voice = Index((r - 1) % voices);
   const std::size_t at = voice * (Index(k0) + 1);
@@ -695,10 +808,11 @@ ScalogramStatus CreateTheRealScalogram(const ScalogramSetup& setup, ScalogramWor
   const bool cosines = setup.wavelet == ScalWavelet::GaborCosine || setup.wavelet == ScalWavelet::GaborComplex;
   // (The Mexican hat's exp costs less than finding a sample's partner.)
   const bool prepared = (cosines || sines) && PrepareOctaveSamples(work, setup.voices, k0, cosines, sines);
+  const int mirroredTo = MirroredTo(n, setup.a, CentreOf(setup.a, setup.b), dx, k0);
   for (int r = 1; r <= result.shape.nscales; ++r) {
     const double s = ScaleOfRow(r, setup.voices);
     SampleRow(n, work.wr.data(), setup.a, setup.b, dx, setup.freq, s, setup.wavelet, setup.width,
-              ReuseFor(work, prepared, setup.voices, k0, r));
+              ReuseFor(work, prepared, setup.voices, k0, mirroredTo, r));
     WaveletRow(n, s, dx, work, work.wr.data(), work.wi.data(), work.sum.data(), result.RealRow(r).data());
     if (AskToStop(r, onRow)) return ScalogramStatus::Stopped;
   }
@@ -718,9 +832,10 @@ ScalogramStatus CreateTheComplexScalogram(const ScalogramSetup& setup, Scalogram
   const double c0 = CentreOf(setup.a, setup.b);
   const int k0 = MirrorIndex(n, setup.a, c0, dx);
   const bool prepared = PrepareOctaveSamples(work, setup.voices, k0, true, true);
+  const int mirroredTo = MirroredTo(n, setup.a, c0, dx, k0);
   for (int r = 1; r <= result.shape.nscales; ++r) {
     const double s = ScaleOfRow(r, setup.voices);
-    const SampleReuse reuse = ReuseFor(work, prepared, setup.voices, k0, r);
+    const SampleReuse reuse = ReuseFor(work, prepared, setup.voices, k0, mirroredTo, r);
     const Tails span = GaborValues<true, true>(n, work.wr.data(), work.wr2.data(), setup.a, c0, dx, setup.freq, s,
                                                std::sqrt(s), setup.width, reuse);
     ComplexRows(n, s, dx, work, k0 == n / 2, span, result.RealRow(r).data(), result.ImagRow(r).data());
