@@ -2155,6 +2155,16 @@ __attribute__((target("avx512f,avx512vl"))) void RealTransformFusedMany(int n, d
   RealTransformFusedBody<kSmall, kLowerHalf>(n, x, y, yi, s, t, mHalf);
 }
 
+// The half-length complex transform of the fused path alone, from
+// interleaved pairs into (re, im).
+__attribute__((target("avx512f,avx512vl"))) void InterleavedTransformMany(const double* z, double* re, double* im,
+                                                                           const double* s, const double* t, int h,
+                                                                           int mHalf) {
+  FusedTiles(h, z, re, im, s, t, mHalf);
+  if (h >= kManyPairsFrom) FFTCoreWith(re, im, s, t, h, 2, true, ManyColumnWideStages{});
+  else FFTCoreWith(re, im, s, t, h, 2, true, ColumnWideStages{});
+}
+
 // N = 64, the whole transform in registers, in the order written (see
 // KELDO_PLAIN_ORDER).
 __attribute__((target("avx512f,avx512vl"))) KELDO_PLAIN_ORDER void RealTransformOf64Many(double* x, double* y,
@@ -2594,6 +2604,26 @@ void ComplexFFT(float* x, float* y, const float* s, const float* t, int n, int m
 }
 void HalfLengthComplexFFT(double* x, double* y, const double* s, const double* t, int h, int mHalf) {
   InverseHalfTransform(x, y, s, t, h, mHalf);
+}
+void HalfLengthComplexFFTOfPairs(const double* z, double* re, double* im, const double* s, const double* t, int h,
+                                 int mHalf) {
+  static const bool wide = __builtin_cpu_supports("avx");
+  if (!wide || mHalf < 7) {
+    for (int k = 0; k < h; ++k) {
+      re[k] = z[2 * k];
+      im[k] = z[2 * k + 1];
+    }
+    BitReverseBoth(re, im, h, mHalf);
+    FFTCore(re, im, s, t, h, 2);
+  } else if (ManyRegisters()) {
+    InterleavedTransformMany(z, re, im, s, t, h, mHalf);
+  } else if (HasFma()) {
+    FusedTilesFma(h, z, re, im, s, t, mHalf);
+    FusedStagesFma(h, re, im, s, t);
+  } else {
+    FusedTilesWide(h, z, re, im, s, t, mHalf);
+    FusedStagesWide(h, re, im, s, t);
+  }
 }
 void ComplexFFTCore(float* x, float* y, const float* s, const float* t, int n, int stride) {
   FFTCore(x, y, s, t, n, stride);

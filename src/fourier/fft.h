@@ -71,6 +71,13 @@ void ComplexFFT(float* x, float* y, const float* sineTable, const float* tanTabl
 // bit, by the kernels the real transforms use for their half-length
 // transform inside.
 void HalfLengthComplexFFT(double* x, double* y, const double* sineTable, const double* tanTable, int h, int mHalf);
+// The same transform of the sequence z[2k] + i z[2k + 1] (k = 0..h-1), the
+// pairs interleaved in one array, into (re, im), arrays apart from z: the
+// same bits, by the passes the real transform uses for its half-length
+// transform, whose permutation reads the pairs in place of splitting them
+// first.
+void HalfLengthComplexFFTOfPairs(const double* z, double* re, double* im, const double* sineTable,
+                                 const double* tanTable, int h, int mHalf);
 
 // Bit reversal and butterflies (tables built for n) of kFFTBatch complex
 // sequences at once, interleaved: element i of sequence c at

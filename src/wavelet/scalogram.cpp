@@ -489,67 +489,157 @@ void WaveletRow(int n, double s, double dx, ScalogramWork& work, double* wr, dou
 // k, h - k folds together. The complex transform's exponent is positive,
 // so it is handed conj G and its output is conjugated (MirroredRowOut).
 // The sums are RealInverseFFT's, rounded along another path.
-struct Fold {
-  double re, im, reMirror, imMirror;  // conj G at k and at h - k
+//
+// The folded sequences go out as interleaved pairs, conj G[k] to
+// cosPairs[2k], cosPairs[2k + 1] for the cosine part and to sinPairs for
+// the sine part, which the transform's permutation reads as they are
+// (HalfLengthComplexFFTOfPairs). The pairs k, h - k go four at a time, k
+// upwards in the lanes of vectors and h - k downwards: the same operations
+// lane by lane as one pair at a time.
+struct FoldRows {
+  const double* x;
+  const double* y;
+  const double* zr;
+  const double* zi;
+  double* cosPairs;
+  double* sinPairs;
+  double* sum;
+  double* sum2;
+  const double* sine;
+  double s, dx, sine0;
 };
 
-// A = F[k], B = conj F[h - k]; (c, sn) = (cos, sin)(2 pi k / n).
-inline Fold FoldPair(double ar, double ai, double fr, double fi, double c, double sn) {
-  const double br = fr, bi = -fi;
-  const double sr = ar + br, si = ai + bi, dr = ar - br, di = ai - bi;
-  const double er = c * dr + sn * di, ei = c * di - sn * dr;  // e^(-2 pi i k/n) (A - B)
-  return {sr - ei, -(si + er), sr + ei, si - er};
+// Four lanes, or one, with their loads and stores, upwards from an index
+// or downwards. (Vectors pass by reference, never by value.)
+template <typename V>
+struct FoldLanes;
+
+template <>
+struct FoldLanes<double> {
+  template <bool kDown>
+  static void Load(const double* at, double& v) {
+    v = *at;
+  }
+  template <bool kDown>
+  static void Store(double* at, const double& v) {
+    *at = v;
+  }
+  // Pairs (re, im) of the lanes' indices.
+  template <bool kDown>
+  static void StorePairs(double* pairs, int k, const double& re, const double& im) {
+    pairs[2 * k] = re;
+    pairs[2 * k + 1] = im;
+  }
+};
+
+template <>
+struct FoldLanes<Doubles4> {
+  template <bool kDown>
+  static inline __attribute__((always_inline)) void Load(const double* at, Doubles4& v) {
+    std::memcpy(&v, kDown ? at - 3 : at, sizeof v);
+    if constexpr (kDown) v = __builtin_shufflevector(v, v, 3, 2, 1, 0);
+  }
+  template <bool kDown>
+  static inline __attribute__((always_inline)) void Store(double* at, const Doubles4& v) {
+    Doubles4 out = v;
+    if constexpr (kDown) out = __builtin_shufflevector(v, v, 3, 2, 1, 0);
+    std::memcpy(kDown ? at - 3 : at, &out, sizeof out);
+  }
+  template <bool kDown>
+  static inline __attribute__((always_inline)) void StorePairs(double* pairs, int k, const Doubles4& re,
+                                                               const Doubles4& im) {
+    Doubles4 r = re, i = im;
+    if constexpr (kDown) {
+      r = __builtin_shufflevector(re, re, 3, 2, 1, 0);
+      i = __builtin_shufflevector(im, im, 3, 2, 1, 0);
+    }
+    const Doubles4 low = __builtin_shufflevector(r, i, 0, 4, 1, 5), high = __builtin_shufflevector(r, i, 2, 6, 3, 7);
+    double* at = pairs + 2 * (kDown ? k - 3 : k);
+    std::memcpy(at, &low, sizeof low);
+    std::memcpy(at + 4, &high, sizeof high);
+  }
+};
+
+// The accumulators and both parts' products at the lanes of index k.
+template <typename V, bool kDown>
+inline __attribute__((always_inline)) void FoldSpectra(const FoldRows& f, int k, V& cr, V& ci, V& sr, V& si) {
+  using L = FoldLanes<V>;
+  V even, odd, x, y, sum, sum2;
+  L::template Load<kDown>(f.zr + k, even);
+  L::template Load<kDown>(f.zi + k, odd);
+  L::template Load<kDown>(f.x + k, x);
+  L::template Load<kDown>(f.y + k, y);
+  L::template Load<kDown>(f.sum + k, sum);
+  L::template Load<kDown>(f.sum2 + k, sum2);
+  sum += f.s * (even * even);
+  sum2 += f.s * (f.sine0 * f.sine0 + odd * odd);
+  L::template Store<kDown>(f.sum + k, sum);
+  L::template Store<kDown>(f.sum2 + k, sum2);
+  cr = x * even * f.dx;
+  ci = y * even * f.dx;
+  sr = (x * f.sine0 - y * odd) * f.dx;
+  si = (x * odd + y * f.sine0) * f.dx;
 }
 
-__attribute__((target_clones("avx", "default"))) void FoldMirroredRows(
-    int n, const double* __restrict__ x, const double* __restrict__ y, double* __restrict__ wr,
-    double* __restrict__ wi, double* __restrict__ wr2, double* __restrict__ wi2, double* __restrict__ sum,
-    double* __restrict__ sum2, const double* __restrict__ sine, double s, double dx, double sine0) {
+// conj G at k and at h - k from A = F[k] and F[h - k] (fr, fi); (c, sn) =
+// (cos, sin)(2 pi k / n).
+template <typename V>
+inline __attribute__((always_inline)) void FoldPairInto(const V& ar, const V& ai, const V& fr, const V& fi,
+                                                        const V& c, const V& sn, V& re, V& im, V& reMirror,
+                                                        V& imMirror) {
+  const V br = fr, bi = -fi;
+  const V sr = ar + br, si = ai + bi, dr = ar - br, di = ai - bi;
+  const V er = c * dr + sn * di, ei = c * di - sn * dr;  // e^(-2 pi i k/n) (A - B)
+  re = sr - ei;
+  im = -(si + er);
+  reMirror = sr + ei;
+  imMirror = si - er;
+}
+
+template <typename V>
+inline __attribute__((always_inline)) void FoldLanesAt(const FoldRows& f, int h, int q, int k) {
+  using L = FoldLanes<V>;
+  V ckr, cki, skr, ski, cjr, cji, sjr, sji, c, sn;
+  FoldSpectra<V, false>(f, k, ckr, cki, skr, ski);
+  FoldSpectra<V, true>(f, h - k, cjr, cji, sjr, sji);
+  L::template Load<true>(f.sine + q - k, c);
+  L::template Load<false>(f.sine + k, sn);
+  V re, im, reMirror, imMirror;
+  FoldPairInto(ckr, cki, cjr, cji, c, sn, re, im, reMirror, imMirror);
+  L::template StorePairs<false>(f.cosPairs, k, re, im);
+  L::template StorePairs<true>(f.cosPairs, h - k, reMirror, imMirror);
+  FoldPairInto(skr, ski, sjr, sji, c, sn, re, im, reMirror, imMirror);
+  L::template StorePairs<false>(f.sinPairs, k, re, im);
+  L::template StorePairs<true>(f.sinPairs, h - k, reMirror, imMirror);
+}
+
+inline __attribute__((always_inline)) void FoldMirroredRowsBody(int n, const FoldRows& rows) {
+  const FoldRows f = rows;  // a copy no store through the arrays can reach
   const int h = n / 2, q = n / 4;
-  const double sine0Squared = sine0 * sine0;
-  // The accumulators and the products at one index, into (cr, ci) for the
-  // cosine part and (sr, si) for the sine part.
-  const auto spectra = [&](int k, double& cr, double& ci, double& sr, double& si) {
-    const double even = wr[k], odd = wi[k];
-    sum[k] += s * (even * even);
-    sum2[k] += s * (sine0Squared + odd * odd);
-    cr = x[k] * even * dx;
-    ci = y[k] * even * dx;
-    sr = (x[k] * sine0 - y[k] * odd) * dx;
-    si = (x[k] * odd + y[k] * sine0) * dx;
-  };
   double c0r, c0i, s0r, s0i, chr, chi, shr, shi;
-  spectra(0, c0r, c0i, s0r, s0i);
-  spectra(h, chr, chi, shr, shi);
+  FoldSpectra<double, false>(f, 0, c0r, c0i, s0r, s0i);
+  FoldSpectra<double, false>(f, h, chr, chi, shr, shi);
   // k = 0 pairs with h, both real.
-  wr[0] = c0r + chr;
-  wi[0] = -(c0r - chr);
-  wr2[0] = s0r + shr;
-  wi2[0] = -(s0r - shr);
-  for (int k = 1; k < q; ++k) {
-    const int j = h - k;
-    double ckr, cki, skr, ski, cjr, cji, sjr, sji;
-    spectra(k, ckr, cki, skr, ski);
-    spectra(j, cjr, cji, sjr, sji);
-    const double c = sine[q - k], sn = sine[k];
-    const Fold cosine = FoldPair(ckr, cki, cjr, cji, c, sn);
-    const Fold sinePart = FoldPair(skr, ski, sjr, sji, c, sn);
-    wr[k] = cosine.re;
-    wi[k] = cosine.im;
-    wr[j] = cosine.reMirror;
-    wi[j] = cosine.imMirror;
-    wr2[k] = sinePart.re;
-    wi2[k] = sinePart.im;
-    wr2[j] = sinePart.reMirror;
-    wi2[j] = sinePart.imMirror;
-  }
+  FoldLanes<double>::StorePairs<false>(f.cosPairs, 0, c0r + chr, -(c0r - chr));
+  FoldLanes<double>::StorePairs<false>(f.sinPairs, 0, s0r + shr, -(s0r - shr));
+  int k = 1;
+  for (; k + 3 < q; k += 4) FoldLanesAt<Doubles4>(f, h, q, k);
+  for (; k < q; ++k) FoldLanesAt<double>(f, h, q, k);
   // k = h/2 is its own partner: G = 2 F there.
   double cqr, cqi, sqr, sqi;
-  spectra(q, cqr, cqi, sqr, sqi);
-  wr[q] = 2 * cqr;
-  wi[q] = -(2 * cqi);
-  wr2[q] = 2 * sqr;
-  wi2[q] = -(2 * sqi);
+  FoldSpectra<double, false>(f, q, cqr, cqi, sqr, sqi);
+  FoldLanes<double>::StorePairs<false>(f.cosPairs, q, 2 * cqr, -(2 * cqi));
+  FoldLanes<double>::StorePairs<false>(f.sinPairs, q, 2 * sqr, -(2 * sqi));
+}
+
+__attribute__((target("avx"))) void FoldMirroredRowsWide(int n, const FoldRows& rows) {
+  FoldMirroredRowsBody(n, rows);
+}
+
+void FoldMirroredRows(int n, const FoldRows& rows) {
+  static const bool wide = __builtin_cpu_supports("avx");
+  if (wide) FoldMirroredRowsWide(n, rows);
+  else FoldMirroredRowsBody(n, rows);
 }
 
 // Row columns 0..n-1 from the transform R of conj G: x[2m] = Re R[m],
@@ -587,14 +677,20 @@ void ComplexRows(int n, double s, double dx, ScalogramWork& work, bool middleCen
   if (middleCentre && n >= 16 && PartsMirrored(n, wr, wr2, span)) {
     fourier::RealFFTLowerHalf(n, wr, work.wi.data(), work.tables.sine.data(), work.tables.tan.data(),
                               ExponentOf(n) - 1, work.half.data());
-    FoldMirroredRows(n, work.x.data(), work.y.data(), wr, work.wi.data(), wr2, work.wi2.data(), work.sum.data(),
-                     work.sum2.data(), work.tables.sine.data(), s, dx, wr2[0]);
+    // The pairs of the cosine part to wr2 and of the sine part to wi2; the
+    // transforms to (wr, wi), free once folded, and to (wr2, half), free
+    // once the cosine part's transform has read them.
+    double* wi = work.wi.data();
+    double* wi2 = work.wi2.data();
+    double* half = work.half.data();
+    FoldMirroredRows(n, FoldRows{work.x.data(), work.y.data(), wr, wi, wr2, wi2, work.sum.data(), work.sum2.data(),
+                                 work.tables.sine.data(), s, dx, wr2[0]});
     const double* sine = work.tables.sine.data();
     const double* tan = work.tables.tan.data();
-    fourier::HalfLengthComplexFFT(wr, work.wi.data(), sine, tan, n / 2, ExponentOf(n) - 1);
-    fourier::HalfLengthComplexFFT(wr2, work.wi2.data(), sine, tan, n / 2, ExponentOf(n) - 1);
-    MirroredRowOut(n, wr, work.wi.data(), realRow);
-    MirroredRowOut(n, wr2, work.wi2.data(), imagRow);
+    fourier::HalfLengthComplexFFTOfPairs(wr2, wr, wi, sine, tan, n / 2, ExponentOf(n) - 1);
+    fourier::HalfLengthComplexFFTOfPairs(wi2, wr2, half, sine, tan, n / 2, ExponentOf(n) - 1);
+    MirroredRowOut(n, wr, wi, realRow);
+    MirroredRowOut(n, wr2, half, imagRow);
   } else {
     RowProduct(n, s, dx, work, wr, work.wi.data(), work.sum.data());
     RowProduct(n, s, dx, work, wr2, work.wi2.data(), work.sum2.data());

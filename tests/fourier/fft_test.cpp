@@ -688,6 +688,29 @@ TEST(Kernels, HalfLengthTransformIsBitForBitReversalThenStepsOfStride2) {
   }
 }
 
+// The same transform from interleaved pairs, out of place, bit for bit.
+TEST(Kernels, HalfLengthTransformOfPairsIsTheSplitOnesToTheBit) {
+  for (int m = 3; m <= 17; ++m) {
+    const int n = 1 << m, h = n / 2;
+    TrigTables t(n);
+    const auto pairs = RandomSignal(n, 45);
+    std::vector<double> x(static_cast<std::size_t>(h)), y(static_cast<std::size_t>(h));
+    for (int k = 0; k < h; ++k) {
+      x[static_cast<std::size_t>(k)] = pairs[static_cast<std::size_t>(2 * k)];
+      y[static_cast<std::size_t>(k)] = pairs[static_cast<std::size_t>(2 * k + 1)];
+    }
+    HalfLengthComplexFFT(x.data(), y.data(), t.sine.data(), t.tan.data(), h, m - 1);
+    std::vector<double> re(static_cast<std::size_t>(h) + 2, 7.0), im(static_cast<std::size_t>(h) + 2, 7.0);
+    const auto input = pairs;
+    HalfLengthComplexFFTOfPairs(input.data(), re.data() + 1, im.data() + 1, t.sine.data(), t.tan.data(), h, m - 1);
+    ExpectSameBits(re.data() + 1, x.data(), h, "real parts");
+    ExpectSameBits(im.data() + 1, y.data(), h, "imaginary parts");
+    EXPECT_EQ(re.front(), 7.0);
+    EXPECT_EQ(re.back(), 7.0);
+    EXPECT_EQ(input, pairs);
+  }
+}
+
 TEST(Kernels, SwapHalvesExchangesTheHalves) {
   std::vector<double> a = {0, 1, 2, 3, 4, 5, 6, 7};
   SwapHalves(8, a.data());
