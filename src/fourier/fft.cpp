@@ -2277,32 +2277,39 @@ bool HasFma() {
   return fma;
 }
 
+// The fused path's half-length transform on 256-bit vectors: the pairs
+// z[k] = x[2k] + i x[2k + 1] through the permutation with the first three
+// stages into (y, yi), then the other stages there.
+void FusedHalfTransform(int h, const double* x, double* y, double* yi, const double* s, const double* t, int mHalf,
+                        bool fma) {
+  if (fma) {
+    FusedTilesFma(h, x, y, yi, s, t, mHalf);
+    FusedStagesFma(h, y, yi, s, t);
+  } else {
+    FusedTilesWide(h, x, y, yi, s, t, mHalf);
+    FusedStagesWide(h, y, yi, s, t);
+  }
+}
+
 // The half-length transform's imaginary parts go to yi: y + N/2, or an
 // array apart (RealFFTLowerHalf).
 void RealTransformFused(int n, double* x, double* y, double* yi, const double* s, const double* t, int mHalf,
                         bool lowerHalf = false) {
   const bool fma = HasFma();
-  const int h = n / 2;
   // N = 64 writes the upper half as well.
-  if (fma) {
-    if (mHalf == 5) {
-      RealTransformOf64Fma(x, y, s, t);
-      return;
-    }
-    FusedTilesFma(h, x, y, yi, s, t, mHalf);
-    FusedStagesFma(h, y, yi, s, t);
-    if (lowerHalf) PostProcessLowerFma(n, x, y, yi, s, t);
-    else PostProcessFma(n, x, y, yi, s, t);
-    return;
-  }
   if (mHalf == 5) {
-    RealTransformOf64Wide(x, y, s, t);
+    if (fma) RealTransformOf64Fma(x, y, s, t);
+    else RealTransformOf64Wide(x, y, s, t);
     return;
   }
-  FusedTilesWide(h, x, y, yi, s, t, mHalf);
-  FusedStagesWide(h, y, yi, s, t);
-  if (lowerHalf) PostProcessLowerWide(n, x, y, yi, s, t);
-  else PostProcessWide(n, x, y, yi, s, t);
+  FusedHalfTransform(n / 2, x, y, yi, s, t, mHalf, fma);
+  if (lowerHalf) {
+    if (fma) PostProcessLowerFma(n, x, y, yi, s, t);
+    else PostProcessLowerWide(n, x, y, yi, s, t);
+  } else {
+    if (fma) PostProcessFma(n, x, y, yi, s, t);
+    else PostProcessWide(n, x, y, yi, s, t);
+  }
 }
 
 void RealTransform(int n, double* x, double* y, const double* s, const double* t, int mHalf) {
@@ -2617,12 +2624,8 @@ void HalfLengthComplexFFTOfPairs(const double* z, double* re, double* im, const 
     FFTCore(re, im, s, t, h, 2);
   } else if (ManyRegisters()) {
     InterleavedTransformMany(z, re, im, s, t, h, mHalf);
-  } else if (HasFma()) {
-    FusedTilesFma(h, z, re, im, s, t, mHalf);
-    FusedStagesFma(h, re, im, s, t);
   } else {
-    FusedTilesWide(h, z, re, im, s, t, mHalf);
-    FusedStagesWide(h, re, im, s, t);
+    FusedHalfTransform(h, z, re, im, s, t, mHalf, HasFma());
   }
 }
 void ComplexFFTCore(float* x, float* y, const float* s, const float* t, int n, int stride) {
