@@ -1,9 +1,10 @@
 #include "wavelet/scalogram.h"
 
-#include <algorithm>
-#include <bit>
 #include <immintrin.h>
+
+#include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <cstring>
@@ -188,7 +189,7 @@ struct DivideBy {
     else return x / w;
   }
   // The same for four lanes, in place (vectors pass by reference here).
-  void Lanes(Doubles4& x) const {
+  void InPlace(Doubles4& x) const {
     if constexpr (kPowerOfTwo) x *= inverse;
     else x /= w;
   }
@@ -200,6 +201,65 @@ bool IsPowerOfTwo(double w) {
   return w > 0.0 && std::frexp(w, &exponent) == 0.5 && exponent > -1000 && exponent < 1000;
 }
 
+// Four lanes, or one, with their loads and stores, upwards from an index
+// or downwards. (Vectors pass by reference, never by value.)
+template <typename V>
+struct Lanes;
+
+template <>
+struct Lanes<double> {
+  template <bool kDown>
+  static void Load(const double* at, double& v) {
+    v = *at;
+  }
+  template <bool kDown>
+  static void Store(double* at, const double& v) {
+    *at = v;
+  }
+  // Pairs (re, im) of the lanes' indices.
+  template <bool kDown>
+  static void StorePairs(double* pairs, int k, const double& re, const double& im) {
+    pairs[2 * k] = re;
+    pairs[2 * k + 1] = im;
+  }
+};
+
+template <>
+struct Lanes<Doubles4> {
+  template <bool kDown>
+  static inline __attribute__((always_inline)) void Load(const double* at, Doubles4& v) {
+    std::memcpy(&v, kDown ? at - 3 : at, sizeof v);
+    if constexpr (kDown) v = __builtin_shufflevector(v, v, 3, 2, 1, 0);
+  }
+  template <bool kDown>
+  static inline __attribute__((always_inline)) void Store(double* at, const Doubles4& v) {
+    Doubles4 out = v;
+    if constexpr (kDown) out = __builtin_shufflevector(v, v, 3, 2, 1, 0);
+    std::memcpy(kDown ? at - 3 : at, &out, sizeof out);
+  }
+  template <bool kDown>
+  static inline __attribute__((always_inline)) void StorePairs(double* pairs, int k, const Doubles4& re,
+                                                               const Doubles4& im) {
+    Doubles4 r = re, i = im;
+    if constexpr (kDown) {
+      r = __builtin_shufflevector(re, re, 3, 2, 1, 0);
+      i = __builtin_shufflevector(im, im, 3, 2, 1, 0);
+    }
+    const Doubles4 low = __builtin_shufflevector(r, i, 0, 4, 1, 5), high = __builtin_shufflevector(r, i, 2, 6, 3, 7);
+    double* at = pairs + 2 * (kDown ? k - 3 : k);
+    std::memcpy(at, &low, sizeof low);
+    std::memcpy(at + 4, &high, sizeof high);
+  }
+};
+
+// Elements 7, 5, 3 and 1 of at[0..7] into the lanes of v.
+inline __attribute__((always_inline)) void EverySecondDown(const double* at, Doubles4& v) {
+  Doubles4 low, high;
+  std::memcpy(&low, at, sizeof low);
+  std::memcpy(&high, at + 4, sizeof high);
+  v = __builtin_shufflevector(low, high, 7, 5, 3, 1);
+}
+
 // Samples i, i - 1, ... down to `below` that read their values an octave
 // below, four at a time while every one of the four does (its u within the
 // underflow and the same to the bit as its source's), the others through
@@ -208,24 +268,11 @@ bool IsPowerOfTwo(double w) {
 // come from one run of eight values, and are read before the four values
 // kept are written (in place, at i - 3..i). Returns where the runs
 // stopped, short of the lower row's first kept value.
-// Elements 7, 5, 3 and 1 of at[0..7] into the lanes of v; lanes 3..0 of v
-// to at[0..3]. (Vectors pass by reference, never by value.)
-inline __attribute__((always_inline)) void EverySecondDown(const double* at, Doubles4& v) {
-  Doubles4 low, high;
-  std::memcpy(&low, at, sizeof low);
-  std::memcpy(&high, at + 4, sizeof high);
-  v = __builtin_shufflevector(low, high, 7, 5, 3, 1);
-}
-
-inline __attribute__((always_inline)) void StoreDown(double* at, const Doubles4& v) {
-  const Doubles4 down = __builtin_shufflevector(v, v, 3, 2, 1, 0);
-  std::memcpy(at, &down, sizeof down);
-}
-
 template <bool kCosine, bool kSine, bool kPowerOfTwo, typename Sample>
 inline __attribute__((always_inline)) int ReusedRunsBody(int i, int below, int k0, double a, double c0, double dx,
                                                          double s, double q, double w, double* cosine, double* sine,
                                                          const SampleReuse& reuse, Sample& sample) {
+  using L = Lanes<Doubles4>;
   const DivideBy<kPowerOfTwo> over(w);
   const Doubles4 lane = {0.0, 1.0, 2.0, 3.0};
   // Lanes i - l, l = 0..3; the source of lane l is 2 i - k0 - 2 l.
@@ -234,11 +281,11 @@ inline __attribute__((always_inline)) int ReusedRunsBody(int i, int below, int k
     if (lowest - 1 < 0 || lowest < reuse.from) break;
     const Doubles4 index = static_cast<double>(i) - lane;
     Doubles4 u = (c0 - (a + index * dx)) * s;
-    over.Lanes(u);
+    over.InPlace(u);
     const Doubles4 g = kPi * (u * u);
     const Doubles4 source = static_cast<double>(2 * i - k0) - 2.0 * lane;
     Doubles4 sourceU = (c0 - (a + source * dx)) * reuse.scale;
-    over.Lanes(sourceU);
+    over.InPlace(sourceU);
     const auto apart = (g > kExpUnderflow) | (sourceU != u);
     if (apart[0] | apart[1] | apart[2] | apart[3]) {
       for (int l = 0; l < 4; ++l) sample(i - l);
@@ -249,19 +296,19 @@ inline __attribute__((always_inline)) int ReusedRunsBody(int i, int below, int k
     EverySecondDown(reuse.exps + lowest - 1, e);
     if constexpr (kCosine) EverySecondDown(reuse.coss + lowest - 1, cosValue);
     if constexpr (kSine) EverySecondDown(reuse.sins + lowest - 1, sinValue);
-    StoreDown(reuse.keepExp + i - 3, e);
-    if constexpr (kCosine) StoreDown(reuse.keepCos + i - 3, cosValue);
-    if constexpr (kSine) StoreDown(reuse.keepSin + i - 3, sinValue);
+    L::Store<true>(reuse.keepExp + i, e);
+    if constexpr (kCosine) L::Store<true>(reuse.keepCos + i, cosValue);
+    if constexpr (kSine) L::Store<true>(reuse.keepSin + i, sinValue);
     const Doubles4 envelope = e * q;
     if constexpr (kCosine) {
       Doubles4 value = envelope * cosValue;
-      over.Lanes(value);
-      StoreDown(cosine + i - 3, value);
+      over.InPlace(value);
+      L::Store<true>(cosine + i, value);
     }
     if constexpr (kSine) {
       Doubles4 value = envelope * sinValue;
-      over.Lanes(value);
-      StoreDown(sine + i - 3, value);
+      over.InPlace(value);
+      L::Store<true>(sine + i, value);
     }
   }
   return i;
@@ -282,6 +329,7 @@ int ReusedRuns(int i, int below, int k0, double a, double c0, double dx, double 
                                                                 sample);
   return ReusedRunsBody<kCosine, kSine, kPowerOfTwo>(i, below, k0, a, c0, dx, s, q, w, cosine, sine, reuse, sample);
 }
+
 // The Gabor wavelet's parts, the cosine part into `cosine` when kCosine
 // and the sine part into `sine` when kSine. Both parts of a sample share
 // its envelope exp(-pi u^2) q, and its cosine and sine come from one call
@@ -509,61 +557,10 @@ struct FoldRows {
   double s, dx, sine0;
 };
 
-// Four lanes, or one, with their loads and stores, upwards from an index
-// or downwards. (Vectors pass by reference, never by value.)
-template <typename V>
-struct FoldLanes;
-
-template <>
-struct FoldLanes<double> {
-  template <bool kDown>
-  static void Load(const double* at, double& v) {
-    v = *at;
-  }
-  template <bool kDown>
-  static void Store(double* at, const double& v) {
-    *at = v;
-  }
-  // Pairs (re, im) of the lanes' indices.
-  template <bool kDown>
-  static void StorePairs(double* pairs, int k, const double& re, const double& im) {
-    pairs[2 * k] = re;
-    pairs[2 * k + 1] = im;
-  }
-};
-
-template <>
-struct FoldLanes<Doubles4> {
-  template <bool kDown>
-  static inline __attribute__((always_inline)) void Load(const double* at, Doubles4& v) {
-    std::memcpy(&v, kDown ? at - 3 : at, sizeof v);
-    if constexpr (kDown) v = __builtin_shufflevector(v, v, 3, 2, 1, 0);
-  }
-  template <bool kDown>
-  static inline __attribute__((always_inline)) void Store(double* at, const Doubles4& v) {
-    Doubles4 out = v;
-    if constexpr (kDown) out = __builtin_shufflevector(v, v, 3, 2, 1, 0);
-    std::memcpy(kDown ? at - 3 : at, &out, sizeof out);
-  }
-  template <bool kDown>
-  static inline __attribute__((always_inline)) void StorePairs(double* pairs, int k, const Doubles4& re,
-                                                               const Doubles4& im) {
-    Doubles4 r = re, i = im;
-    if constexpr (kDown) {
-      r = __builtin_shufflevector(re, re, 3, 2, 1, 0);
-      i = __builtin_shufflevector(im, im, 3, 2, 1, 0);
-    }
-    const Doubles4 low = __builtin_shufflevector(r, i, 0, 4, 1, 5), high = __builtin_shufflevector(r, i, 2, 6, 3, 7);
-    double* at = pairs + 2 * (kDown ? k - 3 : k);
-    std::memcpy(at, &low, sizeof low);
-    std::memcpy(at + 4, &high, sizeof high);
-  }
-};
-
 // The accumulators and both parts' products at the lanes of index k.
 template <typename V, bool kDown>
 inline __attribute__((always_inline)) void FoldSpectra(const FoldRows& f, int k, V& cr, V& ci, V& sr, V& si) {
-  using L = FoldLanes<V>;
+  using L = Lanes<V>;
   V even, odd, x, y, sum, sum2;
   L::template Load<kDown>(f.zr + k, even);
   L::template Load<kDown>(f.zi + k, odd);
@@ -597,8 +594,8 @@ inline __attribute__((always_inline)) void FoldPairInto(const V& ar, const V& ai
 }
 
 template <typename V>
-inline __attribute__((always_inline)) void FoldLanesAt(const FoldRows& f, int h, int q, int k) {
-  using L = FoldLanes<V>;
+inline __attribute__((always_inline)) void LanesAt(const FoldRows& f, int h, int q, int k) {
+  using L = Lanes<V>;
   V ckr, cki, skr, ski, cjr, cji, sjr, sji, c, sn;
   FoldSpectra<V, false>(f, k, ckr, cki, skr, ski);
   FoldSpectra<V, true>(f, h - k, cjr, cji, sjr, sji);
@@ -620,16 +617,16 @@ inline __attribute__((always_inline)) void FoldMirroredRowsBody(int n, const Fol
   FoldSpectra<double, false>(f, 0, c0r, c0i, s0r, s0i);
   FoldSpectra<double, false>(f, h, chr, chi, shr, shi);
   // k = 0 pairs with h, both real.
-  FoldLanes<double>::StorePairs<false>(f.cosPairs, 0, c0r + chr, -(c0r - chr));
-  FoldLanes<double>::StorePairs<false>(f.sinPairs, 0, s0r + shr, -(s0r - shr));
+  Lanes<double>::StorePairs<false>(f.cosPairs, 0, c0r + chr, -(c0r - chr));
+  Lanes<double>::StorePairs<false>(f.sinPairs, 0, s0r + shr, -(s0r - shr));
   int k = 1;
-  for (; k + 3 < q; k += 4) FoldLanesAt<Doubles4>(f, h, q, k);
-  for (; k < q; ++k) FoldLanesAt<double>(f, h, q, k);
+  for (; k + 3 < q; k += 4) LanesAt<Doubles4>(f, h, q, k);
+  for (; k < q; ++k) LanesAt<double>(f, h, q, k);
   // k = h/2 is its own partner: G = 2 F there.
   double cqr, cqi, sqr, sqi;
   FoldSpectra<double, false>(f, q, cqr, cqi, sqr, sqi);
-  FoldLanes<double>::StorePairs<false>(f.cosPairs, q, 2 * cqr, -(2 * cqi));
-  FoldLanes<double>::StorePairs<false>(f.sinPairs, q, 2 * sqr, -(2 * sqi));
+  Lanes<double>::StorePairs<false>(f.cosPairs, q, 2 * cqr, -(2 * cqi));
+  Lanes<double>::StorePairs<false>(f.sinPairs, q, 2 * sqr, -(2 * sqi));
 }
 
 __attribute__((target("avx"))) void FoldMirroredRowsWide(int n, const FoldRows& rows) {
