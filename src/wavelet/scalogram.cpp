@@ -594,7 +594,7 @@ inline __attribute__((always_inline)) void FoldPairInto(const V& ar, const V& ai
 }
 
 template <typename V>
-inline __attribute__((always_inline)) void LanesAt(const FoldRows& f, int h, int q, int k) {
+inline __attribute__((always_inline)) void FoldLanesAt(const FoldRows& f, int h, int q, int k) {
   using L = Lanes<V>;
   V ckr, cki, skr, ski, cjr, cji, sjr, sji, c, sn;
   FoldSpectra<V, false>(f, k, ckr, cki, skr, ski);
@@ -620,8 +620,8 @@ inline __attribute__((always_inline)) void FoldMirroredRowsBody(int n, const Fol
   Lanes<double>::StorePairs<false>(f.cosPairs, 0, c0r + chr, -(c0r - chr));
   Lanes<double>::StorePairs<false>(f.sinPairs, 0, s0r + shr, -(s0r - shr));
   int k = 1;
-  for (; k + 3 < q; k += 4) LanesAt<Doubles4>(f, h, q, k);
-  for (; k < q; ++k) LanesAt<double>(f, h, q, k);
+  for (; k + 3 < q; k += 4) FoldLanesAt<Doubles4>(f, h, q, k);
+  for (; k < q; ++k) FoldLanesAt<double>(f, h, q, k);
   // k = h/2 is its own partner: G = 2 F there.
   double cqr, cqi, sqr, sqi;
   FoldSpectra<double, false>(f, q, cqr, cqi, sqr, sqi);
