@@ -204,7 +204,11 @@ ScalogramStatus ComputeComplexScalogram(const double* sig, int n, const Scalogra
 // times dx; RealInverseFFT; the halves exchanged; row r. Then row 0 from
 // phi = CreateScaleTransform(FMAXWI(S), S) in place of the wavelet's
 // spectrum. Complex: the same for the cosine part into `re` and the sine
-// part into `im`, each with its own accumulator and low-pass row.
+// part into `im`, each with its own accumulator and low-pass row. On a grid
+// mirrored about its middle sample the two parts of a row share one real
+// transform of their sum, and their inverses fold the half spectrum into a
+// half-length complex transform: the same sums, rounded another way
+// (within 1e-12 of each row's largest value; see scalogram.cpp).
 ScalogramStatus CreateTheRealScalogram(const ScalogramSetup& setup, ScalogramWork& work,
                                        const ScalogramRowCallback& onRow, Scalogram& result);
 ScalogramStatus CreateTheComplexScalogram(const ScalogramSetup& setup, ScalogramWork& work,
